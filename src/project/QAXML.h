@@ -1,0 +1,55 @@
+#pragma once
+
+#include "sdk110_export.h"
+
+#include <QMap>
+#include <QString>
+#include <QStringList>
+
+class QDomElement;
+class QTextStream;
+
+// Helpers shared by every writer and reader of the project's XML files:
+// the value encoding of strings, lists, maps, Booleans and numbers, and the
+// indentation of written lines.
+//
+// Strings are encoded by replacing "&" with "&amp;" first, then "<", ">" and
+// ","; decoding undoes it in the reverse order, so every text reads back
+// unchanged.
+//
+// An XML parser has already resolved the entities of the text it hands out,
+// so readers of a DOM element use the dom* forms, which only turn "#comma#"
+// back into ",": decoding the entities a second time would change a text
+// that held "&lt;" literally.
+class SDK110_EXPORT QAXML {
+public:
+    static QString stringToXMLValue(const QString& s);
+    static QString xmlValueToString(const QString& s);
+    static QString stringListToXMLValue(const QStringList& l);
+    static QStringList xmlValueToStringList(const QString& s);
+    static QString stringMapToXMLValue(const QMap<QString, QString>& m);
+    static QMap<QString, QString> xmlValueToStringMap(const QString& s);
+    static QString boolToXMLValue(bool b);
+
+    // The decoded text of an element read by an XML parser, and its list and
+    // map forms.
+    static QString domValue(const QDomElement& e);
+    static QStringList domValueList(const QDomElement& e);
+    static QMap<QString, QString> domValueMap(const QDomElement& e);
+    static QString commaToString(const QString& parsedText);
+    static QStringList commaToStringList(const QString& parsedText);
+    static QMap<QString, QString> commaToStringMap(const QString& parsedText);
+
+    static QString fromInt(int i);
+    static QString fromUInt(uint u);
+    // Parse failures give 0 (false for toBool); ok tells them apart.
+    static int toInt(const QString& s, bool* ok = nullptr);
+    static uint toUInt(const QString& s, bool* ok = nullptr);
+    static bool toBool(const QString& s, bool* ok = nullptr);
+
+    // Writes the indentation of a line at the given depth (two blanks a level).
+    static void indent(QTextStream& s, int depth);
+    // Writes one element line: indentation, <tag>value</tag>, new line. The
+    // value is written as given (encode it first).
+    static void toStream(QTextStream& s, const char* tag, const QString& value, int depth);
+};
