@@ -1,0 +1,36 @@
+#include "QAPropertyBool.h"
+
+#include "QAPropertyBoolWidget.h"
+
+#include <QCoreApplication>
+
+QAPropertyBool::QAPropertyBool(const QString& name)
+    : QAProperty(name)
+{
+}
+
+QAPropertyBool::~QAPropertyBool() = default;
+
+QString QAPropertyBool::displayValue() const
+{
+    return text(value().toBool());
+}
+
+QMetaType::Type QAPropertyBool::type() const
+{
+    return QMetaType::Bool;
+}
+
+QWidget* QAPropertyBool::createEditor(QWidget* parent)
+{
+    return new QAPropertyBoolWidget(this, parent);
+}
+
+QString QAPropertyBool::text(bool b) const
+{
+    return b ? QCoreApplication::translate("Properties", "True")
+             : QCoreApplication::translate("Properties", "False");
+}
+
+QAPropertyAttrBool::~QAPropertyAttrBool() = default;
+QAPropertyMapBool::~QAPropertyMapBool() = default;

@@ -1,0 +1,28 @@
+#include "QAPropertyListBox.h"
+
+#include "QAPropertyListBoxWidget.h"
+
+QAPropertyListBox::QAPropertyListBox(const QString& name)
+    : QAProperty(name)
+{
+}
+
+QAPropertyListBox::~QAPropertyListBox() = default;
+
+QString QAPropertyListBox::displayValue() const
+{
+    return value().toStringList().join(QLatin1String(", "));
+}
+
+QMetaType::Type QAPropertyListBox::type() const
+{
+    return QMetaType::QStringList;
+}
+
+QWidget* QAPropertyListBox::createEditor(QWidget* parent)
+{
+    return new QAPropertyListBoxWidget(this, parent);
+}
+
+QAPropertyAttrListBox::~QAPropertyAttrListBox() = default;
+QAPropertyMapListBox::~QAPropertyMapListBox() = default;

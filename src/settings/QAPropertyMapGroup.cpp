@@ -1,0 +1,26 @@
+#include "QAPropertyMapGroup.h"
+
+QAPropertyMapGroup::QAPropertyMapGroup(const QString& name)
+    : QAPropertyGroup(name)
+{
+}
+
+QAPropertyMapGroup::~QAPropertyMapGroup() = default;
+
+void QAPropertyMapGroup::setPropertyStore(QAPropertyStore* store)
+{
+    m_store = store;
+    for (QAProperty* child : children()) {
+        if (auto* mapGroup = dynamic_cast<QAPropertyMapGroup*>(child))
+            mapGroup->setPropertyStore(store);
+    }
+}
+
+QAPropertyStore* QAPropertyMapGroup::storeOf(const QAProperty& property)
+{
+    for (const QAPropertyGroup* g = property.parentGroup(); g; g = g->parentGroup()) {
+        if (auto* mapGroup = dynamic_cast<const QAPropertyMapGroup*>(g))
+            return mapGroup->propertyStore();
+    }
+    return nullptr;
+}
