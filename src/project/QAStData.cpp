@@ -1,0 +1,881 @@
+#include "QAStData.h"
+
+#include "QAInstall.h"
+#include "QARes.h"
+#include "QAStDataFactory.h"
+#include "QAStProjectPref.h"
+#include "StudioInterface.h"
+
+#include <QClipboard>
+#include <QCoreApplication>
+#include <QDir>
+#include <QDomDocument>
+#include <QDomElement>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QTextStream>
+#include <QtDebug>
+
+#include <algorithm>
+
+namespace {
+
+// The state behind the static services.
+struct Services {
+    StudioInterface* host = nullptr;
+    QARes* preferenceResources = nullptr;
+    QString loadReport;
+    quint32 nextQuid = 1;
+};
+
+Services& services()
+{
+    static Services s;
+    return s;
+}
+
+// Pixmaps need a QGuiApplication; a command-line host has none.
+bool hasGui()
+{
+    return qobject_cast<QGuiApplication*>(QCoreApplication::instance()) != nullptr;
+}
+
+// Children sort by name, case-insensitive, ties case-sensitive.
+bool nameLess(const QAStData* a, const QAStData* b)
+{
+    const QString na = a->name();
+    const QString nb = b->name();
+    const int folded = na.compare(nb, Qt::CaseInsensitive);
+    return folded != 0 ? folded < 0 : na < nb;
+}
+
+bool inheritsAny(const QObject* object, const QStringList& classNames)
+{
+    return std::any_of(classNames.cbegin(), classNames.cend(), [object](const QString& name) {
+        return object->inherits(name.toLatin1().constData());
+    });
+}
+
+QString installPath(const char* relative)
+{
+    return QAInstall::installPath(QAStData::installDir(), QLatin1String(relative));
+}
+
+}
+
+// --- construction
+
+QAStData::QAStData(const QString& name, const QPixmap& icon, QAStData* parent, QAStData* after)
+    : m_name(name), m_quid(takeFreshQuid())
+{
+    if (!icon.isNull())
+        m_icon = icon;
+    attachTo(parent, after);
+}
+
+QAStData::QAStData(const QDomElement& e, int version, QAStData* parent, QAStData* after)
+    : m_quid(takeFreshQuid())
+{
+    init(e, version);
+    attachTo(parent, after);
+}
+
+QAStData::QAStData(QARes* res, QAStData* parent, QAStData* after) : m_quid(takeFreshQuid())
+{
+    init(res);
+    attachTo(parent, after);
+}
+
+QAStData::QAStData(QAStData* parent, QAStData* after) : m_quid(takeFreshQuid())
+{
+    attachTo(parent, after);
+}
+
+QAStData::~QAStData()
+{
+    // Children go first, while this item is still whole: each detaches
+    // itself from this list in its own destructor.
+    while (m_first)
+        delete m_first;
+    if (m_parent)
+        m_parent->detach(this);
+}
+
+void QAStData::attachTo(QAStData* parent, QAStData* after)
+{
+    if (parent)
+        parent->addChild(this, after);
+}
+
+// --- attributes
+
+QString QAStData::name() const
+{
+    return m_name.value();
+}
+
+QString QAStData::displayName() const
+{
+    return name();
+}
+
+void QAStData::setName(const QString& name)
+{
+    if (name == m_name.value())
+        return;
+    m_name.setValue(name);
+    if (m_parent && m_parent->isAlphabeticallySorted())
+        m_parent->sortChildren();
+    emit renamed(name);
+}
+
+void QAStData::setQuid(quint32 quid)
+{
+    m_quid = quid;
+    noteQuid(quid);
+}
+
+void QAStData::renewQuids()
+{
+    m_quid = takeFreshQuid();
+    for (QAStData* c = m_first; c; c = c->m_next)
+        c->renewQuids();
+}
+
+quint32 QAStData::takeFreshQuid()
+{
+    return services().nextQuid++;
+}
+
+void QAStData::noteQuid(quint32 quid)
+{
+    Services& s = services();
+    if (quid >= s.nextQuid)
+        s.nextQuid = quid + 1;
+}
+
+QPixmap QAStData::icon() const
+{
+    if (!m_icon && hasGui() && !m_iconFileName.value().isEmpty())
+        m_icon = pixmap(m_iconFileName.value());
+    return m_icon.value_or(QPixmap());
+}
+
+void QAStData::setIcon(const QPixmap& icon)
+{
+    m_icon = icon;
+    emit iconChanged(icon);
+}
+
+void QAStData::setIconByFileName(const QString& fileName)
+{
+    m_iconFileName.setValue(fileName);
+    m_icon.reset();
+    if (hasGui())
+        emit iconChanged(icon());
+    emit iconFileNameChanged(fileName);
+}
+
+void QAStData::setRenameable(bool renameable)
+{
+    m_renameable.setValue(renameable);
+}
+
+void QAStData::setDeletable(bool deletable)
+{
+    m_deletable.setValue(deletable);
+}
+
+void QAStData::setExtended(bool open)
+{
+    m_open.setValue(open);
+}
+
+void QAStData::setAlphabeticallySorted(bool sorted, bool recursive)
+{
+    m_sorted.setValue(sorted);
+    if (sorted)
+        sortChildren();
+    if (recursive) {
+        for (QAStData* c = m_first; c; c = c->m_next)
+            c->setAlphabeticallySorted(sorted, true);
+    }
+}
+
+void QAStData::setExecutionResult(int result)
+{
+    m_executionResult.setValue(result);
+}
+
+void QAStData::setDuplicable(bool duplicable)
+{
+    m_duplicable = duplicable;
+}
+
+bool QAStData::isModified() const
+{
+    return m_modified;
+}
+
+void QAStData::setModified(bool modified)
+{
+    m_modified = modified;
+}
+
+// --- tree
+
+QList<QAStData*> QAStData::childItems() const
+{
+    QList<QAStData*> items;
+    items.reserve(m_childCount);
+    for (QAStData* c = m_first; c; c = c->m_next)
+        items.append(c);
+    return items;
+}
+
+QAStData* QAStData::root() const
+{
+    const QAStData* item = this;
+    while (item->m_parent)
+        item = item->m_parent;
+    return const_cast<QAStData*>(item);
+}
+
+QAStData* QAStData::projectItem() const
+{
+    for (const QAStData* item = this; item; item = item->m_parent) {
+        if (item->inherits("QAStProject"))
+            return const_cast<QAStData*>(item);
+    }
+    return nullptr;
+}
+
+QAStData* QAStData::rootProjectItem() const
+{
+    const QAStData* outermost = nullptr;
+    for (const QAStData* item = this; item; item = item->m_parent) {
+        if (item->inherits("QAStProject"))
+            outermost = item;
+    }
+    return const_cast<QAStData*>(outermost);
+}
+
+bool QAStData::isAncestorOf(const QAStData* item) const
+{
+    for (const QAStData* p = item ? item->m_parent : nullptr; p; p = p->m_parent) {
+        if (p == this)
+            return true;
+    }
+    return false;
+}
+
+void QAStData::addChild(QAStData* child, QAStData* after)
+{
+    if (!child || child == this || child->isAncestorOf(this))
+        return;
+    if (child->m_parent)
+        child->remove();
+    privAttach(child, after);
+    childAddEvent(child);
+    emit child->added();
+    emit childAdded(child);
+}
+
+void QAStData::privAttach(QAStData* child, QAStData* after)
+{
+    if (isAlphabeticallySorted())
+        after = sortedPredecessor(child);
+    else if (after && after->m_parent != this)
+        after = nullptr;
+    link(child, after);
+    child->m_parent = this;
+    child->QObject::setParent(this);
+}
+
+void QAStData::childAddEvent(QAStData*) {}
+
+void QAStData::remove()
+{
+    QAStData* former = m_parent;
+    if (!former)
+        return;
+    former->detach(this);
+    emit removed();
+    emit former->childRemoved(this);
+}
+
+void QAStData::deleteChildren()
+{
+    while (QAStData* c = m_first) {
+        c->remove();
+        delete c;
+    }
+}
+
+void QAStData::sortChildren()
+{
+    QList<QAStData*> items = childItems();
+    std::stable_sort(items.begin(), items.end(), nameLess);
+    m_first = m_last = nullptr;
+    m_childCount = 0;
+    for (QAStData* c : items)
+        link(c, m_last);
+}
+
+void QAStData::link(QAStData* child, QAStData* after)
+{
+    child->m_previous = after;
+    child->m_next = after ? after->m_next : m_first;
+    if (child->m_next)
+        child->m_next->m_previous = child;
+    else
+        m_last = child;
+    if (after)
+        after->m_next = child;
+    else
+        m_first = child;
+    ++m_childCount;
+}
+
+void QAStData::unlink(QAStData* child)
+{
+    if (child->m_previous)
+        child->m_previous->m_next = child->m_next;
+    else
+        m_first = child->m_next;
+    if (child->m_next)
+        child->m_next->m_previous = child->m_previous;
+    else
+        m_last = child->m_previous;
+    child->m_next = child->m_previous = nullptr;
+    --m_childCount;
+}
+
+void QAStData::detach(QAStData* child)
+{
+    unlink(child);
+    child->m_parent = nullptr;
+    child->QObject::setParent(nullptr);
+}
+
+QAStData* QAStData::sortedPredecessor(const QAStData* child) const
+{
+    QAStData* predecessor = nullptr;
+    for (QAStData* c = m_first; c && !nameLess(child, c); c = c->m_next) {
+        if (c != child)
+            predecessor = c;
+    }
+    return predecessor;
+}
+
+QAStData* QAStData::parentOfClass(const char* className) const
+{
+    for (QAStData* p = m_parent; p; p = p->m_parent) {
+        if (p->inherits(className))
+            return p;
+    }
+    return nullptr;
+}
+
+QList<QAStData*> QAStData::parentsOfClass(const char* className) const
+{
+    QList<QAStData*> found;
+    for (QAStData* p = m_parent; p; p = p->m_parent) {
+        if (p->inherits(className))
+            found.append(p);
+    }
+    return found;
+}
+
+QList<QAStData*> QAStData::childrenOfClass(const char* className, bool recursive) const
+{
+    QList<QAStData*> found;
+    collectChildrenOfClass(className, recursive, found);
+    return found;
+}
+
+void QAStData::collectChildrenOfClass(const char* className, bool recursive,
+                                      QList<QAStData*>& found) const
+{
+    for (QAStData* c = m_first; c; c = c->m_next) {
+        if (c->inherits(className))
+            found.append(c);
+        if (recursive)
+            c->collectChildrenOfClass(className, true, found);
+    }
+}
+
+QAStData* QAStData::searchChildOfClass(const QString& name, const char* className,
+                                       bool recursive) const
+{
+    for (QAStData* c = m_first; c; c = c->m_next) {
+        if (c->inherits(className) && c->name() == name)
+            return c;
+        if (recursive) {
+            if (QAStData* found = c->searchChildOfClass(name, className, true))
+                return found;
+        }
+    }
+    return nullptr;
+}
+
+QAStData* QAStData::findNode(const QString& name) const
+{
+    if (this->name() == name)
+        return const_cast<QAStData*>(this);
+    for (QAStData* c = m_first; c; c = c->m_next) {
+        if (QAStData* found = c->findNode(name))
+            return found;
+    }
+    return nullptr;
+}
+
+// --- kinds' operations
+
+QAPropertyGroup* QAStData::propertyGroup()
+{
+    return nullptr;
+}
+
+void QAStData::propertyModified(QAProperty*)
+{
+    setModified(true);
+}
+
+void QAStData::write(QTextStream& s, int indent) const
+{
+    QAXML::indent(s, indent);
+    s << "<data>\n";
+    const int inner = indent + 1;
+    QAXML::toStream(s, "name", QAXML::stringToXMLValue(m_name.value()), inner);
+    QAXML::toStream(s, "quid", QAXML::fromUInt(m_quid), inner);
+    QAXML::toStream(s, "icon", QAXML::stringToXMLValue(m_iconFileName.value()), inner);
+    QAXML::toStream(s, "renameable", QAXML::boolToXMLValue(isRenameable()), inner);
+    QAXML::toStream(s, "deletable", QAXML::boolToXMLValue(isDeletable()), inner);
+    QAXML::toStream(s, "open", QAXML::boolToXMLValue(isExtended()), inner);
+    QAXML::toStream(s, "sorted", QAXML::boolToXMLValue(isAlphabeticallySorted()), inner);
+    QAXML::toStream(s, "executionResult", QAXML::fromInt(executionResult()), inner);
+    QAXML::indent(s, indent);
+    s << "</data>\n";
+}
+
+QString QAStData::toString() const
+{
+    QString text;
+    QTextStream s(&text);
+    write(s, 0);
+    s.flush();
+    return text;
+}
+
+QString QAStData::environmentFileName() const
+{
+    return QString();
+}
+
+QString QAStData::directory() const
+{
+    return m_parent ? m_parent->directory() : QString();
+}
+
+void QAStData::copy()
+{
+    if (isDuplicable() && hasGui())
+        QGuiApplication::clipboard()->setText(toString());
+}
+
+void QAStData::cut()
+{
+    if (!isDuplicable() || !isDeletable())
+        return;
+    copy();
+    del();
+}
+
+QAStData* QAStData::paste()
+{
+    QAStData* item = clipboardContentToData();
+    if (!item)
+        return nullptr;
+    if (!acceptDrop(item)) {
+        delete item;
+        return nullptr;
+    }
+    addChild(item, last());
+    return item;
+}
+
+bool QAStData::del()
+{
+    if (!isDeletable())
+        return false;
+    remove();
+    deleteLater();
+    return true;
+}
+
+bool QAStData::acceptDrop(QAStData*) const
+{
+    return false;
+}
+
+// --- reading
+
+bool QAStData::checkTag(const QDomNode& node, const char* tag)
+{
+    const QString expected = QLatin1String(tag);
+    if (node.isNull()) {
+        appendLoadReport(tr("Unable to find tag %1\n").arg(expected));
+        return false;
+    }
+    if (!node.isElement()) {
+        appendLoadReport(tr("The xml tag %1 is not an element\n").arg(expected));
+        return false;
+    }
+    const QString read = node.toElement().tagName();
+    if (read != expected) {
+        appendLoadReport(tr("Wait for tag %1 and read %2\n").arg(expected, read));
+        return false;
+    }
+    return true;
+}
+
+bool QAStData::init(const QDomElement& e, int)
+{
+    m_valid = checkTag(e, "data");
+    if (!m_valid)
+        return false;
+
+    const QDomElement nameElement = e.firstChildElement(QStringLiteral("name"));
+    if (checkTag(nameElement, "name"))
+        m_name.setValue(QAXML::domValue(nameElement));
+    else
+        m_valid = false;
+
+    const QDomElement quidElement = e.firstChildElement(QStringLiteral("quid"));
+    if (checkTag(quidElement, "quid"))
+        setQuid(QAXML::toUInt(quidElement.text()));
+    else
+        m_valid = false;
+
+    const QDomElement icon = e.firstChildElement(QStringLiteral("icon"));
+    if (!icon.isNull()) {
+        m_iconFileName.setValue(QAXML::domValue(icon));
+        m_icon.reset();
+    }
+    const auto readFlag = [&e](const char* tag, QAStBoolAttribute& flag) {
+        const QDomElement f = e.firstChildElement(QLatin1String(tag));
+        if (!f.isNull())
+            flag.setValue(QAXML::toBool(f.text()));
+    };
+    readFlag("renameable", m_renameable);
+    readFlag("deletable", m_deletable);
+    readFlag("open", m_open);
+    readFlag("sorted", m_sorted);
+    const QDomElement result = e.firstChildElement(QStringLiteral("executionResult"));
+    if (!result.isNull())
+        m_executionResult.setValue(QAXML::toInt(result.text()));
+    return m_valid;
+}
+
+bool QAStData::init(QARes* res)
+{
+    m_valid = res != nullptr;
+    if (!res)
+        return false;
+    readStrVal(res, QStringLiteral("name"), m_name);
+    QAStIntAttribute quid;
+    if (readIntVal(res, QStringLiteral("quid"), quid))
+        setQuid(quint32(quid.value()));
+    if (readStrVal(res, QStringLiteral("icon"), m_iconFileName))
+        m_icon.reset();
+    readBoolVal(res, QStringLiteral("renameable"), m_renameable);
+    readBoolVal(res, QStringLiteral("deletable"), m_deletable);
+    readBoolVal(res, QStringLiteral("open"), m_open);
+    readBoolVal(res, QStringLiteral("sorted"), m_sorted);
+    readIntVal(res, QStringLiteral("executionResult"), m_executionResult);
+    return true;
+}
+
+void QAStData::initChildren(const QDomElement& e, int version, const QStringList& allowedClasses)
+{
+    QAStData* lastCreated = nullptr;
+    for (QDomElement child = e.firstChildElement(); !child.isNull();
+         child = child.nextSiblingElement()) {
+        const QString tag = child.tagName();
+        QAStData* item = QAStDataFactory::create(child, version, this, lastCreated);
+        if (!item) {
+            reportIgnoredTag(tr("No plugin found for feature \"%1\"\n").arg(tag), tag);
+            continue;
+        }
+        if (!allowedClasses.isEmpty() && !inheritsAny(item, allowedClasses)) {
+            reportIgnoredTag(tr("%1 bad place\n").arg(tag), tag);
+            item->remove();
+            delete item;
+            continue;
+        }
+        if (item->m_parent != this)
+            addChild(item, lastCreated);
+        lastCreated = item;
+    }
+}
+
+void QAStData::reportIgnoredTag(const QString& reportLine, const QString& tag)
+{
+    appendLoadReport(reportLine);
+    displayMessage(MessageConsole, tr("Tag ignored in the group: %1").arg(tag));
+}
+
+bool QAStData::readStrVal(const QARes* res, const QString& key, QAStStringAttribute& value)
+{
+    const QARes* r = res ? res->find(key) : nullptr;
+    if (!r || !r->isString())
+        return false;
+    value.setValue(r->toResString()->value());
+    return true;
+}
+
+bool QAStData::readBoolVal(const QARes* res, const QString& key, QAStBoolAttribute& value)
+{
+    const QARes* r = res ? res->find(key) : nullptr;
+    if (!r)
+        return false;
+    if (r->isBoolean()) {
+        value.setValue(r->toResBoolean()->value());
+        return true;
+    }
+    bool ok = false;
+    const bool b = r->isString() ? QAXML::toBool(r->toResString()->value(), &ok) : false;
+    if (ok)
+        value.setValue(b);
+    return ok;
+}
+
+bool QAStData::readIntVal(const QARes* res, const QString& key, QAStIntAttribute& value)
+{
+    const QARes* r = res ? res->find(key) : nullptr;
+    if (!r || !r->isInt())
+        return false;
+    value.setValue(int(r->toResInt()->value()));
+    return true;
+}
+
+bool QAStData::readStrListVal(const QARes* res, const QString& key, QAStStringListAttribute& value)
+{
+    const QARes* r = res ? res->find(key) : nullptr;
+    if (!r || !r->isListOf(QARes::String))
+        return false;
+    value.setValue(r->toResList()->strings());
+    return true;
+}
+
+bool QAStData::readStrMapVal(const QARes* res, const QString& key, QAStStringMapAttribute& value)
+{
+    const QARes* r = res ? res->find(key) : nullptr;
+    if (!r || !r->isListOf(QARes::String))
+        return false;
+    QMap<QString, QString> map;
+    for (const QString& entry : r->toResList()->strings()) {
+        const int eq = entry.indexOf(QLatin1Char('='));
+        map.insert(entry.left(eq), eq < 0 ? QString() : entry.mid(eq + 1));
+    }
+    value.setValue(map);
+    return true;
+}
+
+// --- load report
+
+QString QAStData::loadReport()
+{
+    return services().loadReport;
+}
+
+void QAStData::clearLoadReport()
+{
+    services().loadReport.clear();
+}
+
+void QAStData::appendLoadReport(const QString& text)
+{
+    services().loadReport += text;
+}
+
+// --- static services
+
+void QAStData::initialize(StudioInterface* host, QARes* preferenceResources)
+{
+    Services& s = services();
+    s.host = host;
+    s.preferenceResources = preferenceResources;
+    if (preferenceResources)
+        preferences()->load(preferenceResources);
+}
+
+StudioInterface* QAStData::studioIFace()
+{
+    return services().host;
+}
+
+QARes* QAStData::preferenceResources()
+{
+    return services().preferenceResources;
+}
+
+QMainWindow* QAStData::mainWindow()
+{
+    StudioInterface* host = studioIFace();
+    return host ? host->mainWindow() : nullptr;
+}
+
+QAStProjectPref* QAStData::preferences()
+{
+    static QAStProjectPref* prefs = [] {
+        static QAStProjectPref loaded;
+        loaded.load();
+        return &loaded;
+    }();
+    return prefs;
+}
+
+void QAStData::displayMessage(QAStData::Console console, const QString& text)
+{
+    if (StudioInterface* host = studioIFace())
+        host->displayMessage(console == OutputConsole ? 0 : 1, text);
+    else
+        qWarning("%s", qPrintable(text));
+}
+
+void QAStData::clearMessage(QAStData::Console console)
+{
+    if (StudioInterface* host = studioIFace())
+        host->clearMessage(console == OutputConsole ? 0 : 1);
+}
+
+QString QAStData::installDir()
+{
+    for (const char* variable : {"ZELTAHOME", "KORVILDIR"}) {
+        const QString dir = qEnvironmentVariable(variable);
+        if (!dir.isEmpty())
+            return dir;
+    }
+    if (!QCoreApplication::instance())
+        return QString();
+    const QString beside =
+        QDir::cleanPath(QCoreApplication::applicationDirPath() + QLatin1String("/../share/korvil"));
+    return QFileInfo(beside).isDir() ? beside : QString();
+}
+
+QString QAStData::binaryDir()
+{
+    return QAInstall::binaryDir(installDir());
+}
+
+QString QAStData::scriptsDir()
+{
+    return installPath("scripts");
+}
+
+QString QAStData::helpDir()
+{
+    return installPath("doc");
+}
+
+QString QAStData::targetDir()
+{
+    return installPath("targets");
+}
+
+QString QAStData::userName()
+{
+    const QString user = qEnvironmentVariable("USER");
+    return user.isEmpty() ? qEnvironmentVariable("USERNAME") : user;
+}
+
+int QAStData::port()
+{
+    StudioInterface* host = studioIFace();
+    return host ? host->studioPort() : 0;
+}
+
+QPixmap QAStData::pixmap(const QString& fileName)
+{
+    if (!hasGui() || fileName.isEmpty())
+        return QPixmap();
+    const QStringList candidates = QFileInfo(fileName).isAbsolute()
+        ? QStringList{fileName}
+        : QStringList{installDir() + QLatin1String("/lib/pixmaps/") + fileName,
+                      QLatin1String(":/pixmaps/") + fileName};
+    for (const QString& path : candidates) {
+        if (QFileInfo::exists(path))
+            return QPixmap(path);
+    }
+    return QPixmap();
+}
+
+void QAStData::editFile(const QString& file, int line)
+{
+    if (StudioInterface* host = studioIFace())
+        host->editFile(file, line);
+}
+
+int QAStData::getViewerIdByName(const QString& name)
+{
+    StudioInterface* host = studioIFace();
+    return host ? host->getViewerIdByName(name) : -1;
+}
+
+QString QAStData::getViewerNameById(int id)
+{
+    StudioInterface* host = studioIFace();
+    return host ? host->getViewerNameById(id) : QString();
+}
+
+QString QAStData::determineRelativePathFile(const QString& dir, const QString& file)
+{
+    if (file.isEmpty() || dir.isEmpty() || QDir::isRelativePath(file))
+        return file;
+    return QDir(dir).relativeFilePath(file);
+}
+
+QString QAStData::determineAbsolutePathFile(const QString& dir, const QString& file)
+{
+    if (file.isEmpty())
+        return file;
+    return QDir::cleanPath(QDir::isAbsolutePath(file) ? file : QDir(dir).absoluteFilePath(file));
+}
+
+QStringList QAStData::determineRelativePathFiles(const QString& dir, const QStringList& files)
+{
+    QStringList result;
+    result.reserve(files.size());
+    for (const QString& f : files)
+        result << determineRelativePathFile(dir, f);
+    return result;
+}
+
+QStringList QAStData::determineAbsolutePathFiles(const QString& dir, const QStringList& files)
+{
+    QStringList result;
+    result.reserve(files.size());
+    for (const QString& f : files)
+        result << determineAbsolutePathFile(dir, f);
+    return result;
+}
+
+QAStData* QAStData::clipboardContentToData()
+{
+    if (!hasGui())
+        return nullptr;
+    return stringContentToData(QGuiApplication::clipboard()->text());
+}
+
+QAStData* QAStData::stringContentToData(const QString& text)
+{
+    QDomDocument doc(QStringLiteral("Clipboard"));
+    if (!doc.setContent(text))
+        return nullptr;
+    QAStData* item = QAStDataFactory::create(doc.documentElement(), 1, nullptr, nullptr);
+    if (item)
+        item->renewQuids();
+    return item;
+}
