@@ -115,6 +115,8 @@ public:
     QList<QARes*> findAll(const QString& key) const;
     // Takes ownership.
     void append(QARes* child);
+    // Makes room for that many children at once.
+    void reserve(qsizetype size);
 
 private:
     QList<QARes*> m_children;
@@ -159,6 +161,8 @@ public:
     QStringList strings() const;
     // Takes ownership.
     void append(QARes* item);
+    // Makes room for that many items at once.
+    void reserve(qsizetype size);
 
 private:
     QList<QARes*> m_items;
