@@ -127,12 +127,16 @@ void QAStData::setName(const QString& name)
     if (m_parent && m_parent->isAlphabeticallySorted())
         m_parent->sortChildren();
     emit renamed(name);
+    emit attributeChanged(QStringLiteral("name"));
 }
 
 void QAStData::setQuid(quint32 quid)
 {
-    m_quid = quid;
     noteQuid(quid);
+    if (quid == m_quid)
+        return;
+    m_quid = quid;
+    emit attributeChanged(QStringLiteral("quid"));
 }
 
 void QAStData::renewQuids()
@@ -174,26 +178,45 @@ void QAStData::setIconByFileName(const QString& fileName)
     if (hasGui())
         emit iconChanged(icon());
     emit iconFileNameChanged(fileName);
+    emit attributeChanged(QStringLiteral("icon"));
+}
+
+template <typename T>
+void QAStData::changeAttribute(QAStAttribute<T>& attribute, const T& value, const char* xmlName)
+{
+    const bool changed = !(attribute.value() == value);
+    attribute.setValue(value);
+    if (changed)
+        emit attributeChanged(QLatin1String(xmlName));
+}
+
+template <typename T>
+void QAStData::changeField(T& field, const T& value, const char* xmlName)
+{
+    if (field == value)
+        return;
+    field = value;
+    emit attributeChanged(QLatin1String(xmlName));
 }
 
 void QAStData::setRenameable(bool renameable)
 {
-    m_renameable.setValue(renameable);
+    changeAttribute(m_renameable, renameable, "renameable");
 }
 
 void QAStData::setDeletable(bool deletable)
 {
-    m_deletable.setValue(deletable);
+    changeAttribute(m_deletable, deletable, "deletable");
 }
 
 void QAStData::setExtended(bool open)
 {
-    m_open.setValue(open);
+    changeAttribute(m_open, open, "open");
 }
 
 void QAStData::setAlphabeticallySorted(bool sorted, bool recursive)
 {
-    m_sorted.setValue(sorted);
+    changeAttribute(m_sorted, sorted, "sorted");
     if (sorted)
         sortChildren();
     if (recursive) {
@@ -204,12 +227,12 @@ void QAStData::setAlphabeticallySorted(bool sorted, bool recursive)
 
 void QAStData::setExecutionResult(int result)
 {
-    m_executionResult.setValue(result);
+    changeAttribute(m_executionResult, result, "executionResult");
 }
 
 void QAStData::setDuplicable(bool duplicable)
 {
-    m_duplicable = duplicable;
+    changeField(m_duplicable, duplicable, "duplicable");
 }
 
 bool QAStData::isModified() const
@@ -219,7 +242,7 @@ bool QAStData::isModified() const
 
 void QAStData::setModified(bool modified)
 {
-    m_modified = modified;
+    changeField(m_modified, modified, "modified");
 }
 
 // --- tree

@@ -274,6 +274,11 @@ signals:
     void renamed(const QString& name);
     void iconChanged(const QPixmap& icon);
     void iconFileNameChanged(const QString& fileName);
+    // Any common attribute changed value; attribute is its element name
+    // in the project file ("name", "quid", "icon", "renameable",
+    // "deletable", "open", "sorted", "executionResult"), or "duplicable"
+    // or "modified".
+    void attributeChanged(const QString& attribute);
     void childAdded(QAStData* child);
     void childRemoved(QAStData* child);
     void perlScriptStarted();
@@ -328,6 +333,12 @@ private:
     void collectChildrenOfClass(const char* className, bool recursive,
                                 QList<QAStData*>& found) const;
     void reportIgnoredTag(const QString& reportLine, const QString& tag);
+    // Set an attribute or a plain field, emitting attributeChanged when the
+    // value differs.
+    template <typename T>
+    void changeAttribute(QAStAttribute<T>& attribute, const T& value, const char* xmlName);
+    template <typename T>
+    void changeField(T& field, const T& value, const char* xmlName);
     static quint32 takeFreshQuid();
     static void noteQuid(quint32 quid);
 

@@ -51,6 +51,7 @@ private slots:
     void init();
 
     void renameEmitsOnlyOnChange();
+    void everyAttributeSignalsItsChange();
     void childrenFollowAfter();
     void signalsOfAddAndRemove();
     void movingAChildBetweenParents();
@@ -93,6 +94,33 @@ void TestItemTree::renameEmitsOnlyOnChange()
     item.setName(QStringLiteral("b"));
     QCOMPARE(renamed.count(), 1);
     QCOMPARE(renamed.at(0).at(0).toString(), QStringLiteral("b"));
+}
+
+void TestItemTree::everyAttributeSignalsItsChange()
+{
+    QAStData item(QStringLiteral("a"), QPixmap());
+    QSignalSpy changed(&item, &QAStData::attributeChanged);
+    item.setName(QStringLiteral("b"));
+    item.setQuid(item.quid() + 1000);
+    item.setIconByFileName(QStringLiteral("node.png"));
+    item.setRenameable(!item.isRenameable());
+    item.setDeletable(!item.isDeletable());
+    item.setExtended(!item.isExtended());
+    item.setAlphabeticallySorted(!item.isAlphabeticallySorted());
+    item.setExecutionResult(item.executionResult() + 1);
+    item.setDuplicable(!item.isDuplicable());
+    item.setModified(!item.isModified());
+    QStringList names;
+    for (const QList<QVariant>& args : changed)
+        names << args.at(0).toString();
+    QCOMPARE(names, (QStringList{"name", "quid", "icon", "renameable", "deletable", "open",
+                                 "sorted", "executionResult", "duplicable", "modified"}));
+
+    changed.clear();
+    item.setRenameable(item.isRenameable());
+    item.setExecutionResult(item.executionResult());
+    item.setModified(item.isModified());
+    QCOMPARE(changed.count(), 0);
 }
 
 void TestItemTree::childrenFollowAfter()
