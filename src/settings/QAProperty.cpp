@@ -17,6 +17,8 @@ QAProperty::QAProperty(const QAProperty& other)
     , m_validator(other.m_validator)
     , m_perlVarName(other.m_perlVarName)
     , m_initValue(other.m_initValue)
+    , m_applyMask(other.m_applyMask)
+    , m_unapplyMask(other.m_unapplyMask)
 {
 }
 
@@ -29,6 +31,8 @@ QAProperty& QAProperty::operator=(const QAProperty& other)
     m_validator = other.m_validator;
     m_perlVarName = other.m_perlVarName;
     m_initValue = other.m_initValue;
+    m_applyMask = other.m_applyMask;
+    m_unapplyMask = other.m_unapplyMask;
     return *this;
 }
 

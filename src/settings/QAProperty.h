@@ -62,6 +62,13 @@ public:
     const QVariant& initValue() const { return m_initValue; }
     void setInitValue(const QVariant& initValue) { m_initValue = initValue; }
     bool hasInitValue() const { return m_initValue.isValid(); }
+    // Filter bits (languages, node kinds, hosts: see QAStPropertyFilters)
+    // naming where the property applies and where it does not; 0 sets no
+    // restriction. QAStPropertyFilters::isApplicable reads them.
+    unsigned int applyMask() const { return m_applyMask; }
+    void setApplyMask(unsigned int mask) { m_applyMask = mask; }
+    unsigned int unapplyMask() const { return m_unapplyMask; }
+    void setUnapplyMask(unsigned int mask) { m_unapplyMask = mask; }
 
     // The group holding this property, or null.
     QAPropertyGroup* parentGroup() const { return m_parent; }
@@ -84,5 +91,7 @@ private:
     const QValidator* m_validator = nullptr;
     QString m_perlVarName;
     QVariant m_initValue;
+    unsigned int m_applyMask = 0;
+    unsigned int m_unapplyMask = 0;
     QAPropertyGroup* m_parent = nullptr;
 };
