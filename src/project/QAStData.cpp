@@ -3,6 +3,7 @@
 #include "QAInstall.h"
 #include "QARes.h"
 #include "QAStDataFactory.h"
+#include "QAStProject.h"
 #include "QAStProjectPref.h"
 #include "StudioInterface.h"
 
@@ -281,6 +282,16 @@ QAStData* QAStData::rootProjectItem() const
             outermost = item;
     }
     return const_cast<QAStData*>(outermost);
+}
+
+QAStProject* QAStData::project() const
+{
+    return qobject_cast<QAStProject*>(projectItem());
+}
+
+QAStProject* QAStData::rootProject() const
+{
+    return qobject_cast<QAStProject*>(rootProjectItem());
 }
 
 bool QAStData::isAncestorOf(const QAStData* item) const

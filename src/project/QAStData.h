@@ -17,6 +17,7 @@
 class QARes;
 class QAProperty;
 class QAPropertyGroup;
+class QAStProject;
 class QAStProjectPref;
 class QDomElement;
 class QDomNode;
@@ -129,6 +130,9 @@ public:
     // "QAStProject", and the outermost one; null when there is none.
     QAStData* projectItem() const;
     QAStData* rootProjectItem() const;
+    // The same, typed.
+    QAStProject* project() const;
+    QAStProject* rootProject() const;
     bool isAncestorOf(const QAStData* item) const;
 
     // Inserts child behind after (front when after is null or not a child
