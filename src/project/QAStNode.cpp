@@ -1,6 +1,8 @@
 #include "QAStNode.h"
 
+#include "QAPropertyMapGroup.h"
 #include "QAStConfiguration.h"
+#include "QAStPropertyFilters.h"
 
 #include <utility>
 
@@ -99,4 +101,25 @@ QAStConfiguration* QAStNode::inheritConfiguration(const QAStConfiguration* c) co
         return nullptr;
     const QAStNode* parentNode = qobject_cast<const QAStNode*>(parent());
     return parentNode ? parentNode->configuration(c->name()) : nullptr;
+}
+
+unsigned int QAStNode::propertyKind() const
+{
+    return 0;
+}
+
+unsigned int QAStNode::propertyContext() const
+{
+    const QAStConfiguration* c = currentConfiguration();
+    const unsigned int language = c ? unsigned(c->languageType()) : QAStPropertyFilters::LanguageC;
+    return language | propertyKind() | QAStPropertyFilters::host();
+}
+
+QList<QAProperty*> QAStNode::visibleSettings(const QAPropertyGroup* group) const
+{
+    if (!group)
+        group = QAStConfiguration::propertyDescriptor();
+    if (!group)
+        return {};
+    return QAStPropertyFilters::visibleChildren(group, propertyContext());
 }

@@ -6,6 +6,8 @@
 #include <QString>
 #include <QStringList>
 
+class QAProperty;
+class QAPropertyGroup;
 class QAStConfiguration;
 
 // An item that can be built and executed. It carries its own build
@@ -58,6 +60,19 @@ public:
     // parent node (null when the parent has none or is not a node);
     // otherwise null.
     virtual QAStConfiguration* inheritConfiguration(const QAStConfiguration* c) const;
+
+    // --- property sheet
+
+    // The node-kind bit (QAStPropertyFilters::Kind) by which the settings
+    // descriptor restricts this node's settings; 0 in the base, so that
+    // only unrestricted settings show. Each kind returns its own.
+    virtual unsigned int propertyKind() const;
+    // The context of the node's property sheet: its kind, the language of
+    // its current configuration (C without one) and the host environment.
+    unsigned int propertyContext() const;
+    // The settings of the group (the shared settings descriptor by default)
+    // that the node's property sheet shows, in order.
+    QList<QAProperty*> visibleSettings(const QAPropertyGroup* group = nullptr) const;
 
 protected:
     // For kinds that read their own element (see QAStData).

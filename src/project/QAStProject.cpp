@@ -1,6 +1,7 @@
 #include "QAStProject.h"
 
 #include "QAStConfiguration.h"
+#include "QAStPropertyFilters.h"
 
 #include <utility>
 
@@ -72,4 +73,9 @@ QAStConfiguration* QAStProject::inheritConfiguration(const QAStConfiguration* c)
     if (c == initial)
         return nullptr;
     return configuration(c->name()) == c ? initial : nullptr;
+}
+
+unsigned int QAStProject::propertyKind() const
+{
+    return QAStPropertyFilters::Project;
 }

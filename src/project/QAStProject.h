@@ -39,6 +39,8 @@ public:
     // otherwise null.
     QAStConfiguration* inheritConfiguration(const QAStConfiguration* c) const override;
 
+    unsigned int propertyKind() const override;
+
 protected:
     // For kinds that read their own element (see QAStData).
     QAStProject(QAStData* parent, QAStData* after);

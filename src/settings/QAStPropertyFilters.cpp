@@ -44,6 +44,20 @@ unsigned int context(Language language, Kind kind, Host host)
 }
 
 namespace {
+Host currentHost = Studio;
+}
+
+Host host()
+{
+    return currentHost;
+}
+
+void setHost(Host host)
+{
+    currentHost = host;
+}
+
+namespace {
 
 // The property's own restriction, leaving its groups aside.
 bool passesOwnFilters(const QAProperty* property, unsigned int context,

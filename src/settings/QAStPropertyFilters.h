@@ -80,6 +80,11 @@ SDK110_EXPORT QList<unsigned int> masks();
 // The context of a property sheet: a language, a node kind and a host.
 SDK110_EXPORT unsigned int context(Language language, Kind kind, Host host);
 
+// The host environment the library serves (Studio unless a host says
+// otherwise); it is part of every node's context.
+SDK110_EXPORT Host host();
+SDK110_EXPORT void setHost(Host host);
+
 // True when the property shows in the context (see Visibility above).
 SDK110_EXPORT bool isApplicable(const QAProperty* property, unsigned int context,
                                 const QList<unsigned int>& categories = masks());
