@@ -4,7 +4,40 @@
 #include "QAStConfiguration.h"
 #include "QAStPropertyFilters.h"
 
+#include <QAction>
+#include <QCoreApplication>
+#include <QDomElement>
+#include <QHash>
+#include <QMenu>
+#include <QTextStream>
+
+#include <algorithm>
 #include <utility>
+
+namespace {
+
+const char* const labelContext = "QAStNode";
+
+struct Kind {
+    const char* label;
+    QAStNode::NodeMaker make;
+};
+
+QHash<QString, Kind>& kindTable()
+{
+    static QHash<QString, Kind> table;
+    return table;
+}
+
+// A value read from the file stands for a state only when it names one.
+bool isState(int value)
+{
+    return value >= QAStNode::Selected && value <= QAStNode::UnSelectedReported;
+}
+
+}
+
+// --- construction
 
 QAStNode::QAStNode(const QString& name, const QPixmap& icon, QAStData* parent, QAStData* after)
     : QAStData(name, icon, parent, after)
@@ -12,17 +45,16 @@ QAStNode::QAStNode(const QString& name, const QPixmap& icon, QAStData* parent, Q
 }
 
 QAStNode::QAStNode(const QDomElement& e, int version, QAStData* parent, QAStData* after)
-    : QAStData(e, version, parent, after)
-{
-}
-
-QAStNode::QAStNode(QARes* res, QAStData* parent, QAStData* after)
-    : QAStData(res, parent, after)
-{
-}
-
-QAStNode::QAStNode(QAStData* parent, QAStData* after)
     : QAStData(parent, after)
+{
+    init(e, version);
+}
+
+QAStNode::QAStNode(QARes* res, QAStData* parent, QAStData* after) : QAStData(res, parent, after)
+{
+}
+
+QAStNode::QAStNode(QAStData* parent, QAStData* after) : QAStData(parent, after)
 {
 }
 
@@ -31,6 +63,8 @@ QAStNode::~QAStNode()
     // Emptied first, so that no look-up made while they go finds them.
     qDeleteAll(std::exchange(m_configurations, {}));
 }
+
+// --- configurations
 
 QStringList QAStNode::configurations() const
 {
@@ -102,6 +136,323 @@ QAStConfiguration* QAStNode::inheritConfiguration(const QAStConfiguration* c) co
     const QAStNode* parentNode = qobject_cast<const QAStNode*>(parent());
     return parentNode ? parentNode->configuration(c->name()) : nullptr;
 }
+
+// --- state and run data
+
+void QAStNode::setState(State state)
+{
+    if (state == m_state)
+        return;
+    m_state = state;
+    emit stateChanged(state);
+}
+
+void QAStNode::setBackground(bool background)
+{
+    m_background = background;
+}
+
+QStringList QAStNode::outputFiles(const QString& filetype) const
+{
+    for (const OutputFile& file : m_outputFiles) {
+        if (file.filetype == filetype)
+            return file.filepaths;
+    }
+    return QStringList();
+}
+
+void QAStNode::addOutputFile(const QString& filetype, const QStringList& filepaths)
+{
+    auto own =
+        std::find_if(m_outputFiles.begin(), m_outputFiles.end(),
+                     [&filetype](const OutputFile& file) { return file.filetype == filetype; });
+    if (own == m_outputFiles.end()) {
+        m_outputFiles.append(OutputFile{filetype, QStringList()});
+        own = m_outputFiles.end() - 1;
+    }
+    for (const QString& path : filepaths) {
+        if (!own->filepaths.contains(path))
+            own->filepaths.append(path);
+    }
+}
+
+void QAStNode::removeOutputFiles(const QString& filetype)
+{
+    m_outputFiles.removeIf(
+        [&filetype](const OutputFile& file) { return file.filetype == filetype; });
+}
+
+void QAStNode::setPerlScriptBeforeChild(const QString& script)
+{
+    m_perlScriptBeforeChild = script;
+}
+
+void QAStNode::setPerlScriptAfterChild(const QString& script)
+{
+    m_perlScriptAfterChild = script;
+}
+
+// --- writing
+
+void QAStNode::write(QTextStream& s, int indent) const
+{
+    openElement(s, indent, "node");
+    const int inner = indent + 1;
+    QAStData::write(s, inner);
+    writeText(s, inner, "current_configuration", m_currentConfigurationName);
+    writeInt(s, inner, "state", m_state);
+    writeBool(s, inner, "background", m_background);
+    writeOutputFiles(s, inner);
+    writeText(s, inner, "perlscript_before_child", m_perlScriptBeforeChild);
+    writeText(s, inner, "perlscript_after_child", m_perlScriptAfterChild);
+    writeConfigurationList(s, inner);
+    closeElement(s, indent, "node");
+}
+
+void QAStNode::writeOutputFiles(QTextStream& s, int indent) const
+{
+    openElement(s, indent, "outfilename_list");
+    for (const OutputFile& file : m_outputFiles) {
+        openElement(s, indent + 1, "outfilename");
+        writeText(s, indent + 2, "filetype", file.filetype);
+        QAXML::toStream(s, "filepath", QAXML::stringListToXMLValue(file.filepaths), indent + 2);
+        closeElement(s, indent + 1, "outfilename");
+    }
+    closeElement(s, indent, "outfilename_list");
+}
+
+void QAStNode::writeConfigurationList(QTextStream& s, int indent) const
+{
+    openElement(s, indent, "configuration_list");
+    for (const QAStConfiguration* c : m_configurations)
+        c->write(s, indent + 1);
+    closeElement(s, indent, "configuration_list");
+}
+
+// --- reading
+
+bool QAStNode::init(const QDomElement& nodeElement, int version)
+{
+    if (!checkElement(nodeElement, "node"))
+        return false;
+    if (!QAStData::init(innerBlock(nodeElement, "data"), version))
+        return false;
+    m_currentConfigurationName = readText(nodeElement, "current_configuration");
+    const int state = readInt(nodeElement, "state", Selected);
+    m_state = isState(state) ? State(state) : Selected;
+    m_background = readBool(nodeElement, "background", false);
+    initOutputFiles(field(nodeElement, "outfilename_list"));
+    m_perlScriptBeforeChild = readText(nodeElement, "perlscript_before_child");
+    m_perlScriptAfterChild = readText(nodeElement, "perlscript_after_child");
+    initConfigurationList(field(nodeElement, "configuration_list"), version);
+    return isValid();
+}
+
+void QAStNode::initOutputFiles(const QDomElement& listElement)
+{
+    const QString fileTag = QStringLiteral("outfilename");
+    for (QDomElement file = listElement.firstChildElement(fileTag); !file.isNull();
+         file = file.nextSiblingElement(fileTag)) {
+        const QString filetype = readText(file, "filetype");
+        addOutputFile(filetype, QAXML::domValueList(field(file, "filepath")));
+    }
+}
+
+void QAStNode::initConfigurationList(const QDomElement& listElement, int version)
+{
+    const QString configurationTag = QStringLiteral("configuration");
+    for (QDomElement e = listElement.firstChildElement(configurationTag); !e.isNull();
+         e = e.nextSiblingElement(configurationTag)) {
+        auto* c = new QAStConfiguration(QString(), this);
+        if (c->init(e, version))
+            addConfiguration(c);
+        else
+            delete c;
+    }
+}
+
+// --- helpers of the kinds' blocks
+
+bool QAStNode::checkElement(const QDomElement& e, const char* tag)
+{
+    if (checkTag(e, tag))
+        return true;
+    setValid(false);
+    return false;
+}
+
+void QAStNode::openElement(QTextStream& s, int indent, const char* tag)
+{
+    QAXML::indent(s, indent);
+    s << '<' << tag << ">\n";
+}
+
+void QAStNode::closeElement(QTextStream& s, int indent, const char* tag)
+{
+    QAXML::indent(s, indent);
+    s << "</" << tag << ">\n";
+}
+
+void QAStNode::writeText(QTextStream& s, int indent, const char* tag, const QString& text)
+{
+    QAXML::toStream(s, tag, QAXML::stringToXMLValue(text), indent);
+}
+
+void QAStNode::writeBool(QTextStream& s, int indent, const char* tag, bool value)
+{
+    QAXML::toStream(s, tag, QAXML::boolToXMLValue(value), indent);
+}
+
+void QAStNode::writeInt(QTextStream& s, int indent, const char* tag, int value)
+{
+    QAXML::toStream(s, tag, QAXML::fromInt(value), indent);
+}
+
+void QAStNode::writeTextList(QTextStream& s, int indent, const char* listTag, const char* itemTag,
+                             const QStringList& texts)
+{
+    openElement(s, indent, listTag);
+    for (const QString& text : texts)
+        writeText(s, indent + 1, itemTag, text);
+    closeElement(s, indent, listTag);
+}
+
+QDomElement QAStNode::field(const QDomElement& block, const char* tag)
+{
+    const QDomElement e = block.firstChildElement(QLatin1String(tag));
+    checkTag(e, tag);
+    return e;
+}
+
+QDomElement QAStNode::innerBlock(const QDomElement& block, const char* tag)
+{
+    return block.firstChildElement(QLatin1String(tag));
+}
+
+QString QAStNode::readText(const QDomElement& block, const char* tag, const QString& fallback)
+{
+    const QDomElement e = field(block, tag);
+    return e.isNull() ? fallback : QAXML::domValue(e);
+}
+
+bool QAStNode::readBool(const QDomElement& block, const char* tag, bool fallback)
+{
+    bool ok = false;
+    const bool value = QAXML::toBool(field(block, tag).text(), &ok);
+    return ok ? value : fallback;
+}
+
+int QAStNode::readInt(const QDomElement& block, const char* tag, int fallback)
+{
+    bool ok = false;
+    const int value = QAXML::toInt(field(block, tag).text(), &ok);
+    return ok ? value : fallback;
+}
+
+QStringList QAStNode::readTextList(const QDomElement& block, const char* listTag,
+                                   const char* itemTag)
+{
+    QStringList texts;
+    const QString item = QLatin1String(itemTag);
+    const QDomElement list = field(block, listTag);
+    for (QDomElement e = list.firstChildElement(item); !e.isNull(); e = e.nextSiblingElement(item))
+        texts.append(QAXML::domValue(e));
+    return texts;
+}
+
+void QAStNode::writeChildList(QTextStream& s, int indent, const char* tag) const
+{
+    openElement(s, indent, tag);
+    for (const QAStData* c = child(); c; c = c->next())
+        c->write(s, indent + 1);
+    closeElement(s, indent, tag);
+}
+
+void QAStNode::initChildList(const QDomElement& block, const char* tag, int version)
+{
+    const QDomElement list = field(block, tag);
+    if (!list.isNull())
+        initChildren(list, version, allowedChildClasses());
+}
+
+// --- children by kind
+
+QStringList QAStNode::allowedChildClasses() const
+{
+    return QStringList();
+}
+
+QStringList QAStNode::addableChildKinds() const
+{
+    return QStringList();
+}
+
+QAStNode* QAStNode::addNewChild(const QString& tag)
+{
+    if (!addableChildKinds().contains(tag))
+        return nullptr;
+    QAStNode* fresh = createNode(tag, freshChildName(tag), this, last());
+    if (!fresh)
+        return nullptr;
+    for (const QString& name : configurations())
+        fresh->addConfiguration(name);
+    fresh->setCurrentConfigurationName(currentConfigurationName());
+    return fresh;
+}
+
+QString QAStNode::freshChildName(const QString& tag) const
+{
+    const QString label = kindLabel(tag);
+    const QAStData* top = root();
+    QString name = label;
+    for (int n = 2; top->findNode(name); ++n)
+        name = label + QLatin1Char(' ') + QString::number(n);
+    return name;
+}
+
+QMenu* QAStNode::addChildPopupMenu(QWidget* parent)
+{
+    auto* menu = new QMenu(QCoreApplication::translate(labelContext, "Add"), parent);
+    for (const QString& tag : addableChildKinds()) {
+        QAction* action = menu->addAction(kindLabel(tag));
+        action->setData(tag);
+        connect(action, &QAction::triggered, this, [this, tag] { addNewChild(tag); });
+    }
+    return menu;
+}
+
+QMenu* QAStNode::popupMenu(QWidget* parent)
+{
+    auto* menu = new QMenu(parent);
+    QMenu* add = addChildPopupMenu(menu);
+    if (add->isEmpty())
+        delete add;
+    else
+        menu->addMenu(add);
+    return menu;
+}
+
+QString QAStNode::kindLabel(const QString& tag)
+{
+    const auto kind = kindTable().constFind(tag);
+    if (kind == kindTable().cend())
+        return tag;
+    return QCoreApplication::translate(labelContext, kind->label);
+}
+
+QAStNode* QAStNode::createNode(const QString& tag, const QString& name, QAStData* parent,
+                               QAStData* after)
+{
+    const auto kind = kindTable().constFind(tag);
+    return kind == kindTable().cend() ? nullptr : kind->make(name, parent, after);
+}
+
+void QAStNode::registerKind(const char* tag, const char* label, NodeMaker make)
+{
+    kindTable().insert(QString::fromLatin1(tag), Kind{label, make});
+}
+
+// --- property sheet
 
 unsigned int QAStNode::propertyKind() const
 {

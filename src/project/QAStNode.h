@@ -1,6 +1,7 @@
 #pragma once
 
 #include "QAStData.h"
+#include "QAStDataFactory.h"
 
 #include <QList>
 #include <QString>
@@ -9,11 +10,25 @@
 class QAProperty;
 class QAPropertyGroup;
 class QAStConfiguration;
+class QMenu;
+class QWidget;
 
 // An item that can be built and executed. It carries its own build
 // configurations, one per name, each inheriting key by key from the
 // configuration of the same name of the parent node (inheritConfiguration),
-// and the name of the configuration currently in use.
+// the name of the configuration currently in use, its state in a run, its
+// output files and the Perl texts run before and after its children.
+//
+// XML: the node block, "<node>", the data block, current_configuration,
+// state, background, outfilename_list, perlscript_before_child,
+// perlscript_after_child, configuration_list, "</node>". Each kind opens its
+// own element around its base's block (docs/formats/project-file.md).
+//
+// Children: a kind that holds children names the classes it accepts when
+// reading (allowedChildClasses, checked by inheritance) and the element tags
+// a user may add below it (addableChildKinds, in menu order). The node
+// kinds register themselves by tag (KindRegistration), so that addNewChild
+// can make a fresh node of any kind.
 //
 // Ownership: the node owns its configurations and deletes them with itself.
 // A configuration added under the name of one the node already has
@@ -21,10 +36,22 @@ class QAStConfiguration;
 class SDK110_EXPORT QAStNode : public QAStData {
     Q_OBJECT
 public:
+    // The node's part in a run: Selected is built, executed and reported;
+    // UnSelected is left out of the run and of the reports; UnSelectedReported
+    // is left out of the run but its reports are still provided.
+    enum State { Selected = 0, UnSelected = 1, UnSelectedReported = 2 };
+    Q_ENUM(State)
+
+    // One kind of output file of the node and its paths.
+    struct OutputFile {
+        QString filetype;
+        QStringList filepaths;
+    };
+
     // A new node, inserted into parent behind after.
     QAStNode(const QString& name, const QPixmap& icon, QAStData* parent = nullptr,
              QAStData* after = nullptr);
-    // A node read from a data block of the project file (QAStData::init).
+    // A node read from a node block ("node" element) of the project file.
     QAStNode(const QDomElement& e, int version, QAStData* parent = nullptr,
              QAStData* after = nullptr);
     // A node read from the older resource format.
@@ -61,6 +88,93 @@ public:
     // otherwise null.
     virtual QAStConfiguration* inheritConfiguration(const QAStConfiguration* c) const;
 
+    // --- state and run data
+
+    State state() const { return m_state; }
+    // Emits stateChanged when the state changes.
+    void setState(State state);
+    // Built, executed and reported.
+    bool isSelected() const { return m_state == Selected; }
+    // Left out of the run.
+    bool isUnSelected() const { return m_state != Selected; }
+    // Its reports are provided.
+    bool provideReports() const { return m_state != UnSelected; }
+
+    // Runs in the background.
+    bool background() const { return m_background; }
+    void setBackground(bool background);
+
+    // The output files by kind, in the order their kinds were first added.
+    const QList<OutputFile>& outputFiles() const { return m_outputFiles; }
+    // The paths of one kind; empty when the node has none of it.
+    QStringList outputFiles(const QString& filetype) const;
+    // Adds paths to the node's files of that kind (a path it has already is
+    // not added twice).
+    void addOutputFile(const QString& filetype, const QStringList& filepaths);
+    // Forgets the node's files of that kind.
+    void removeOutputFiles(const QString& filetype);
+
+    // Perl text run before, and after, the node's children are processed.
+    QString perlScriptBeforeChild() const { return m_perlScriptBeforeChild; }
+    void setPerlScriptBeforeChild(const QString& script);
+    QString perlScriptAfterChild() const { return m_perlScriptAfterChild; }
+    void setPerlScriptAfterChild(const QString& script);
+
+    // --- XML
+
+    // The node block (see above).
+    void write(QTextStream& s, int indent) const override;
+
+    // --- children by kind
+
+    // The classes a child read from the file must inherit; empty for kinds
+    // that hold no children (they have no child element to read).
+    virtual QStringList allowedChildClasses() const;
+    // The element tags of the kinds a user may add below the node, in menu
+    // order; none by default.
+    virtual QStringList addableChildKinds() const;
+    // A fresh node of an addable kind as the last child, named after its
+    // kind (made unique in the tree) and given this node's configuration
+    // names (empty, inheriting everything) and current configuration. Null
+    // for a tag that is not addable here.
+    QAStNode* addNewChild(const QString& tag);
+    // A menu, parented to parent, titled "Add", with one action per
+    // addable kind; an action adds that kind (addNewChild). The caller owns
+    // it; it is empty when nothing may be added.
+    QMenu* addChildPopupMenu(QWidget* parent);
+    // The node's context menu, parented to parent: the add menu when the
+    // node takes children. The caller owns it.
+    virtual QMenu* popupMenu(QWidget* parent);
+
+    // The label of a registered kind (translated, context "QAStNode"), used
+    // in the add menu and as the name of a fresh node; the tag itself for an
+    // unknown kind.
+    static QString kindLabel(const QString& tag);
+    // A fresh node of a registered kind with that name, inserted into
+    // parent behind after; null for an unknown kind.
+    static QAStNode* createNode(const QString& tag, const QString& name, QAStData* parent,
+                                QAStData* after);
+
+    using NodeMaker = QAStNode* (*)(const QString& name, QAStData* parent, QAStData* after);
+    // Adds (or replaces) the kind of a tag: its label (untranslated source
+    // text of context "QAStNode") and its maker of fresh nodes.
+    static void registerKind(const char* tag, const char* label, NodeMaker make);
+
+    // Registers T for a tag with the factory (element constructor) and as
+    // a kind (label, fresh nodes); meant as a static object in T's source.
+    template <class T>
+    struct KindRegistration {
+        KindRegistration(const char* tag, const char* label)
+        {
+            QAStDataFactory::registerClass(QString::fromLatin1(tag),
+                                           &QAStDataFactory::construct<T>);
+            registerKind(tag, label,
+                         [](const QString& name, QAStData* parent, QAStData* after) -> QAStNode* {
+                             return new T(name, QPixmap(), parent, after);
+                         });
+        }
+    };
+
     // --- property sheet
 
     // The node-kind bit (QAStPropertyFilters::Kind) by which the settings
@@ -74,15 +188,71 @@ public:
     // that the node's property sheet shows, in order.
     QList<QAProperty*> visibleSettings(const QAPropertyGroup* group = nullptr) const;
 
+signals:
+    void stateChanged(QAStNode::State state);
+
 protected:
     // For kinds that read their own element (see QAStData).
     QAStNode(QAStData* parent, QAStData* after);
+
+    // Reads the node block: the data block (required: without it the node
+    // is not valid), then the node's fields in written order; a missing
+    // field is reported and keeps its default. Returns isValid().
+    bool init(const QDomElement& nodeElement, int version);
+    // "configuration_list" with each configuration's own write. The project
+    // keeps its configurations elsewhere and overrides it.
+    virtual void writeConfigurationList(QTextStream& s, int indent) const;
+
+    // --- helpers of the kinds' blocks
+
+    // checkTag; the node is left not valid when it fails.
+    bool checkElement(const QDomElement& e, const char* tag);
+    // The indented lines "<tag>" and "</tag>".
+    static void openElement(QTextStream& s, int indent, const char* tag);
+    static void closeElement(QTextStream& s, int indent, const char* tag);
+    // One element line holding an encoded text, a Boolean or an integer.
+    static void writeText(QTextStream& s, int indent, const char* tag, const QString& text);
+    static void writeBool(QTextStream& s, int indent, const char* tag, bool value);
+    static void writeInt(QTextStream& s, int indent, const char* tag, int value);
+    // "<listTag>", one itemTag element per text, "</listTag>".
+    static void writeTextList(QTextStream& s, int indent, const char* listTag, const char* itemTag,
+                              const QStringList& texts);
+    // The first child of block named tag; a null element, reported in the
+    // load report, when it has none.
+    static QDomElement field(const QDomElement& block, const char* tag);
+    // The first child of block named tag, unreported: the wrapped block
+    // that the base's init checks itself.
+    static QDomElement innerBlock(const QDomElement& block, const char* tag);
+    // The decoded value of a field; fallback (reported) when it is missing
+    // or, for numbers and Booleans, unreadable.
+    static QString readText(const QDomElement& block, const char* tag,
+                            const QString& fallback = QString());
+    static bool readBool(const QDomElement& block, const char* tag, bool fallback);
+    static int readInt(const QDomElement& block, const char* tag, int fallback);
+    // The texts of the itemTag elements of the list field listTag.
+    static QStringList readTextList(const QDomElement& block, const char* listTag,
+                                    const char* itemTag);
+    // "<tag>", each child's own write, "</tag>".
+    void writeChildList(QTextStream& s, int indent, const char* tag) const;
+    // The children of the field tag of block, kept when their class is
+    // allowed (allowedChildClasses).
+    void initChildList(const QDomElement& block, const char* tag, int version);
 
 private:
     // Takes the configuration of that name out of the list without deleting
     // it; null when the node has none.
     QAStConfiguration* takeConfiguration(const QString& name);
+    void writeOutputFiles(QTextStream& s, int indent) const;
+    void initOutputFiles(const QDomElement& listElement);
+    void initConfigurationList(const QDomElement& listElement, int version);
+    // The kind's label, followed by a number when the tree has that name.
+    QString freshChildName(const QString& tag) const;
 
     QList<QAStConfiguration*> m_configurations;
     QString m_currentConfigurationName;
+    State m_state = Selected;
+    bool m_background = false;
+    QList<OutputFile> m_outputFiles;
+    QString m_perlScriptBeforeChild;
+    QString m_perlScriptAfterChild;
 };

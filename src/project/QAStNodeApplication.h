@@ -1,0 +1,34 @@
+#pragma once
+
+#include "QAStNodeTest.h"
+
+// An application build node: its sources, libraries and object-testing
+// scripts are built into one program.
+//
+// XML: "<application>" around the test block. It holds sources, libraries,
+// test scripts, user nodes and links.
+class SDK110_EXPORT QAStNodeApplication : public QAStNodeTest {
+    Q_OBJECT
+public:
+    // A new node, inserted into parent behind after.
+    QAStNodeApplication(const QString& name, const QPixmap& icon, QAStData* parent = nullptr,
+                        QAStData* after = nullptr);
+    // A node read from its "application" element.
+    QAStNodeApplication(const QDomElement& e, int version, QAStData* parent = nullptr,
+                        QAStData* after = nullptr);
+    // A node read from the older resource format.
+    QAStNodeApplication(QARes* res, QAStData* parent = nullptr, QAStData* after = nullptr);
+
+    void write(QTextStream& s, int indent) const override;
+    unsigned int propertyKind() const override;
+    QStringList allowedChildClasses() const override;
+    QStringList addableChildKinds() const override;
+
+protected:
+    // For kinds that read their own element (see QAStData).
+    QAStNodeApplication(QAStData* parent, QAStData* after);
+
+    // Reads the "application" element: the test block inside it. Returns
+    // isValid().
+    bool init(const QDomElement& e, int version);
+};

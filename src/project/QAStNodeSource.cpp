@@ -1,0 +1,70 @@
+#include "QAStNodeSource.h"
+
+#include "QAStPropertyFilters.h"
+
+#include <QDomElement>
+
+namespace {
+const QAStNode::KindRegistration<QAStNodeSource>
+    registration("source", QT_TRANSLATE_NOOP("QAStNode", "Source"));
+}
+
+QAStNodeSource::QAStNodeSource(const QString& name, const QPixmap& icon, QAStData* parent,
+                               QAStData* after)
+    : QAStNodeFileRef(name, icon, parent, after)
+{
+}
+
+QAStNodeSource::QAStNodeSource(const QDomElement& e, int version, QAStData* parent, QAStData* after)
+    : QAStNodeFileRef(parent, after)
+{
+    init(e, version);
+}
+
+QAStNodeSource::QAStNodeSource(QARes* res, QAStData* parent, QAStData* after)
+    : QAStNodeFileRef(res, parent, after)
+{
+}
+
+QAStNodeSource::QAStNodeSource(QAStData* parent, QAStData* after) : QAStNodeFileRef(parent, after)
+{
+}
+
+void QAStNodeSource::setIntegratedSource(bool integrated)
+{
+    m_integrated = integrated;
+}
+
+void QAStNodeSource::write(QTextStream& s, int indent) const
+{
+    openElement(s, indent, "source");
+    QAStNodeFileRef::write(s, indent + 1);
+    writeBool(s, indent + 1, "integrated", m_integrated);
+    writeChildList(s, indent + 1, "source_child");
+    closeElement(s, indent, "source");
+}
+
+bool QAStNodeSource::init(const QDomElement& e, int version)
+{
+    if (!checkElement(e, "source") ||
+        !QAStNodeFileRef::init(innerBlock(e, "nodefile_ref"), version))
+        return false;
+    m_integrated = readBool(e, "integrated", false);
+    initChildList(e, "source_child", version);
+    return isValid();
+}
+
+unsigned int QAStNodeSource::propertyKind() const
+{
+    return QAStPropertyFilters::Source;
+}
+
+QStringList QAStNodeSource::allowedChildClasses() const
+{
+    return {QStringLiteral("QAStNodeUser")};
+}
+
+QStringList QAStNodeSource::addableChildKinds() const
+{
+    return {QStringLiteral("user")};
+}

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "QAStNodeFileRef.h"
+
+// A source file of a build or test node. An integrated source is compiled
+// with the tested code as it is, not as a unit under test.
+//
+// XML: "<source>", the nodefile_ref block, "integrated", "source_child"
+// with the children, "</source>". It holds user nodes: commands run
+// when the source is built (a generator, for instance).
+class SDK110_EXPORT QAStNodeSource : public QAStNodeFileRef {
+    Q_OBJECT
+public:
+    // A new node, inserted into parent behind after.
+    QAStNodeSource(const QString& name, const QPixmap& icon, QAStData* parent = nullptr,
+                   QAStData* after = nullptr);
+    // A node read from its "source" element.
+    QAStNodeSource(const QDomElement& e, int version, QAStData* parent = nullptr,
+                   QAStData* after = nullptr);
+    // A node read from the older resource format.
+    QAStNodeSource(QARes* res, QAStData* parent = nullptr, QAStData* after = nullptr);
+
+    bool integratedSource() const { return m_integrated; }
+    void setIntegratedSource(bool integrated);
+
+    void write(QTextStream& s, int indent) const override;
+    unsigned int propertyKind() const override;
+    QStringList allowedChildClasses() const override;
+    QStringList addableChildKinds() const override;
+
+protected:
+    // For kinds that read their own element (see QAStData).
+    QAStNodeSource(QAStData* parent, QAStData* after);
+
+    // Reads the "source" element. Returns isValid().
+    bool init(const QDomElement& e, int version);
+
+private:
+    bool m_integrated = false;
+};

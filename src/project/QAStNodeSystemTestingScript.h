@@ -1,0 +1,35 @@
+#pragma once
+
+#include "QAStNodeTestScript.h"
+
+// The test script of a system-testing node. Its children are the virtual
+// testers built from it.
+//
+// XML: "<systemtesting_script>", the test_script block, "filepath" (the
+// script's file key once more; read back only when the nodefile_ref block
+// gives none), "virtual_tester_list" with the virtual testers,
+// "</systemtesting_script>".
+class SDK110_EXPORT QAStNodeSystemTestingScript : public QAStNodeTestScript {
+    Q_OBJECT
+public:
+    // A new node, inserted into parent behind after.
+    QAStNodeSystemTestingScript(const QString& name, const QPixmap& icon,
+                                QAStData* parent = nullptr, QAStData* after = nullptr);
+    // A node read from its "systemtesting_script" element.
+    QAStNodeSystemTestingScript(const QDomElement& e, int version, QAStData* parent = nullptr,
+                                QAStData* after = nullptr);
+    // A node read from the older resource format.
+    QAStNodeSystemTestingScript(QARes* res, QAStData* parent = nullptr, QAStData* after = nullptr);
+
+    void write(QTextStream& s, int indent) const override;
+    unsigned int propertyKind() const override;
+    QStringList allowedChildClasses() const override;
+    QStringList addableChildKinds() const override;
+
+protected:
+    // For kinds that read their own element (see QAStData).
+    QAStNodeSystemTestingScript(QAStData* parent, QAStData* after);
+
+    // Reads the "systemtesting_script" element. Returns isValid().
+    bool init(const QDomElement& e, int version);
+};

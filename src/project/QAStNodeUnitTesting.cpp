@@ -1,0 +1,60 @@
+#include "QAStNodeUnitTesting.h"
+
+#include "QAStPropertyFilters.h"
+
+#include <QDomElement>
+
+namespace {
+const QAStNode::KindRegistration<QAStNodeUnitTesting>
+    registration("unit_testing", QT_TRANSLATE_NOOP("QAStNode", "Unit Testing"));
+}
+
+QAStNodeUnitTesting::QAStNodeUnitTesting(const QString& name, const QPixmap& icon, QAStData* parent,
+                                         QAStData* after)
+    : QAStNodeTest(name, icon, parent, after)
+{
+}
+
+QAStNodeUnitTesting::QAStNodeUnitTesting(const QDomElement& e, int version, QAStData* parent,
+                                         QAStData* after)
+    : QAStNodeTest(parent, after)
+{
+    init(e, version);
+}
+
+QAStNodeUnitTesting::QAStNodeUnitTesting(QARes* res, QAStData* parent, QAStData* after)
+    : QAStNodeTest(res, parent, after)
+{
+}
+
+QAStNodeUnitTesting::QAStNodeUnitTesting(QAStData* parent, QAStData* after)
+    : QAStNodeTest(parent, after)
+{
+}
+
+void QAStNodeUnitTesting::write(QTextStream& s, int indent) const
+{
+    openElement(s, indent, "unit_testing");
+    QAStNodeTest::write(s, indent + 1);
+    closeElement(s, indent, "unit_testing");
+}
+
+bool QAStNodeUnitTesting::init(const QDomElement& e, int version)
+{
+    return checkElement(e, "unit_testing") && QAStNodeTest::init(innerBlock(e, "test"), version);
+}
+
+unsigned int QAStNodeUnitTesting::propertyKind() const
+{
+    return QAStPropertyFilters::UnitTesting;
+}
+
+QStringList QAStNodeUnitTesting::allowedChildClasses() const
+{
+    return {QStringLiteral("QAStNodeUnitTestingScript"), QStringLiteral("QAStNodeSource")};
+}
+
+QStringList QAStNodeUnitTesting::addableChildKinds() const
+{
+    return {QStringLiteral("unittesting_script"), QStringLiteral("source")};
+}

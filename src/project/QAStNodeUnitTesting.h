@@ -1,0 +1,33 @@
+#pragma once
+
+#include "QAStNodeTest.h"
+
+// A unit-testing node: unit-testing scripts run against its sources.
+//
+// XML: "<unit_testing>" around the test block. It holds unit-testing
+// scripts and sources.
+class SDK110_EXPORT QAStNodeUnitTesting : public QAStNodeTest {
+    Q_OBJECT
+public:
+    // A new node, inserted into parent behind after.
+    QAStNodeUnitTesting(const QString& name, const QPixmap& icon, QAStData* parent = nullptr,
+                        QAStData* after = nullptr);
+    // A node read from its "unit_testing" element.
+    QAStNodeUnitTesting(const QDomElement& e, int version, QAStData* parent = nullptr,
+                        QAStData* after = nullptr);
+    // A node read from the older resource format.
+    QAStNodeUnitTesting(QARes* res, QAStData* parent = nullptr, QAStData* after = nullptr);
+
+    void write(QTextStream& s, int indent) const override;
+    unsigned int propertyKind() const override;
+    QStringList allowedChildClasses() const override;
+    QStringList addableChildKinds() const override;
+
+protected:
+    // For kinds that read their own element (see QAStData).
+    QAStNodeUnitTesting(QAStData* parent, QAStData* after);
+
+    // Reads the "unit_testing" element: the test block inside it. Returns
+    // isValid().
+    bool init(const QDomElement& e, int version);
+};

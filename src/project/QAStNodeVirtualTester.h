@@ -1,0 +1,36 @@
+#pragma once
+
+#include "QAStNodeTestScript.h"
+
+// A virtual tester: the system-testing script built for one target and
+// deployed as one or more instances (QAStNodeSystemTesting's deployment
+// table names it). Its instance selection is the test_script block's
+// "instance".
+//
+// XML: "<virtual_tester>", the test_script block, "virtual_tester_child"
+// with the children, "</virtual_tester>". It holds sources built into it
+// (stubs, for instance).
+class SDK110_EXPORT QAStNodeVirtualTester : public QAStNodeTestScript {
+    Q_OBJECT
+public:
+    // A new node, inserted into parent behind after.
+    QAStNodeVirtualTester(const QString& name, const QPixmap& icon, QAStData* parent = nullptr,
+                          QAStData* after = nullptr);
+    // A node read from its "virtual_tester" element.
+    QAStNodeVirtualTester(const QDomElement& e, int version, QAStData* parent = nullptr,
+                          QAStData* after = nullptr);
+    // A node read from the older resource format.
+    QAStNodeVirtualTester(QARes* res, QAStData* parent = nullptr, QAStData* after = nullptr);
+
+    void write(QTextStream& s, int indent) const override;
+    unsigned int propertyKind() const override;
+    QStringList allowedChildClasses() const override;
+    QStringList addableChildKinds() const override;
+
+protected:
+    // For kinds that read their own element (see QAStData).
+    QAStNodeVirtualTester(QAStData* parent, QAStData* after);
+
+    // Reads the "virtual_tester" element. Returns isValid().
+    bool init(const QDomElement& e, int version);
+};
