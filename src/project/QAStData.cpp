@@ -3,6 +3,8 @@
 #include "QAInstall.h"
 #include "QARes.h"
 #include "QAStDataFactory.h"
+#include "QAStDataUndoAction.h"
+#include "QAStDataUndoActionManager.h"
 #include "QAStProject.h"
 #include "QAStProjectPref.h"
 #include "StudioInterface.h"
@@ -18,6 +20,7 @@
 #include <QtDebug>
 
 #include <algorithm>
+#include <memory>
 
 namespace {
 
@@ -536,6 +539,7 @@ QAStData* QAStData::paste()
         return nullptr;
     }
     addChild(item, last());
+    undoManager()->add(new QAStDataUndoAction(QAStDataUndoAction::Added, item));
     return item;
 }
 
@@ -543,6 +547,8 @@ bool QAStData::del()
 {
     if (!isDeletable())
         return false;
+    if (m_parent)
+        undoManager()->add(new QAStDataUndoAction(QAStDataUndoAction::Removed, this));
     remove();
     deleteLater();
     return true;
@@ -551,6 +557,63 @@ bool QAStData::del()
 bool QAStData::acceptDrop(QAStData*) const
 {
     return false;
+}
+
+// --- edits of the user
+
+bool QAStData::userAdd(QAStData* child, QAStData* after)
+{
+    if (!child)
+        return false;
+    if (child->m_parent)
+        return userMove(child, this, after);
+    addChild(child, after);
+    if (child->m_parent != this)
+        return false;
+    undoManager()->add(new QAStDataUndoAction(QAStDataUndoAction::Added, child));
+    return true;
+}
+
+bool QAStData::userMove(QAStData* item, QAStData* newParent, QAStData* after)
+{
+    if (!item || !newParent)
+        return false;
+    if (!item->m_parent)
+        return newParent->userAdd(item, after);
+    // The removal is taken at the old place, before the move.
+    auto removal = std::make_unique<QAStDataUndoAction>(QAStDataUndoAction::Removed, item);
+    newParent->addChild(item, after);
+    if (item->m_parent != newParent)
+        return false;
+    undoManager()->add({removal.release(),
+                        new QAStDataUndoAction(QAStDataUndoAction::Added, item)});
+    return true;
+}
+
+QAStDataUndoActionManager* QAStData::undoManager()
+{
+    static QAStDataUndoActionManager manager;
+    return &manager;
+}
+
+void QAStData::undo()
+{
+    undoManager()->undo();
+}
+
+void QAStData::redo()
+{
+    undoManager()->redo();
+}
+
+bool QAStData::isUndoAvailable()
+{
+    return undoManager()->hasUndoAction();
+}
+
+bool QAStData::isRedoAvailable()
+{
+    return undoManager()->hasRedoAction();
 }
 
 // --- reading

@@ -19,6 +19,7 @@ class QAProperty;
 class QAPropertyGroup;
 class QAStProject;
 class QAStProjectPref;
+class QAStDataUndoActionManager;
 class QDomElement;
 class QDomNode;
 class QMainWindow;
@@ -184,12 +185,29 @@ public:
     // with a QGuiApplication); cut copies and deletes; paste rebuilds the
     // clipboard's item and adds it as the last child when acceptDrop agrees,
     // returning it; del removes a deletable item and deletes it later.
+    // Each records an undo entry (see userAdd).
     virtual void copy();
     virtual void cut();
     virtual QAStData* paste();
     virtual bool del();
     // Whether item may become a child of this one; none in the base.
     virtual bool acceptDrop(QAStData* item) const;
+
+    // --- edits of the user, with undo
+    //
+    // The edits a user makes in the project view record one undo entry
+    // each: del() and cut() a removal, paste() and userAdd() an addition,
+    // userMove() a removal and an addition together. Every other change
+    // of the tree (addChild, remove, deleteChildren, loading, the file
+    // tree's normalize and addFiles) records nothing. The caller checks
+    // acceptDrop first.
+
+    // Adds a new item behind after, as addChild does; an item that already
+    // has a parent is moved (userMove). False when the item was refused.
+    bool userAdd(QAStData* child, QAStData* after);
+    // Moves item into newParent behind after. False when refused (null, or
+    // newParent lies inside item).
+    static bool userMove(QAStData* item, QAStData* newParent, QAStData* after);
 
     // --- load report
 
@@ -212,6 +230,13 @@ public:
     // The process-wide preferences, loaded from the user's settings on
     // first use.
     static QAStProjectPref* preferences();
+
+    // The studio-wide undo manager, and shortcuts to it.
+    static QAStDataUndoActionManager* undoManager();
+    static void undo();
+    static void redo();
+    static bool isUndoAvailable();
+    static bool isRedoAvailable();
 
     // Writes to, or clears, one of the host's consoles (OutputConsole to
     // the first, any other value to the second). Without a host the text
