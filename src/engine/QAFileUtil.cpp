@@ -1,6 +1,15 @@
 #include "QAFileUtil.h"
 
+#include "QAStPerlGen.h"
+
 #include <QDir>
+#include <QTextStream>
+
+#ifdef Q_OS_WIN
+#include <qt_windows.h>
+
+#include <string>
+#endif
 
 QString QAFileUtil::cleanDirPath(const QString& path)
 {
@@ -25,4 +34,71 @@ QString QAFileUtil::relativePathToAbs(const QString& dir, const QString& path)
     if (clean.isEmpty() || dir.isEmpty() || QDir::isAbsolutePath(clean))
         return clean;
     return QDir::cleanPath(cleanDirPath(dir) + QLatin1Char('/') + clean);
+}
+
+QString QAFileUtil::perlDirPath(const QString& path)
+{
+    QString doubled = path;
+    return doubled.replace(QLatin1Char('\\'), QStringLiteral("\\\\"));
+}
+
+#ifdef Q_OS_WIN
+// The short form as the file system reports it; the path itself when it
+// does not exist or has no short form.
+static QString windowsShortPath(const QString& path)
+{
+    const std::wstring longPath = QDir::toNativeSeparators(path).toStdWString();
+    const DWORD size = GetShortPathNameW(longPath.c_str(), nullptr, 0);
+    if (size == 0)
+        return path;
+    std::wstring shortPath(size, L'\0');
+    const DWORD length = GetShortPathNameW(longPath.c_str(), shortPath.data(), size);
+    if (length == 0 || length >= size)
+        return path;
+    const QString result = QString::fromWCharArray(shortPath.c_str(), int(length));
+    // Keep the separators the caller used.
+    return path.contains(QLatin1Char('\\')) ? result : QDir::fromNativeSeparators(result);
+}
+#endif
+
+QString QAFileUtil::shortPath(const QString& path, QAInstall::Platform platform)
+{
+    if (platform == QAInstall::Posix || path.isEmpty())
+        return path;
+#ifdef Q_OS_WIN
+    return windowsShortPath(path);
+#else
+    // Only Windows itself knows the 8.3 names of its files: elsewhere a
+    // Windows path is kept as it is.
+    return path;
+#endif
+}
+
+// $var='value';
+static void perlQuoted(QTextStream& out, const char* var, const QString& escaped)
+{
+    out << '$' << var << "='" << escaped << "';\n";
+}
+
+void QAFileUtil::perlPath(QTextStream& out, const char* var, const QString& path)
+{
+    perlQuoted(out, var, QAStPerlGen::safePath(path));
+}
+
+void QAFileUtil::perlString(QTextStream& out, const char* var, const QString& text)
+{
+    perlQuoted(out, var, QAStPerlGen::safeStr(text));
+}
+
+void QAFileUtil::perlList(QTextStream& out, const char* var, const QStringList& items)
+{
+    out << '@' << var << "=(";
+    for (qsizetype i = 0; i < items.size(); ++i)
+        out << (i ? ", '" : "'") << QAStPerlGen::safePath(items.at(i)) << '\'';
+    out << ");\n";
+}
+
+void QAFileUtil::perlNumber(QTextStream& out, const char* var, qlonglong number)
+{
+    out << '$' << var << '=' << number << ";\n";
 }

@@ -1,8 +1,12 @@
 #pragma once
 
+#include "QAInstall.h"
 #include "sdk110_export.h"
 
 #include <QString>
+#include <QStringList>
+
+class QTextStream;
 
 // Path helpers shared by the items that store paths relative to a directory
 // (sub-projects, files, tags). Paths use "/" in memory, whatever the
@@ -20,4 +24,23 @@ public:
     // The path with "/" separators, "." and ".." resolved and no trailing
     // separator; empty stays empty.
     static QString cleanDirPath(const QString& path);
+
+    // The path with every backslash doubled, as a Perl single-quoted string
+    // needs it to read the backslash back.
+    static QString perlDirPath(const QString& path);
+    // The short 8.3 form of a Windows path, so that no blank reaches a
+    // command line; a POSIX path, or a path that cannot be shortened,
+    // comes back unchanged.
+    static QString shortPath(const QString& path,
+                             QAInstall::Platform platform = QAInstall::nativePlatform());
+
+    // Lines of a Perl script, each ended by "\n": $var='path'; with the
+    // path read back by Perl exactly as given.
+    static void perlPath(QTextStream& out, const char* var, const QString& path);
+    // $var='text'; with the text escaped as free text (QAStPerlGen::safeStr).
+    static void perlString(QTextStream& out, const char* var, const QString& text);
+    // @var=('a', 'b'); with each item escaped as a path; @var=(); when empty.
+    static void perlList(QTextStream& out, const char* var, const QStringList& items);
+    // $var=number;
+    static void perlNumber(QTextStream& out, const char* var, qlonglong number);
 };
