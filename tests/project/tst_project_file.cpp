@@ -23,6 +23,7 @@
 #include "QAStRootFolder.h"
 #include "QAStSubProject.h"
 #include "RecordingStudio.h"
+#include "TestFiles.h"
 #include "TestPaths.h"
 
 #include <QDir>
@@ -43,19 +44,8 @@
 
 namespace {
 
-QByteArray readFile(const QString& path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
-void writeFile(const QString& path, const QByteArray& bytes)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile f(path);
-    QVERIFY(f.open(QIODevice::WriteOnly));
-    f.write(bytes);
-}
+using TestFiles::readFile;
+using TestFiles::writeFile;
 
 // Every item below root, depth first, as "Class:name" lines indented by
 // depth.

@@ -7,6 +7,7 @@
 #include "QAStRootFolder.h"
 #include "QAStSubProject.h"
 #include "RecordingStudio.h"
+#include "TestFiles.h"
 #include "TestPaths.h"
 
 #include <QDir>
@@ -26,19 +27,8 @@
 
 namespace {
 
-QByteArray readFile(const QString& path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
-void writeFile(const QString& path, const QByteArray& bytes)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile f(path);
-    QVERIFY(f.open(QIODevice::WriteOnly));
-    f.write(bytes);
-}
+using TestFiles::readFile;
+using TestFiles::writeFile;
 
 const QByteArray header = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
                           "<!DOCTYPE project SYSTEM \"project.dtd\">\n";

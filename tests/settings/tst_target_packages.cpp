@@ -5,6 +5,7 @@
 #include "QAStTargetPackage.h"
 #include "QAStTargetPackageList.h"
 #include "RecordingStudio.h"
+#include "TestFiles.h"
 #include "TestPaths.h"
 
 #include <QDir>
@@ -46,13 +47,7 @@ private:
     QAResErrorHandler* m_previous;
 };
 
-void writeFile(const QString& path, const QByteArray& text)
-{
-    QDir().mkpath(QFileInfo(path).path());
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(text);
-}
+using TestFiles::writeFile;
 
 // <tdp>/<dir>/<ini> (<dir>.ini unless told otherwise) naming one package.
 void addPackage(const QString& tdp, const QString& dir, const QString& name, const QString& language,
