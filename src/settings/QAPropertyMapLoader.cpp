@@ -1,5 +1,7 @@
 #include "QAPropertyMapLoader.h"
 
+#include <utility>
+
 #include "QAILogMonitor.h"
 #include "QAPropertyBool.h"
 #include "QAPropertyComboInt.h"
@@ -82,6 +84,27 @@ const QAResList* comboItem(const QARes* item)
     if (!pair || pair->items().size() != 2 || !isScalar(pair->items().at(0)))
         return nullptr;
     return pair;
+}
+
+// The (label, value) items of an entry's combo content, each value accepted
+// by valueFits. Absent content gives no items; false when the content is not
+// a list of such pairs.
+template <typename Fits>
+bool comboContent(const QARes* entry, const QString& field, Fits valueFits,
+                  QList<std::pair<QString, const QARes*>>* items)
+{
+    const QARes* content = entry->find(field);
+    if (!content)
+        return true;
+    if (!content->isList())
+        return false;
+    for (const QARes* item : content->toResList()->items()) {
+        const QAResList* pair = comboItem(item);
+        if (!pair || !valueFits(pair->items().at(1)))
+            return false;
+        items->append({pair->items().at(0)->toText(), pair->items().at(1)});
+    }
+    return true;
 }
 
 }
@@ -362,35 +385,23 @@ bool QAPropertyMapLoader::init(QAPropertyMapInt* property, const QString&, QARes
 bool QAPropertyMapLoader::init(QAPropertyMapComboInt* property, const QString&, QARes* entry)
 {
     const QString field = QStringLiteral("content");
-    const QARes* content = entry->find(field);
-    if (!content)
-        return true;
-    if (!content->isList())
+    const auto isIntValue = [](const QARes* v) { return v->isInt() && fitsInt(v->toResInt()->value()); };
+    QList<std::pair<QString, const QARes*>> items;
+    if (!comboContent(entry, field, isIntValue, &items))
         return fieldNotExpected(entry, field);
-    for (const QARes* item : content->toResList()->items()) {
-        const QAResList* pair = comboItem(item);
-        const QAResInt* value = pair ? pair->items().at(1)->toResInt() : nullptr;
-        if (!value || !fitsInt(value->value()))
-            return fieldNotExpected(entry, field);
-        property->insertItem(pair->items().at(0)->toText(), int(value->value()));
-    }
+    for (const auto& [label, value] : items)
+        property->insertItem(label, int(value->toResInt()->value()));
     return true;
 }
 
 bool QAPropertyMapLoader::init(QAPropertyMapComboString* property, const QString&, QARes* entry)
 {
     const QString field = QStringLiteral("content");
-    const QARes* content = entry->find(field);
-    if (!content)
-        return true;
-    if (!content->isList())
+    QList<std::pair<QString, const QARes*>> items;
+    if (!comboContent(entry, field, isScalar, &items))
         return fieldNotExpected(entry, field);
-    for (const QARes* item : content->toResList()->items()) {
-        const QAResList* pair = comboItem(item);
-        if (!pair || !isScalar(pair->items().at(1)))
-            return fieldNotExpected(entry, field);
-        property->insertItem(pair->items().at(0)->toText(), pair->items().at(1)->toText());
-    }
+    for (const auto& [label, value] : items)
+        property->insertItem(label, value->toText());
     return true;
 }
 
