@@ -119,6 +119,18 @@ QString editorCommand()
     return visual.isEmpty() ? qEnvironmentVariable("EDITOR") : visual;
 }
 
+// The environment variable name; for the installation's own variables,
+// when the environment lacks them, the installation the library runs on,
+// so that ${ZELTAHOME}/targets/... works wherever the installation was
+// found.
+QString environmentValue(const QString& name)
+{
+    const QString value = qEnvironmentVariable(name.toLatin1().constData());
+    if (value.isEmpty() && (name == QLatin1String("ZELTAHOME") || name == QLatin1String("KORVILDIR")))
+        return QAStData::installDir();
+    return value;
+}
+
 // A text being expanded. The ")" matching each "(" is found in one pass on
 // first need, so that many unterminated macros cost no rescans.
 class Source {
@@ -273,7 +285,7 @@ private:
             return;
         const QVariant setting = m_configuration ? m_configuration->property(name) : QVariant();
         if (!setting.isValid()) {
-            out.append(qEnvironmentVariable(name.toLatin1().constData()));
+            out.append(environmentValue(name));
             return;
         }
         if (deeper(depth, QStringLiteral("${") + name + u'}'))
@@ -373,6 +385,9 @@ private:
 
 QString QAStAnalyseMacro::analyse(const QString& text, QAStNode* node, const QString& promptTitle)
 {
+    // Most values hold neither a reference nor a macro.
+    if (!text.contains(QLatin1String("${")) && !text.contains(QLatin1String("@@")))
+        return text;
     Expander expander(node, promptTitle, node ? node->name() : text);
     QString expanded;
     return expander.expand(text, 0, expanded) ? expanded : text;
