@@ -6,8 +6,10 @@
 #include "QAPropertyMapLoader.h"
 #include "QAPropertySerializer.h"
 #include "QARes.h"
+#include "QAStAnalyseMacro.h"
 #include "QAStData.h"
 #include "QAStNode.h"
+#include "QAStProject.h"
 #include "QAStPropertyFilters.h"
 #include "QAStTargetPackage.h"
 #include "QAStTargetPackageList.h"
@@ -176,12 +178,25 @@ QList<QAProperty*> QAStConfiguration::perlVariables() const
 
 // --- the target package and the language
 
+QString QAStConfiguration::targetPackagePath() const
+{
+    QString path = property(targetPathKey).toString();
+    if (path.isEmpty())
+        return path;
+    path = QAStAnalyseMacro::analyse(path, m_node.data(), QStringLiteral("Prompt Dialog"));
+    if (property(QStringLiteral("targetPathAsRelative")).toBool() && m_node) {
+        if (const QAStProject* project = m_node->project())
+            path = QAStData::determineAbsolutePathFile(project->directory(), path);
+    }
+    return path;
+}
+
 QAStTargetPackage* QAStConfiguration::targetPackage() const
 {
-    const QString path = property(targetPathKey).toString();
+    const QString path = targetPackagePath();
     if (path.isEmpty())
         return nullptr;
-    return QAStTargetPackageList::installTargetPackages()->targetPackage(path);
+    return QAStTargetPackageList::installTargetPackages()->packageAt(path);
 }
 
 int QAStConfiguration::languageType() const

@@ -61,7 +61,14 @@ public:
     // The owning node; null when it has none or it was deleted.
     QAStNode* node() const;
 
-    // The installed package whose directory is "targetPath", or null.
+    // The directory of "targetPath" with its macros expanded in the
+    // node's context (${ZELTAHOME}/targets/... for an installed package),
+    // taken relative to the project directory when "targetPathAsRelative"
+    // is set; empty when no path is set.
+    QString targetPackagePath() const;
+    // The package of targetPackagePath(): an installed one, or one read
+    // from that directory (QAStTargetPackageList::packageAt); null when no
+    // path is set or no package is found there.
     QAStTargetPackage* targetPackage() const;
     // The language bit of "sourceLanguage" (upper-cased): "C" 1, "CPP" 2,
     // "ADA", "ADA83" and "ADA95" 4, "JAVA" 8; any other text, or none, 1.

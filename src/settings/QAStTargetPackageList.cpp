@@ -166,6 +166,31 @@ void QAStTargetPackageList::clear()
 {
     qDeleteAll(m_packages);
     m_packages.clear();
+    qDeleteAll(m_outside);
+    m_outside.clear();
+}
+
+QAStTargetPackage* QAStTargetPackageList::packageAt(const QString& path)
+{
+    if (QAStTargetPackage* listed = targetPackage(path))
+        return listed;
+    const QString wanted = absoluteCleanPath(path);
+    for (QAStTargetPackage* package : m_outside) {
+        if (absoluteCleanPath(package->directory()) == wanted)
+            return package;
+    }
+    const QFileInfo info(wanted);
+    if (!info.isDir())
+        return nullptr;
+    ScanReporter reporter(nullptr);
+    ScanErrorHandler handler(reporter);
+    QList<QAStTargetPackage*> read;
+    readPackages(info, read);
+    if (read.isEmpty())
+        return nullptr;
+    m_outside.append(read.takeFirst());
+    qDeleteAll(read);
+    return m_outside.last();
 }
 
 QAStTargetPackage* QAStTargetPackageList::targetPackage(const QString& path) const

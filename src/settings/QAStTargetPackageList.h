@@ -50,6 +50,13 @@ public:
     // The package whose directory is path, both compared as cleaned
     // absolute paths; null when none.
     QAStTargetPackage* targetPackage(const QString& path) const;
+    // The package of the directory path: the listed one, else the one read
+    // from the directory's first ini file (in name order) and kept with
+    // the list, out of packages(), so that a project may use a package
+    // outside the scanned directories. Faults of the reading go to the
+    // message console naming file and line. Null when the directory holds
+    // no readable ini file.
+    QAStTargetPackage* packageAt(const QString& path);
     // The first package whose NAME is name, else the first whose directory
     // is named name; null when none.
     QAStTargetPackage* find(const QString& name) const;
@@ -79,4 +86,6 @@ private:
     static void releaseInstalled();
 
     QList<QAStTargetPackage*> m_packages;
+    // Packages read by packageAt from directories out of the scan.
+    QList<QAStTargetPackage*> m_outside;
 };
