@@ -1,5 +1,7 @@
 #include "QAStNodePluginCenter.h"
 
+#include "QAINodeSettingsPlugin.h"
+
 #include "QAINodePlugin.h"
 
 QAStNodePluginCenter* QAStNodePluginCenter::nodePluginCenter()
@@ -35,4 +37,20 @@ bool QAStNodePluginCenter::queryComponentInterface(const QString& feature, const
         }
     }
     return false;
+}
+
+QStringList QAStNodePluginCenter::featureList(const QString& kindId) const
+{
+    QStringList found;
+    for (QAINodePlugin* plugin : m_plugins) {
+        auto* settings = static_cast<QAINodeSettingsPlugin*>(
+            plugin->queryInterface(QAINodeSettingsPlugin::interfaceId()));
+        if (!settings)
+            continue;
+        for (const QString& feature : plugin->features()) {
+            if (!found.contains(feature) && settings->settingsNodeKinds(feature).contains(kindId))
+                found.append(feature);
+        }
+    }
+    return found;
 }

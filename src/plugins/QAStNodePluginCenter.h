@@ -4,6 +4,7 @@
 
 #include <QList>
 #include <QString>
+#include <QStringList>
 
 class QAINodePlugin;
 
@@ -27,6 +28,10 @@ public:
     // returns true; else sets it to null and returns false.
     bool queryComponentInterface(const QString& feature, const char* interfaceId,
                                  void** result) const;
+
+    // The features that add settings to the node kind kindId (see
+    // QAINodeSettingsPlugin), in registration order, each once.
+    QStringList featureList(const QString& kindId) const;
 
     // Changes with every registration change, so that whoever keeps found
     // interfaces knows when to look them up again.
