@@ -1,12 +1,35 @@
 #include "QAStPerlGen.h"
 
 #include "QAFileUtil.h"
+#include "QAINodeSettingsPlugin.h"
+#include "QAPropertyGroup.h"
+#include "QAPropertyMapGroup.h"
 #include "QAStAnalyseMacro.h"
+#include "QAStConfiguration.h"
+#include "QAStNode.h"
+#include "QAStNodeFileRef.h"
+#include "QAStNodeLink.h"
+#include "QAStNodePluginCenter.h"
+#include "QAStNodeSource.h"
+#include "QAStNodeSystemTesting.h"
+#include "QAStProject.h"
+#include "QAStProjectPref.h"
+#include "QAStTargetPackage.h"
+#include "QAStTargetPackageList.h"
+#include "StudioInterface.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QHash>
+#include <QSet>
+#include <QTextStream>
+#include <QVariant>
 
 namespace {
 
 const QChar backslash = QLatin1Char('\\');
 const QChar quote = QLatin1Char('\'');
+const QString defaultValue = QStringLiteral("<default>");
 
 // The value as the node's macros make it; as it is without a node.
 QString expanded(const QString& value, QAStNode* node)
@@ -43,7 +66,631 @@ QString doubleClosingRuns(const QString& text)
     return result;
 }
 
+using Escape = QString (*)(const QString&, QAStNode*);
+
+void writeQuoted(QTextStream& out, const QString& var, const QString& escaped)
+{
+    out << '$' << var << "='" << escaped << "';\n";
 }
+
+void writeList(QTextStream& out, const QString& var, const QStringList& items, QAStNode* node,
+               Escape escape)
+{
+    out << '@' << var << "=(";
+    for (qsizetype i = 0; i < items.size(); ++i) {
+        if (i > 0)
+            out << ", ";
+        out << quote << escape(items.at(i), node) << quote;
+    }
+    out << ");\n";
+}
+
+// The settings descriptor's leaves by key, rebuilt when the descriptor is
+// replaced, for the initial values of settings no configuration sets.
+const QAProperty* describedSetting(const QString& key)
+{
+    static const QAPropertyMapGroup* indexed = nullptr;
+    static QHash<QString, const QAProperty*> index;
+    const QAPropertyMapGroup* descriptor = QAStConfiguration::propertyDescriptor();
+    if (descriptor != indexed) {
+        index.clear();
+        indexed = descriptor;
+        QList<const QAPropertyGroup*> groups;
+        if (descriptor)
+            groups.append(descriptor);
+        while (!groups.isEmpty()) {
+            const QAPropertyGroup* group = groups.takeFirst();
+            for (const QAProperty* child : group->children()) {
+                if (child->isGroup())
+                    groups.append(static_cast<const QAPropertyGroup*>(child));
+                else if (!child->tag().isEmpty() && !index.contains(child->tag()))
+                    index.insert(child->tag(), child);
+            }
+        }
+    }
+    return index.value(key);
+}
+
+// A value as a number: Booleans 0/1, texts read as integers (0 when they
+// are not), anything else 0.
+qlonglong toNumber(const QVariant& value)
+{
+    if (!value.isValid())
+        return 0;
+    if (value.typeId() == QMetaType::Bool)
+        return value.toBool() ? 1 : 0;
+    bool ok = false;
+    const qlonglong number = value.toLongLong(&ok);
+    if (ok)
+        return number;
+    const QString text = value.toString().trimmed();
+    if (text.compare(QLatin1String("true"), Qt::CaseInsensitive) == 0)
+        return 1;
+    return qlonglong(text.toDouble());
+}
+
+QStringList toList(const QVariant& value)
+{
+    if (!value.isValid())
+        return {};
+    if (value.typeId() == QMetaType::QString) {
+        const QString text = value.toString();
+        return text.isEmpty() ? QStringList() : QStringList{text};
+    }
+    return value.toStringList();
+}
+
+// Reads the settings of one configuration and writes them in the three
+// forms, values expanded in the node's context.
+class SettingsWriter {
+public:
+    SettingsWriter(QTextStream& out, QAStConfiguration* c, QAStNode* node)
+        : m_out(out), m_configuration(c), m_node(node)
+    {
+    }
+
+    QVariant value(const QString& key) const
+    {
+        return QAStPerlGen::settingValue(m_configuration, key);
+    }
+    QString text(const QString& key) const { return value(key).toString(); }
+    qlonglong number(const QString& key) const { return toNumber(value(key)); }
+    bool isOn(const QString& key) const { return number(key) != 0; }
+    QStringList list(const QString& key) const { return toList(value(key)); }
+
+    // Form S of a path setting, N, L of paths, S and L of free text.
+    void path(const QString& key, const char* var) { QAStPerlGen::writePath(m_out, QLatin1String(var), text(key), m_node); }
+    void num(const QString& key, const char* var) { QAStPerlGen::writeNumber(m_out, QLatin1String(var), number(key)); }
+    void paths(const QString& key, const char* var) { QAStPerlGen::writePathList(m_out, QLatin1String(var), list(key), m_node); }
+    void str(const QString& key, const char* var) { QAStPerlGen::writeString(m_out, QLatin1String(var), text(key), m_node); }
+    void strs(const QString& key, const char* var) { QAStPerlGen::writeStringList(m_out, QLatin1String(var), list(key), m_node); }
+
+    // Values that are no setting.
+    void pathValue(const char* var, const QString& v) { QAStPerlGen::writePath(m_out, QLatin1String(var), v, m_node); }
+    void strValue(const char* var, const QString& v) { QAStPerlGen::writeString(m_out, QLatin1String(var), v, m_node); }
+    void plainPath(const char* var, const QString& v) { QAStPerlGen::writePath(m_out, QLatin1String(var), v); }
+    void plainPaths(const char* var, const QStringList& v) { QAStPerlGen::writePathList(m_out, QLatin1String(var), v); }
+    void numberValue(const char* var, qlonglong v) { QAStPerlGen::writeNumber(m_out, QLatin1String(var), v); }
+
+    // The setting, or what "<default>" stands for.
+    QString textOr(const QString& key, const QString& whenDefault) const
+    {
+        const QString v = text(key);
+        return v == defaultValue ? whenDefault : v;
+    }
+
+private:
+    QTextStream& m_out;
+    QAStConfiguration* m_configuration;
+    QAStNode* m_node;
+};
+
+bool inherits(const QAStData* item, const char* className)
+{
+    return item && item->inherits(className);
+}
+
+// item itself when it is of the class, else its nearest ancestor of it.
+const QAStData* selfOrParentOfClass(const QAStData* item, const char* className)
+{
+    return inherits(item, className) ? item : item->parentOfClass(className);
+}
+
+void collectOutputFiles(const QAStData* item, const QString& type, bool recursive,
+                        QStringList& files, QSet<const QAStData*>& seen)
+{
+    if (seen.contains(item))
+        return;
+    seen.insert(item);
+    if (const auto* node = qobject_cast<const QAStNode*>(item)) {
+        for (const QString& path : node->outputFiles(type)) {
+            if (!files.contains(path))
+                files.append(path);
+        }
+    }
+    if (const auto* link = qobject_cast<const QAStNodeLink*>(item)) {
+        if (const QAStNode* linked = link->linkedNode())
+            collectOutputFiles(linked, type, false, files, seen);
+    }
+    if (!recursive)
+        return;
+    for (const QAStData* child = item->child(); child; child = child->next())
+        collectOutputFiles(child, type, true, files, seen);
+}
+
+QString tr(const char* text)
+{
+    return QCoreApplication::translate("QAStPerlGen", text);
+}
+
+const char* const noNode = " cannot generate environment no node";
+const char* const noConfiguration = " cannot generate environment no configuration";
+const char* const packageNotFound = QT_TRANSLATE_NOOP(
+    "QAStPerlGen",
+    "Error: Unable to generate the Target Deployment Port path because the target package "
+    "named [%1] cannot be found in the installation");
+
+// --- the common part, step by step
+
+void writeInstallation(QTextStream& out)
+{
+    const QAInstall::Platform platform = QAInstall::nativePlatform();
+    const QChar separator = QAInstall::separator(platform);
+    QAStPerlGen::writePath(out, QStringLiteral("ZELTAHOME"),
+                           QAFileUtil::shortPath(QAStData::installDir(), platform));
+    QAStPerlGen::writePath(out, QStringLiteral("BINDIR"),
+                           QAFileUtil::shortPath(QAStData::binaryDir(), platform));
+    QAStPerlGen::writePath(out, QStringLiteral("SCRIPTDIR"),
+                           QAFileUtil::shortPath(QAStData::scriptsDir() + separator, platform));
+    QAStPerlGen::writePath(out, QStringLiteral("WORKING_DIR"),
+                           QDir::toNativeSeparators(QDir::currentPath()));
+    const StudioInterface* host = QAStData::studioIFace();
+    QAStPerlGen::writeString(out, QStringLiteral("CMSTOOL"),
+                             host ? host->configurationManagementTool() : QString());
+}
+
+void writeProject(QTextStream& out, const QAStData* item)
+{
+    const QAStProject* project = item->project();
+    const QAStProject* workspace = item->rootProject();
+    const QString projectDir = project ? project->directory() : QString();
+    QAStPerlGen::writeString(out, QStringLiteral("PROJECT_NAME"), project ? project->name() : QString());
+    QAStPerlGen::writePath(out, QStringLiteral("PROJECT_PATH"), projectDir);
+    QAStPerlGen::writeString(out, QStringLiteral("WORKSPACE_NAME"), workspace ? workspace->name() : QString());
+    QAStPerlGen::writePath(out, QStringLiteral("WORKSPACE_PATH"), workspace ? workspace->directory() : QString());
+    QAStPerlGen::writeString(out, QStringLiteral("USERNAME"), QAStData::userName());
+    QAStPerlGen::writePath(out, QStringLiteral("ZELTA_TPM_ROOT"),
+                           QAStPerlGen::joinPath(projectDir, QStringLiteral("tpm")));
+    QAStPerlGen::writeNumber(out, QStringLiteral("STUDIO_PORT"), QAStData::port());
+}
+
+void writeSources(QTextStream& out, const QAStNode* node)
+{
+    if (inherits(node, "QAStNodeTest") || inherits(node, "QAStNodeSource"))
+        return;
+    QStringList keys;
+    for (const QAStData* child = node->child(); child; child = child->next()) {
+        if (const auto* source = qobject_cast<const QAStNodeSource*>(child))
+            keys.append(source->fileKey());
+    }
+    QAStPerlGen::writePathList(out, QStringLiteral("SOURCES"), keys);
+}
+
+void writeTdfChannel(QTextStream& out, const QAStNode* node)
+{
+    const QAStData* system = nullptr;
+    if (inherits(node, "QAStNodeSystemTesting"))
+        system = node;
+    else if (inherits(node, "QAStNodeTestScript"))
+        system = node->parentOfClass("QAStNodeSystemTesting");
+    if (const auto* st = qobject_cast<const QAStNodeSystemTesting*>(system))
+        QAStPerlGen::writeNumber(out, QStringLiteral("TDF_CHANNEL"), st->connectedTDFChannel());
+}
+
+void writeExecutionFlags(QTextStream& out, qlonglong flags)
+{
+    out << "$EXECMODE='" << ((flags & 0x100) ? "DEBUG" : "NORMAL") << "';\n";
+    static const struct {
+        int bit;
+        char letter;
+    } stages[] = {{0x01, 'c'}, {0x02, 'p'}, {0x04, 't'}, {0x08, 'l'}, {0x10, 'e'}, {0x20, 'r'}};
+    out << "$STAGE='";
+    for (const auto& stage : stages) {
+        if (flags & stage.bit)
+            out << stage.letter;
+    }
+    out << "';\n";
+}
+
+// Step 10: the package and its two directory lines. Returns the package.
+const QAStTargetPackage* writeTargetPackage(QTextStream& out, QAStConfiguration* c,
+                                            const SettingsWriter& settings)
+{
+    QAStTargetPackageList* installed = QAStTargetPackageList::installTargetPackages();
+    QString wanted;
+    const QAStTargetPackage* package = nullptr;
+    if (!settings.text(QStringLiteral("targetPath")).isEmpty()) {
+        wanted = c->targetPackagePath();
+        package = installed ? installed->packageAt(wanted) : nullptr;
+    } else {
+        wanted = c->name();
+        package = installed ? installed->find(wanted) : nullptr;
+    }
+    const QAInstall::Platform platform = QAInstall::nativePlatform();
+    const QString longPath = package ? QDir::toNativeSeparators(package->directory())
+                                     : QAStPerlGen::targetPackageNotFoundText().arg(wanted);
+    QAStPerlGen::writePath(out, QStringLiteral("TARGETDIR"),
+                           package ? QAFileUtil::shortPath(longPath, platform) : longPath);
+    QAStPerlGen::writePath(out, QStringLiteral("LP_TARGETDIR"), longPath);
+    return package;
+}
+
+// A result file of the run: <outdir>/<test name><extension>.
+QString resultFile(const SettingsWriter& settings, const QAStNode* node, const char* extension)
+{
+    return QAStPerlGen::joinPath(settings.text(QStringLiteral("outdir")),
+                                 QAStPerlGen::testName(node) + QLatin1String(extension));
+}
+
+void writeSettings(QAStNode* node, SettingsWriter& s)
+{
+    s.path(QStringLiteral("iniFileName"), "INIFILE");
+    s.pathValue("LOGFILENAME", resultFile(s, node, ".log"));
+    s.str(QStringLiteral("computerName"), "HOSTNAME");
+    s.str(QStringLiteral("computerAddress"), "ADDRESS");
+    s.num(QStringLiteral("computerPort"), "PORT");
+    s.num(QStringLiteral("uploaderPort"), "UPLOADER_PORT");
+    s.path(QStringLiteral("ge_host_workdir"), "HOST_WORKING_DIR");
+    s.path(QStringLiteral("intdir"), "INTDIR");
+    s.path(QStringLiteral("outdir"), "OUTDIR");
+    s.str(QStringLiteral("csvSeparator"), "CSV_SEPARATOR");
+    s.str(QStringLiteral("csvDecimalSeparator"), "CSV_DECIMAL_SEPARATOR");
+    s.str(QStringLiteral("csvThousandSeparator"), "CSV_THOUSAND_SEPARATOR");
+    s.paths(QStringLiteral("sourceDirectories"), "SOURCES_DIR_LIST");
+    s.num(QStringLiteral("structDefinition"), "STRUCT_AS_CLASS");
+    s.paths(QStringLiteral("ge_incdir"), "INCLUDE_DIR_LIST");
+    if (!s.text(QStringLiteral("ge_alk_file_name")).isEmpty())
+        s.path(QStringLiteral("ge_alk_file_name"), "USER_ALK_FILE");
+    s.str(QStringLiteral("sourceExt"), "SRCEXT");
+    s.str(QStringLiteral("objectExt"), "OBJEXT");
+    s.str(QStringLiteral("binaryExt"), "EXEEXT");
+    s.str(QStringLiteral("cppFlags"), "CPPFLAGS");
+    s.str(QStringLiteral("cflags"), "CFLAGS");
+    s.strs(QStringLiteral("tcflags"), "GENERATION_CONDITION");
+    s.num(QStringLiteral("debug"), "DEBUG");
+    s.str(QStringLiteral("sourceLanguage"), "TDP_LANGUAGE");
+    s.paths(QStringLiteral("ge_libdir"), "LIBRARY_DIR_LIST");
+    s.plainPaths("OBJECTS", node->outputFiles(QStringLiteral("OBJ")));
+    s.plainPaths("XOB", node->outputFiles(QStringLiteral("XOB")));
+    QStringList libraries;
+    for (const QAStData* child = node->child(); child; child = child->next()) {
+        for (const QString& library : QAStPerlGen::outputFilesOf(child, QStringLiteral("LIB"), false)) {
+            if (!libraries.contains(library))
+                libraries.append(library);
+        }
+    }
+    s.plainPaths("ADDITIONAL_LIBRARIES", libraries);
+    s.num(QStringLiteral("javaBuildJarFile"), "JAVA_BUILDJARFILE");
+    const QAStData* test = selfOrParentOfClass(node, "QAStNodeTest");
+    s.pathValue("JAVA_JARFILENAME", test ? QAStPerlGen::joinPath(s.text(QStringLiteral("outdir")),
+                                                                 test->name() + QLatin1String(".jar"))
+                                         : QString());
+    s.path(QStringLiteral("javaManifest"), "JAVA_MANIFEST");
+    s.paths(QStringLiteral("javaJarOtherDir"), "JAVA_JAR_OTHER_DIR");
+    s.plainPaths("FDCFILES", node->outputFiles(QStringLiteral("FDC")));
+    s.plainPaths("OTSFILES", node->outputFiles(QStringLiteral("OTS")));
+}
+
+// "NAME=value" items of the list setting (or the entries of a map), in
+// order; an item without "=" sets the variable to nothing.
+void writeEnvironmentVariables(QTextStream& out, QAStNode* node, const SettingsWriter& s)
+{
+    const QVariant value = s.value(QStringLiteral("envVariables"));
+    QList<QPair<QString, QString>> entries;
+    if (value.typeId() == QMetaType::QVariantMap) {
+        const QVariantMap map = value.toMap();
+        for (auto it = map.cbegin(); it != map.cend(); ++it)
+            entries.append({it.key(), it.value().toString()});
+    } else {
+        for (const QString& item : toList(value)) {
+            const qsizetype equals = item.indexOf(u'=');
+            const QString name = (equals < 0 ? item : item.left(equals)).trimmed();
+            if (!name.isEmpty())
+                entries.append({name, equals < 0 ? QString() : item.mid(equals + 1)});
+        }
+    }
+    for (const auto& [name, text] : entries) {
+        out << "$ENV{'" << QAStPerlGen::safeStr(name) << "'} = '" << QAStPerlGen::safeStr(text, node)
+            << "';\n";
+    }
+}
+
+void writeTestProgram(QAStNode* node, SettingsWriter& s)
+{
+    const QAStProject* project = node->project();
+    const QString projectDir = project ? project->directory() : QString();
+    const QString defaultProgram =
+        QAStPerlGen::joinPath(s.text(QStringLiteral("intdir")),
+                              QAStPerlGen::testName(node) + s.text(QStringLiteral("binaryExt")));
+    const QString program = QAStAnalyseMacro::analyse(
+        s.textOr(QStringLiteral("testProgram"), defaultProgram), node, QStringLiteral("Prompt Dialog"));
+    const QString absolute = program.isEmpty()
+                                 ? QString()
+                                 : QAFileUtil::cleanDirPath(
+                                       QAStData::determineAbsolutePathFile(node->directory(), program));
+    s.plainPath("TESTPROGRAM", program.isEmpty() ? QString()
+                                                 : QAStData::determineRelativePathFile(projectDir, absolute));
+    s.plainPath("TESTPROGRAM_ABS", QDir::toNativeSeparators(absolute));
+    s.str(QStringLiteral("arguments"), "ARGUMENTS");
+    s.str(QStringLiteral("virtualMachineArguments"), "VIRTUAL_MACHINE_ARGUMENTS");
+    s.str(QStringLiteral("binaryExt"), "BINARYEXT");
+    s.str(QStringLiteral("ldflags"), "LDFLAGS");
+    s.str(QStringLiteral("additionnalObjects"), "LIBRARIES");
+}
+
+void writeRuntime(SettingsWriter& s)
+{
+    s.num(QStringLiteral("multiThreaded"), "ATL_MULTI_THREADS");
+    s.num(QStringLiteral("bufferSize"), "ATL_BUFFER_SIZE");
+    s.num(QStringLiteral("maxThreads"), "ATL_THREADS_MAX");
+    s.str(QStringLiteral("mainProc"), "ATL_MAIN_PROCEDURE");
+    s.num(QStringLiteral("clockKind"), "ATL_CLOCK_KIND");
+    s.num(QStringLiteral("atc_rungcatexit"), "ATC_RUN_GC_AT_EXIT");
+}
+
+void writeResultsFile(QAStNode* node, SettingsWriter& s)
+{
+    const QString name = QAStPerlGen::testName(node);
+    s.pathValue("ATL_OUT_FILE", QAStPerlGen::joinPath(s.text(QStringLiteral("intdir")),
+                                                      name + QLatin1String(".spt")));
+    s.plainPath("TEST_NAME", name);
+}
+
+void writeJava(QAStNode* node, SettingsWriter& s)
+{
+    s.paths(QStringLiteral("javaBootClasspath"), "JAVA_BOOTCLASSPATH");
+    s.paths(QStringLiteral("javaClasspath"), "JAVA_CLASSPATH");
+    s.str(QStringLiteral("javaMainClass"), "JAVA_MAIN_CLASS");
+    s.pathValue("TDFFILE", resultFile(s, node, ".tdf"));
+    s.pathValue("SRCFILE", s.textOr(QStringLiteral("sourceFile"),
+                                    node->name() + s.text(QStringLiteral("sourceExt"))));
+}
+
+void writeObjectTesting(QAStNode* node, SettingsWriter& s)
+{
+    s.pathValue("OTIFILE", s.textOr(QStringLiteral("otiFile"), node->name() + QLatin1String(".oti")));
+    s.num(QStringLiteral("nuerror"), "ATO_PREPRO_MAX_ERRORS");
+    s.num(QStringLiteral("nodline"), "ATO_PREPRO_NODLINE");
+    s.pathValue("XRDFILE",
+                s.textOr(QStringLiteral("xrdFile"),
+                         QAStPerlGen::joinPath(s.text(QStringLiteral("outdir")),
+                                               node->name() + QLatin1String(".xrd"))));
+    s.num(QStringLiteral("atobreakonerror"), "ATO_STOP_ON_ERROR");
+    s.num(QStringLiteral("atonopassdump"), "ATO_DUMP_SUCCESS");
+    s.num(QStringLiteral("atomaxinstances"), "ATO_MAX_INSTANCES");
+    s.numberValue("ATO_PRINT_BUFFER_SIZE", s.isOn(QStringLiteral("printbuffer"))
+                                               ? s.number(QStringLiteral("printbuffersize"))
+                                               : 0);
+}
+
+void writeContractCheck(SettingsWriter& s)
+{
+    s.num(QStringLiteral("atkbreakonerror"), "ATK_STOP_ON_ERROR");
+    s.num(QStringLiteral("atknopassdump"), "ATK_DUMP_SUCCESS");
+    s.num(QStringLiteral("atkreflexivestate"), "ATK_REPORT_REFLEXIVE_STATES");
+    s.num(QStringLiteral("atkconstmethods"), "ATK_INSTR_CONST");
+    s.num(QStringLiteral("atkreentrant"), "ATK_MT_SUPPORT");
+    s.num(QStringLiteral("atkstrictcheck"), "ATK_CONST_ASSERTIONS");
+}
+
+void writeUnitTesting(QAStNode* node, SettingsWriter& s)
+{
+    s.str(QStringLiteral("zeltaClassName"), "ATU_ZELTA_CLASSNAME");
+    const QAStData* unit = selfOrParentOfClass(node, "QAStNodeUnitTesting");
+    const QString owner = unit ? unit->name() : node->name();
+    s.pathValue("ATU_INTERMEDIATE_FILE",
+                s.textOr(QStringLiteral("intermediateFile"),
+                         QAStPerlGen::joinPath(s.text(QStringLiteral("intdir")),
+                                               owner + QLatin1String(".uti"))));
+    s.num(QStringLiteral("simulation"), "ATU_SIMULATION");
+    s.num(QStringLiteral("preproerrorlevel"), "CONTONWARN");
+    s.num(QStringLiteral("breakontest"), "ATU_BREAK_ON_TEST_FAILED");
+    s.num(QStringLiteral("moreoptions"), "ATU_IS_OPTION");
+    s.str(QStringLiteral("preparationOptions"), "ATU_OPTIONS");
+    s.num(QStringLiteral("filter"), "ATU_FILTER");
+    s.num(QStringLiteral("strategy"), "ATU_STRATEGY");
+    s.num(QStringLiteral("reportOutlay"), "ATU_REPORT_OUTLAY");
+    s.num(QStringLiteral("moreRoptions"), "ATU_IS_REPORT_OPTION");
+    s.str(QStringLiteral("reportoptions"), "ATU_REPORT_OPTIONS");
+    s.num(QStringLiteral("comparaison"), "ATU_COMPARE");
+}
+
+void writeSystemTesting(SettingsWriter& s)
+{
+    s.paths(QStringLiteral("st_interface_files"), "ATS_INTERFACE_FILES");
+    s.str(QStringLiteral("st_allocation"), "ATS_ALLOCATION");
+    s.num(QStringLiteral("st_notShared"), "ATS_NOTSHARED");
+    s.num(QStringLiteral("st_thread"), "ATS_THREAD");
+    if (s.isOn(QStringLiteral("st_thread")))
+        s.str(QStringLiteral("st_thread_function"), "ATS_THREAD_FUNCTION");
+    s.str(QStringLiteral("st_trace"), "ATS_TRACE");
+    s.num(QStringLiteral("st_trace_circular"), "ATS_TRACE_CIRCULAR");
+    s.num(QStringLiteral("st_bufsize"), "ATS_BUFSIZE");
+    s.str(QStringLiteral("st_values"), "ATS_VAL_DISP");
+    s.str(QStringLiteral("st_repform"), "ATS_RA");
+    s.num(QStringLiteral("st_time"), "ATS_TIME_STAMP");
+    s.num(QStringLiteral("st_dynfol"), "ATS_DYN_FOLLOW");
+    s.num(QStringLiteral("st_item_buf"), "ATS_RT_BUFFER");
+    s.num(QStringLiteral("st_item_buf_size"), "ATS_BUFFER_SIZE");
+    s.num(QStringLiteral("st_dtrack"), "ATS_DYNFLW");
+    s.num(QStringLiteral("st_dtrack_buf_size"), "ATS_TAGTBUF_SIZE");
+    s.num(QStringLiteral("st_custom"), "ATS_PROBE_CUSTOM");
+    s.num(QStringLiteral("st_custom_type"), "ATS_PROBE_CUSTOM_TYPE");
+    s.str(QStringLiteral("st_addOptions"), "ATS_ADD_OPTIONS");
+    s.str(QStringLiteral("st_replay_cmdline_args"), "ATS_REPLAY_CMDLINE_ARGS");
+    s.num(QStringLiteral("st_interrecv_timeout"), "ATS_INTERRECV_TIMEOUT");
+}
+
+void writeInstrumentation(SettingsWriter& s)
+{
+    s.num(QStringLiteral("fdc_name_opt"), "ATG_FDC_NAME_OPT");
+    s.path(QStringLiteral("fdc_value"), "ATG_FDC_VALUE");
+    s.num(QStringLiteral("tsf_name_opt"), "ATG_TSF_NAME_OPT");
+    s.path(QStringLiteral("tsf_value"), "ATG_TSF_VALUE");
+    s.paths(QStringLiteral("tsf_selective_file"), "ATG_SELECTIVE_FILES");
+    s.paths(QStringLiteral("tsf_selective_class"), "ATG_SELECTIVE_CLASS");
+    s.paths(QStringLiteral("exclude_dir"), "ATG_EXCLUDED_DIRS");
+    s.paths(QStringLiteral("dump_incoming_list"), "ATG_DUMP_INCOMING_LIST");
+    s.paths(QStringLiteral("dump_returning_list"), "ATG_DUMP_RETURNING_LIST");
+    s.paths(QStringLiteral("dump_calling_list"), "ATG_DUMP_CALLING_LIST");
+    s.num(QStringLiteral("no_header_instr"), "ATG_HEADER_INSTR");
+    s.num(QStringLiteral("instantiate_template"), "ATG_INSTANTIATE_TEMPLATE");
+    s.str(QStringLiteral("misc_options"), "ATG_MISC_OPTIONS");
+}
+
+void writeCodeCoverage(QAStNode* node, SettingsWriter& s)
+{
+    s.num(QStringLiteral("atc_instr_functions"), "ATC_INSTR_FUNCTIONS");
+    s.num(QStringLiteral("atc_instr_calls"), "ATC_INSTR_CALLS");
+    s.num(QStringLiteral("atc_instr_blocks"), "ATC_INSTR_BLOCKS");
+    s.num(QStringLiteral("atc_instr_conditions"), "ATC_INSTR_CONDITIONS");
+    s.pathValue("ATC_TIO_NAME", resultFile(s, node, ".tio"));
+    s.num(QStringLiteral("atc_selective_no_ternary"), "ATC_SELECTIVE_TERNARY");
+    s.num(QStringLiteral("atc_selective_no_inline"), "ATC_SELECTIVE_INLINE");
+    s.num(QStringLiteral("atc_selective_no_included"), "ATC_SELECTIVE_INCLUDED");
+    s.strs(QStringLiteral("atc_selective_functions_list"), "ATC_SELECTIVE_FUNCTIONS_LIST");
+    s.num(QStringLiteral("atc_selective_spec"), "ATC_SELECTIVE_SPEC");
+    s.num(QStringLiteral("atc_information"), "ATC_INFORMATION");
+    s.str(QStringLiteral("atc_instr_ctrl_prefixe"), "ATC_INSTR_CTRL_PREFIX");
+    s.num(QStringLiteral("atc_instr_ctrl_suffixe"), "ATC_INSTR_CTRL_SUFFIX");
+    s.num(QStringLiteral("atc_no_metrics"), "ATC_METRICS");
+    s.str(QStringLiteral("atc_user_comment"), "ATC_USER_COMMENT");
+    s.num(QStringLiteral("atc_dump_driver"), "ATC_DUMP_DRIVER");
+}
+
+void writeRuntimeTracing(QAStNode* node, SettingsWriter& s)
+{
+    s.pathValue("ATT_TDF_NAME", resultFile(s, node, ".tdf"));
+    s.num(QStringLiteral("att_calling_sequenced"), "ATT_CALLING_SEQUENCED");
+    s.num(QStringLiteral("att_aggregate_traces"), "ATT_AGGREGATE_TRACES");
+    s.num(QStringLiteral("att_template_notes"), "ATT_TEMPLATE_NOTES");
+    s.num(QStringLiteral("att_split"), "ATT_SPLIT");
+    s.num(QStringLiteral("att_split_size"), "ATT_SPLIT_SIZE");
+    s.strValue("ATT_SPLIT_PREFIX", s.textOr(QStringLiteral("att_split_prefixe"), QStringLiteral("att")));
+    s.num(QStringLiteral("att_loop"), "ATT_LOOP");
+    s.str(QStringLiteral("att_loop_options"), "ATT_LOOP_FLAGS");
+    s.num(QStringLiteral("att_record_max_stack"), "ATT_RECORD_MAX_STACK");
+    s.num(QStringLiteral("att_on_fly"), "ATT_ON_THE_FLY");
+    s.num(QStringLiteral("att_item_buffer"), "ATT_ITEM_BUFFER");
+    s.num(QStringLiteral("att_item_buffer_size"), "ATT_ITEM_BUFFER_SIZE");
+    s.num(QStringLiteral("att_partial_dump"), "ATT_PARTIAL_DUMP");
+    s.num(QStringLiteral("att_signal_action"), "ATT_SIGNAL_ACTION");
+    s.num(QStringLiteral("att_time_stamp"), "ATT_TIMESTAMP");
+    s.num(QStringLiteral("att_heap_size"), "ATT_HEAP_SIZE");
+    s.num(QStringLiteral("att_thread_info"), "ATT_THREAD_INFO");
+}
+
+void writeMemoryProfiling(QAStNode* node, SettingsWriter& s)
+{
+    s.pathValue("ATP_TPF_NAME", resultFile(s, node, ".tpf"));
+    s.strs(QStringLiteral("atp_instr_ctrl"), "ATP_INSTR_CTRL_LIST");
+    s.num(QStringLiteral("atp_errors_fiu"), "ATP_REPORTS_FIU");
+    s.num(QStringLiteral("atp_errors_miu"), "ATP_REPORTS_MIU");
+    s.num(QStringLiteral("atp_errors_sig"), "ATP_REPORTS_SIG");
+    s.num(QStringLiteral("atp_fmwl"), "ATP_REPORTS_FFM_FMWL");
+    if (s.isOn(QStringLiteral("atp_fmwl"))) {
+        s.num(QStringLiteral("atp_fmwl_queue_len"), "ATP_MAX_FREEQ_LENGTH");
+        s.num(QStringLiteral("atp_fmwl_queue_size"), "ATP_MAX_FREEQ_SIZE");
+    }
+    s.num(QStringLiteral("atp_abwl"), "ATP_REPORTS_ABWL");
+    s.num(QStringLiteral("atp_abwl_zone_size"), "ATP_RED_ZONE_SIZE");
+    s.num(QStringLiteral("atp_call_stack"), "ATP_CALL_STACK_SIZE");
+}
+
+void writeJavaProfiling(SettingsWriter& s)
+{
+    s.num(QStringLiteral("javaObjectHashSize"), "JAVA_OBJECT_HASH_SIZE");
+    s.num(QStringLiteral("javaClassHashSize"), "JAVA_CLASS_HASH_SIZE");
+    s.str(QStringLiteral("javaTrigger"), "JAVA_TRIGGER");
+    s.num(QStringLiteral("javaHitKey"), "JAVA_HIT_KEY");
+    s.num(QStringLiteral("javaNextGC"), "JAVA_NEXT_GC");
+    s.str(QStringLiteral("javaStudioIPAdress"), "JAVA_STUDIO_IP_ADRESS");
+    s.str(QStringLiteral("javaStudioPortNb"), "JAVA_STUDIO_PORT_NB");
+    s.path(QStringLiteral("javaTpfFileName"), "JAVA_TPF_FILENAME");
+    s.path(QStringLiteral("javaTsfFileName"), "JAVA_TSF_FILENAME");
+    s.strs(QStringLiteral("javaPackageAnalyze"), "JAVA_PACKAGE_ANALYZE");
+    s.strs(QStringLiteral("javaAnalyze"), "JAVA_ANALYZE");
+    s.strs(QStringLiteral("javaAnalyzeAlloc"), "JAVA_ANALYZE_ALLOC");
+    s.str(QStringLiteral("javaFilterOption"), "JAVA_FILTER_OPTION");
+}
+
+// Step 27. Each runtime analysis needs its switch and a target that
+// supports it (a package that cannot be found supports everything: its
+// own error line tells the driver); the language-bound ones need their
+// languages. docs/formats/environment-script.md gives the table.
+void writeModes(QAStNode* node, QAStConfiguration* c, const QAStTargetPackage* package,
+                SettingsWriter& s)
+{
+    const auto inside = [node](const char* className) {
+        return qlonglong(selfOrParentOfClass(node, className) != nullptr);
+    };
+    s.numberValue("ATOMODE", inside("QAStNodeObjectTesting"));
+    s.numberValue("ATUMODE", inside("QAStNodeUnitTesting"));
+    s.numberValue("ATSMODE", inside("QAStNodeSystemTesting"));
+    s.numberValue("ATJMODE", inside("QAStNodeJavaTesting"));
+
+    const int language = c->languageType();
+    const auto supports = [package](QAStTargetPackage::Feature feature) {
+        return !package || package->featureMode(feature) != 0;
+    };
+    const auto mode = [&](const char* key, bool allowed) {
+        return qlonglong(allowed && s.isOn(QLatin1String(key)));
+    };
+    const int native = QAStTargetPackage::LanguageC | QAStTargetPackage::LanguageCpp |
+                       QAStTargetPackage::LanguageAda;
+    s.numberValue("ATPMODE", mode("memoryProfiling", supports(QAStTargetPackage::MemoryProfiling)));
+    s.numberValue("ATQMODE",
+                  mode("performanceProfiling", supports(QAStTargetPackage::PerformanceProfiling)));
+    s.numberValue("ATCMODE", mode("codeCoverage", supports(QAStTargetPackage::CodeCoverage)));
+    s.numberValue("ATTMODE", mode("runtimeTracing", supports(QAStTargetPackage::RuntimeTracing)));
+    s.numberValue("ATKMODE", mode("contractCheck", language == QAStTargetPackage::LanguageCpp));
+    s.numberValue("ATMMODE", mode("staticMetrics", (language & native) != 0));
+    s.numberValue("MISRA_MODE", mode("misraCheck", language == QAStTargetPackage::LanguageC));
+    s.numberValue("ATS_PROBE", mode("systemTestingProbes", (language & native) != 0));
+}
+
+void writeMisra(QAStNode* node, SettingsWriter& s)
+{
+    s.num(QStringLiteral("javaStub"), "JAVA_STUB");
+    s.num(QStringLiteral("javaDisplay"), "JAVA_DISPLAY");
+    s.num(QStringLiteral("metOneLevel"), "MET_ONE_LEVEL");
+    s.paths(QStringLiteral("metRestrictDir"), "MET_RESTRICT_DIR");
+
+    QString conf = s.text(QStringLiteral("misraconf"));
+    if (conf == defaultValue) {
+        conf = QAInstall::installPath(QAStData::installDir(), QStringLiteral("Common/lib/confrule.xml"));
+    } else if (!conf.isEmpty()) {
+        conf = QAStAnalyseMacro::analyse(conf, node, QStringLiteral("Prompt Dialog"));
+        const QAStProject* project = node->project();
+        if (project && QDir::isRelativePath(conf))
+            conf = QAStData::determineAbsolutePathFile(project->directory(), conf);
+    }
+    s.plainPath("MISRA_CONF", conf);
+}
+
+void writePreferences(QTextStream& out)
+{
+    const QAStProjectPref* preferences = QAStData::preferences();
+    const QString encoding = preferences ? preferences->encodingName() : QString();
+    if (encoding.isEmpty())
+        out << "$MIME_NAME = 'ISO-8859-1';\n";
+    else
+        out << "$MIME_NAME = '" << QAStPerlGen::safeStr(encoding) << "';\n";
+    out << "$ENV{'ZELTASTUDIO_VERBOSE'} = '" << ((preferences && preferences->verbose()) ? 1 : 0)
+        << "';\n";
+}
+
+} // namespace
 
 QString QAStPerlGen::safePath(const QString& value, QAStNode* node)
 {
@@ -57,4 +704,210 @@ QString QAStPerlGen::safeStr(const QString& value, QAStNode* node)
     if (value.isEmpty())
         return value;
     return escapeQuotes(doubleClosingRuns(expanded(value, node)));
+}
+
+void QAStPerlGen::writeHeader(QTextStream& out, QAInstall::Platform platform)
+{
+    out << "$OSNAME='" << QAInstall::osName(platform) << "';\n";
+    if (platform == QAInstall::Windows)
+        out << "$PATH_SEPARATOR='\\\\';\n";
+    else
+        out << "$PATH_SEPARATOR='/';\n";
+}
+
+void QAStPerlGen::writePath(QTextStream& out, const QString& var, const QString& value,
+                            QAStNode* node)
+{
+    writeQuoted(out, var, safePath(value, node));
+}
+
+void QAStPerlGen::writeString(QTextStream& out, const QString& var, const QString& value,
+                              QAStNode* node)
+{
+    writeQuoted(out, var, safeStr(value, node));
+}
+
+void QAStPerlGen::writeNumber(QTextStream& out, const QString& var, qlonglong value)
+{
+    out << '$' << var << '=' << value << ";\n";
+}
+
+void QAStPerlGen::writePathList(QTextStream& out, const QString& var, const QStringList& items,
+                                QAStNode* node)
+{
+    writeList(out, var, items, node, &QAStPerlGen::safePath);
+}
+
+void QAStPerlGen::writeStringList(QTextStream& out, const QString& var, const QStringList& items,
+                                  QAStNode* node)
+{
+    writeList(out, var, items, node, &QAStPerlGen::safeStr);
+}
+
+QStringList QAStPerlGen::outputFilesOf(const QAStData* item, const QString& type, bool recursive)
+{
+    QStringList files;
+    QSet<const QAStData*> seen;
+    if (item)
+        collectOutputFiles(item, type, recursive, files, seen);
+    return files;
+}
+
+QStringList QAStPerlGen::relativeToProject(const QAStData* item, const QStringList& files)
+{
+    const QAStProject* project = item ? item->project() : nullptr;
+    return project ? QAStData::determineRelativePathFiles(project->directory(), files) : files;
+}
+
+void QAStPerlGen::writeApplicationFiles(QTextStream& out, QAStNode* node)
+{
+    writePathList(out, QStringLiteral("FDCFILES"), outputFilesOf(node, QStringLiteral("FDC"), true));
+    writePathList(out, QStringLiteral("TSFFILES"), outputFilesOf(node, QStringLiteral("TSF"), true));
+    QStringList oti;
+    const QString type = QStringLiteral("OTI");
+    for (const QAStData* item : node->childrenOfClass("QAStNode", true)) {
+        if (!item->inherits("QAStNodeTestScript") && !item->inherits("QAStNodeLink"))
+            continue;
+        for (const QString& file : outputFilesOf(item, type, false)) {
+            if (!oti.contains(file))
+                oti.append(file);
+        }
+    }
+    writePathList(out, QStringLiteral("OTIFILES"), relativeToProject(node, oti));
+}
+
+QString QAStPerlGen::testName(const QAStData* item)
+{
+    const QAStData* test = item ? selfOrParentOfClass(item, "QAStNodeTest") : nullptr;
+    return test ? test->name() : QStringLiteral("atlout");
+}
+
+QString QAStPerlGen::joinPath(const QString& dir, const QString& file)
+{
+    if (dir.isEmpty())
+        return file;
+    const QChar separator = QAInstall::separator();
+    if (dir.endsWith(separator) || dir.endsWith(u'/'))
+        return dir + file;
+    return dir + separator + file;
+}
+
+QVariant QAStPerlGen::settingValue(const QAStConfiguration* c, const QString& key)
+{
+    const QVariant value = c ? c->property(key) : QVariant();
+    if (value.isValid())
+        return value;
+    const QAProperty* described = describedSetting(key);
+    return described ? described->initValue() : QVariant();
+}
+
+QString QAStPerlGen::targetPackageNotFoundText()
+{
+    return tr(packageNotFound);
+}
+
+bool QAStPerlGen::generateEnv(QTextStream& out, QAStData* item)
+{
+    writeHeader(out, QAInstall::nativePlatform());
+    writeInstallation(out);
+    if (!item) {
+        qWarning("%s", noNode);
+        return false;
+    }
+    writeProject(out, item);
+    auto* node = qobject_cast<QAStNode*>(item);
+    if (node) {
+        writeSources(out, node);
+        writeTdfChannel(out, node);
+    }
+    QAStConfiguration* c = node ? node->currentConfiguration() : nullptr;
+    if (!c) {
+        qWarning("%s", noConfiguration);
+        return false;
+    }
+    SettingsWriter s(out, c, node);
+    writeString(out, QStringLiteral("CONFIGURATION"), c->name());
+    writeExecutionFlags(out, s.number(QStringLiteral("executionFlag")));
+    writeString(out, QStringLiteral("NAME"), node->name());
+    const auto* file = qobject_cast<const QAStNodeFileRef*>(node);
+    writePath(out, QStringLiteral("FILENAME"), file ? file->absoluteFilePath() : QString());
+    const QAStTargetPackage* package = writeTargetPackage(out, c, s);
+    writeSettings(node, s);
+    writeEnvironmentVariables(out, node, s);
+    writeTestProgram(node, s);
+    writeRuntime(s);
+    writeResultsFile(node, s);
+    writeJava(node, s);
+    writeObjectTesting(node, s);
+    writeContractCheck(s);
+    writeUnitTesting(node, s);
+    writeSystemTesting(s);
+    writeInstrumentation(s);
+    writeCodeCoverage(node, s);
+    writeRuntimeTracing(node, s);
+    writeMemoryProfiling(node, s);
+    writeJavaProfiling(s);
+    s.pathValue("ATQ_TQF_NAME", resultFile(s, node, ".tqf"));
+    s.num(QStringLiteral("atq_dump_driver"), "ATQ_DUMP_DRIVER");
+    writeModes(node, c, package, s);
+    writeMisra(node, s);
+    writePreferences(out);
+    return true;
+}
+
+void QAStPerlGen::generatePerlVariables(QTextStream& out, QList<QAProperty*>* props,
+                                        QAStNode* node)
+{
+    if (!props)
+        return;
+    for (const QAProperty* property : *props) {
+        if (!property || property->perlVarName().isEmpty())
+            continue;
+        const QString& var = property->perlVarName();
+        const QVariant value = property->value();
+        switch (property->type()) {
+        case QMetaType::Bool:
+            writeNumber(out, var, value.toBool() ? 1 : 0);
+            break;
+        case QMetaType::Int:
+        case QMetaType::UInt:
+        case QMetaType::LongLong:
+        case QMetaType::ULongLong:
+            writeNumber(out, var, toNumber(value));
+            break;
+        case QMetaType::QStringList:
+            writePathList(out, var, value.toStringList(), node);
+            break;
+        case QMetaType::QVariantMap: {
+            const QVariantMap map = value.toMap();
+            out << '@' << var << "=(";
+            bool first = true;
+            for (auto it = map.cbegin(); it != map.cend(); ++it) {
+                out << (first ? "" : ", ") << "{'" << safeStr(it.key()) << "', '"
+                    << safeStr(it.value().toString(), node) << "'}";
+                first = false;
+            }
+            out << ");\n";
+            break;
+        }
+        default:
+            writePath(out, var, value.toString(), node);
+            break;
+        }
+    }
+}
+
+void QAStPerlGen::generatePluginVariables(QTextStream& out, QAStNode* node)
+{
+    if (!node)
+        return;
+    QAStNodePluginCenter* center = QAStNodePluginCenter::nodePluginCenter();
+    for (const QString& feature : center->featureList(node->kindId())) {
+        void* found = nullptr;
+        if (!center->queryComponentInterface(feature, QAINodeSettingsPlugin::interfaceId(), &found))
+            continue;
+        QList<QAProperty*> properties =
+            static_cast<QAINodeSettingsPlugin*>(found)->nodeProperties(feature, node);
+        generatePerlVariables(out, &properties, node);
+    }
 }

@@ -1,14 +1,26 @@
 #pragma once
 
+#include "QAInstall.h"
 #include "sdk110_export.h"
 
+#include <QList>
 #include <QString>
+#include <QStringList>
 
+class QAProperty;
+class QAStConfiguration;
+class QAStData;
 class QAStNode;
+class QTextStream;
 
-// Writer of the Perl environment script that the driver scripts load. Values
-// go between single quotes ('...'), where Perl reads \\ as one backslash and
-// \' as a quote and keeps every other backslash.
+// Writer of the Perl environment script that the driver scripts load before
+// they build, execute or clean a node: one Perl statement a line, assigning
+// every variable the drivers read. docs/formats/environment-script.md lists
+// the lines in order.
+//
+// Values go between single quotes ('...'), where Perl reads \\ as one
+// backslash and \' as a quote and keeps every other backslash. Three line
+// forms exist: $VAR='text'; (S), $VAR=number; (N) and @VAR=('a', 'b'); (L).
 class SDK110_EXPORT QAStPerlGen {
 public:
     // A path as Perl reads it back exactly: backslashes doubled, quotes
@@ -19,4 +31,69 @@ public:
     // of backslashes before a quote or at the very end, which is doubled so
     // that it cannot end the string early. Node and empty value as safePath.
     static QString safeStr(const QString& value, QAStNode* node = nullptr);
+
+    // The common part of item's script, the header to the verbosity line.
+    // Without an item, or for an item without a configuration, a warning
+    // goes to the Qt warning channel and the script ends early (returns
+    // false). The plug-ins' lines are QAStData::generateEnv's.
+    static bool generateEnv(QTextStream& out, QAStData* item);
+    // One line per property that carries a Perl variable name: a Boolean
+    // and an integer as N (0/1 for the Boolean), a string list as L and a
+    // string as S (items and value as paths, expanded for node), a map as
+    // @VAR=({'key', 'value'}, ...); (in key order). Null props writes
+    // nothing.
+    static void generatePerlVariables(QTextStream& out, QList<QAProperty*>* props, QAStNode* node);
+    // The lines of the plug-in features that give node's kind settings
+    // (QAStNodePluginCenter::featureList), feature by feature.
+    static void generatePluginVariables(QTextStream& out, QAStNode* node);
+
+    // The two header lines of a platform: $OSNAME ("linux" or "win32") and
+    // $PATH_SEPARATOR ('/' or '\\', the Perl text of one backslash).
+    static void writeHeader(QTextStream& out, QAInstall::Platform platform);
+
+    // --- line writers for the kinds' own lines; node (may be null) expands
+    // the value's macros.
+
+    // $var='value'; with the value as a path (safePath).
+    static void writePath(QTextStream& out, const QString& var, const QString& value,
+                          QAStNode* node = nullptr);
+    // $var='value'; with the value as free text (safeStr).
+    static void writeString(QTextStream& out, const QString& var, const QString& value,
+                            QAStNode* node = nullptr);
+    // $var=number;
+    static void writeNumber(QTextStream& out, const QString& var, qlonglong value);
+    // @var=('a', 'b'); with the items as paths; @var=(); when empty.
+    static void writePathList(QTextStream& out, const QString& var, const QStringList& items,
+                              QAStNode* node = nullptr);
+    // @var=('a', 'b'); with the items as free text.
+    static void writeStringList(QTextStream& out, const QString& var, const QStringList& items,
+                                QAStNode* node = nullptr);
+
+    // --- what the kinds' lines are made of
+
+    // The output files of a type (QAStNode::outputFiles) of item and, with
+    // recursive, of every node below it, depth first; a link contributes
+    // its linked node's files. Each path once.
+    static QStringList outputFilesOf(const QAStData* item, const QString& type, bool recursive);
+    // files relative to the directory of item's project (as they are
+    // without a project).
+    static QStringList relativeToProject(const QAStData* item, const QStringList& files);
+    // The instrumentation files of an application-like node: @FDCFILES and
+    // @TSFFILES of the node and every node below it, and @OTIFILES of its
+    // test scripts and links, relative to the project.
+    static void writeApplicationFiles(QTextStream& out, QAStNode* node);
+    // The name a run's results are filed under: the name of the test node
+    // that is or encloses item, "atlout" outside every test node.
+    static QString testName(const QAStData* item);
+    // dir and file joined by the platform's separator; file alone when dir
+    // is empty.
+    static QString joinPath(const QString& dir, const QString& file);
+    // The effective value of a setting of configuration c: its own or
+    // inherited value, else the settings descriptor's initial value;
+    // invalid when neither exists.
+    static QVariant settingValue(const QAStConfiguration* c, const QString& key);
+
+    // The value written as both target directories when the target package
+    // cannot be found; %1 the package name.
+    static QString targetPackageNotFoundText();
 };

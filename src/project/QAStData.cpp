@@ -5,6 +5,8 @@
 #include "QAStDataFactory.h"
 #include "QAStDataUndoAction.h"
 #include "QAStDataUndoActionManager.h"
+#include "QAStNode.h"
+#include "QAStPerlGen.h"
 #include "QAStProject.h"
 #include "QAStProjectPref.h"
 #include "StudioInterface.h"
@@ -16,11 +18,13 @@
 #include <QDomElement>
 #include <QFileInfo>
 #include <QGuiApplication>
+#include <QStringConverter>
 #include <QTextStream>
 #include <QtDebug>
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 
 namespace {
 
@@ -508,6 +512,21 @@ QString QAStData::toString() const
 QString QAStData::environmentFileName() const
 {
     return QString();
+}
+
+void QAStData::generateEnv(QTextStream& out)
+{
+    if (QAStPerlGen::generateEnv(out, this))
+        QAStPerlGen::generatePluginVariables(out, qobject_cast<QAStNode*>(this));
+}
+
+void QAStData::createEnvironmentFile(QTextStream& out)
+{
+    const QString encoding = preferences()->encodingName();
+    const std::optional<QStringConverter::Encoding> known =
+        encoding.isEmpty() ? std::nullopt : QStringConverter::encodingForName(encoding.toLatin1().constData());
+    out.setEncoding(known.value_or(QStringConverter::Latin1));
+    generateEnv(out);
 }
 
 QString QAStData::directory() const

@@ -137,6 +137,23 @@ QAStConfiguration* QAStNode::inheritConfiguration(const QAStConfiguration* c) co
     return parentNode ? parentNode->configuration(c->name()) : nullptr;
 }
 
+QString QAStNode::kindId() const
+{
+    return QString::fromLatin1(metaObject()->className());
+}
+
+QString QAStNode::environmentFileName() const
+{
+    QString safeName = name();
+    for (QChar& c : safeName) {
+        if (!(c.isLetterOrNumber() && c.unicode() < 128) && c != u'-' && c != u'_' && c != u'.')
+            c = u'_';
+    }
+    const QString dir = directory();
+    return (dir.isEmpty() ? QString() : dir + u'/') + QStringLiteral(".korvil/") + safeName +
+           u'-' + QString::number(quid()) + QStringLiteral(".pl");
+}
+
 // --- state and run data
 
 void QAStNode::setState(State state)

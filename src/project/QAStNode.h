@@ -88,6 +88,15 @@ public:
     // otherwise null.
     virtual QAStConfiguration* inheritConfiguration(const QAStConfiguration* c) const;
 
+    // --- run support
+
+    // The node kind's id, its class name ("QAStNodeApplication"), by which
+    // plug-ins give kinds settings of their own.
+    QString kindId() const;
+    // <directory>/.korvil/<name>-<quid>.pl, the name reduced to letters,
+    // digits, "-", "_" and ".", so that nodes of one name differ.
+    QString environmentFileName() const override;
+
     // --- state and run data
 
     State state() const { return m_state; }

@@ -1,8 +1,11 @@
 #include "QAStNodeApplication.h"
 
+#include "QAStPerlGen.h"
+
 #include "QAStPropertyFilters.h"
 
 #include <QDomElement>
+#include <QTextStream>
 
 namespace {
 const QAStNode::KindRegistration<QAStNodeApplication>
@@ -60,4 +63,11 @@ QStringList QAStNodeApplication::addableChildKinds() const
 {
     return {QStringLiteral("source"), QStringLiteral("library"), QStringLiteral("test_script"),
             QStringLiteral("user"), QStringLiteral("link")};
+}
+
+void QAStNodeApplication::generateEnv(QTextStream& out)
+{
+    QAStNodeTest::generateEnv(out);
+    if (currentConfiguration())
+        QAStPerlGen::writeApplicationFiles(out, this);
 }

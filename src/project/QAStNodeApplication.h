@@ -20,6 +20,9 @@ public:
     QAStNodeApplication(QARes* res, QAStData* parent = nullptr, QAStData* after = nullptr);
 
     void write(QTextStream& s, int indent) const override;
+    // The base's environment lines, then the kind's own
+    // (docs/formats/environment-script.md).
+    void generateEnv(QTextStream& out) override;
     unsigned int propertyKind() const override;
     QStringList allowedChildClasses() const override;
     QStringList addableChildKinds() const override;

@@ -1,8 +1,11 @@
 #include "QAStNodeJavaTesting.h"
 
+#include "QAStPerlGen.h"
+
 #include "QAStPropertyFilters.h"
 
 #include <QDomElement>
+#include <QTextStream>
 
 namespace {
 const QAStNode::KindRegistration<QAStNodeJavaTesting>
@@ -57,4 +60,15 @@ QStringList QAStNodeJavaTesting::allowedChildClasses() const
 QStringList QAStNodeJavaTesting::addableChildKinds() const
 {
     return {QStringLiteral("javatesting_script"), QStringLiteral("source")};
+}
+
+void QAStNodeJavaTesting::generateEnv(QTextStream& out)
+{
+    QAStNodeTest::generateEnv(out);
+    if (!currentConfiguration())
+        return;
+    QAStPerlGen::writePathList(out, QStringLiteral("FDCFILES"),
+                               QAStPerlGen::outputFilesOf(this, QStringLiteral("FDC"), true));
+    QAStPerlGen::writePathList(out, QStringLiteral("TSFFILES"),
+                               QAStPerlGen::outputFilesOf(this, QStringLiteral("TSF"), true));
 }

@@ -1,8 +1,16 @@
 #include "QAStNodeLibrary.h"
 
+#include "QAFileUtil.h"
+#include "QAStAnalyseMacro.h"
+#include "QAStConfiguration.h"
+#include "QAStPerlGen.h"
+#include "QAStProject.h"
+
 #include "QAStPropertyFilters.h"
 
+#include <QDir>
 #include <QDomElement>
+#include <QTextStream>
 
 namespace {
 const QAStNode::KindRegistration<QAStNodeLibrary>
@@ -57,4 +65,34 @@ QStringList QAStNodeLibrary::allowedChildClasses() const
 QStringList QAStNodeLibrary::addableChildKinds() const
 {
     return {QStringLiteral("source"), QStringLiteral("link")};
+}
+
+void QAStNodeLibrary::generateEnv(QTextStream& out)
+{
+    QAStNodeContainer::generateEnv(out);
+    const QAStConfiguration* c = currentConfiguration();
+    if (!c)
+        return;
+    QAStPerlGen::writeApplicationFiles(out, this);
+    const auto setting = [c](const char* key) {
+        return QAStPerlGen::settingValue(c, QLatin1String(key)).toString();
+    };
+    QString library = QAStAnalyseMacro::analyse(setting("testProgram"), this,
+                                                QStringLiteral("Prompt Dialog"));
+    if (library == QLatin1String("<default>")) {
+        const QString format = setting("generationFormat").toUpper();
+        const char* extension = format == QLatin1String("DLL")   ? "libraryDynamicExt"
+                                : format == QLatin1String("EXE") ? "binaryExt"
+                                                                 : "libraryStaticExt";
+        library = QAStAnalyseMacro::analyse(QAStPerlGen::joinPath(setting("intdir"), name() + setting(extension)),
+                                            this, QStringLiteral("Prompt Dialog"));
+    }
+    const QAStProject* owner = project();
+    const QString absolute =
+        library.isEmpty() ? QString()
+                          : QAFileUtil::cleanDirPath(determineAbsolutePathFile(directory(), library));
+    QAStPerlGen::writePath(out, QStringLiteral("LIBRARY_FILE"),
+                           absolute.isEmpty() ? QString()
+                                              : determineRelativePathFile(owner ? owner->directory() : QString(), absolute));
+    QAStPerlGen::writePath(out, QStringLiteral("LIBRARY_FILE_ABS"), QDir::toNativeSeparators(absolute));
 }

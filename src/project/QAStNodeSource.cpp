@@ -1,8 +1,11 @@
 #include "QAStNodeSource.h"
 
+#include "QAStPerlGen.h"
+
 #include "QAStPropertyFilters.h"
 
 #include <QDomElement>
+#include <QTextStream>
 
 namespace {
 const QAStNode::KindRegistration<QAStNodeSource>
@@ -67,4 +70,14 @@ QStringList QAStNodeSource::allowedChildClasses() const
 QStringList QAStNodeSource::addableChildKinds() const
 {
     return {QStringLiteral("user")};
+}
+
+void QAStNodeSource::generateEnv(QTextStream& out)
+{
+    QAStNodeFileRef::generateEnv(out);
+    if (!currentConfiguration())
+        return;
+    QAStPerlGen::writeNumber(out, QStringLiteral("CODE_INSERTION"), m_integrated ? 1 : 0);
+    QAStPerlGen::writePathList(out, QStringLiteral("OTIFILES"),
+                               QAStPerlGen::relativeToProject(this, outputFiles(QStringLiteral("OTI"))));
 }

@@ -1,5 +1,9 @@
 #include "QAStNodeSystemTesting.h"
 
+#include "QAStConfiguration.h"
+#include "QAStNodeSystemTestingScript.h"
+#include "QAStPerlGen.h"
+
 #include "QAStPropertyFilters.h"
 
 #include <QDomElement>
@@ -221,4 +225,93 @@ QStringList QAStNodeSystemTesting::allowedChildClasses() const
 QStringList QAStNodeSystemTesting::addableChildKinds() const
 {
     return {QStringLiteral("systemtesting_script"), QStringLiteral("source")};
+}
+
+namespace {
+
+// @var=(, one quoted path a line, the closing empty item and );
+void writeFileList(QTextStream& out, const char* var, const QStringList& files)
+{
+    out << '@' << var << "=(\n";
+    for (const QString& file : files)
+        out << " '" << QAStPerlGen::safePath(file) << "',\n";
+    out << " ''\n );\n";
+}
+
+bool isAllInstances(const QString& instance)
+{
+    return instance.isEmpty() || instance.compare(QLatin1String("<all>"), Qt::CaseInsensitive) == 0;
+}
+
+} // namespace
+
+void QAStNodeSystemTesting::generateEnv(QTextStream& out)
+{
+    QAStNodeTest::generateEnv(out);
+    if (!currentConfiguration())
+        return;
+    writeFileList(out, "RIO_LIST", QAStPerlGen::outputFilesOf(this, QStringLiteral("RIO"), true));
+    writeFileList(out, "TDC_LIST", QAStPerlGen::outputFilesOf(this, QStringLiteral("TDC"), true));
+    if (isPostProcessingOnly())
+        out << "$ATS_POSTPRO_ONLY=1;\n";
+    writeDeploymentConfiguration(out);
+}
+
+bool QAStNodeSystemTesting::isPostProcessingOnly() const
+{
+    bool any = false;
+    for (const QAStData* child = this->child(); child; child = child->next()) {
+        const auto* script = qobject_cast<const QAStNodeSystemTestingScript*>(child);
+        if (!script || !script->isSelected())
+            continue;
+        if (!script->fileKey().endsWith(QLatin1String(".spv"), Qt::CaseInsensitive))
+            return false;
+        any = true;
+    }
+    return any;
+}
+
+void QAStNodeSystemTesting::writeDeploymentConfiguration(QTextStream& out) const
+{
+    out << "@VT_DEP_CONF=(\n";
+    for (const Deployment& deployment : m_deployments) {
+        if (!deployment.activated)
+            continue;
+        auto* tester = static_cast<QAStNode*>(
+            searchChildOfClass(deployment.vtNodeName, "QAStNodeVirtualTester", true));
+        const QAStNode* owner = tester ? tester : this;
+        const QAStConfiguration* c = owner->currentConfiguration();
+        const auto setting = [&](const char* key) {
+            return QAStPerlGen::safePath(QAStPerlGen::settingValue(c, QLatin1String(key)).toString(),
+                                         const_cast<QAStNode*>(owner));
+        };
+        const QString instance =
+            isAllInstances(deployment.instance) ? QStringLiteral("<all>") : deployment.instance;
+        out << " [\n"
+            << "  '" << QAStPerlGen::safeStr(deployment.vtNodeName) << "',\n"
+            << "  '" << setting("ge_host_workdir") << "',\n"
+            << "  '" << setting("intdir") << "',\n"
+            << "  '" << setting("outdir") << "',\n"
+            << "  '" << QAStPerlGen::safeStr(instance) << "',\n"
+            << "  '" << QAStPerlGen::safeStr(deployment.hostIp) << "',\n"
+            << "  " << deployment.portAgent << ",\n"
+            << "  " << deployment.delay << ",\n"
+            << "  " << deployment.number << ",\n"
+            << "  " << deployment.occId << ",\n"
+            << "  '" << QAStPerlGen::safeStr(deployment.startRoutine) << "'\n"
+            << " ],\n";
+    }
+    out << " );\n";
+}
+
+void QAStNodeSystemTesting::generateVtRdvConfEnv(QTextStream& out) const
+{
+    QAStPerlGen::writeNumber(out, QStringLiteral("VT_RDV_AUTOGENERATE"), m_autoGenerate ? 1 : 0);
+    out << "@VT_RDV_CONF=(";
+    for (qsizetype i = 0; i < m_rendezvous.size(); ++i) {
+        out << (i ? ", " : "") << "['" << QAStPerlGen::safeStr(m_rendezvous.at(i).name) << "', "
+            << m_rendezvous.at(i).number << ']';
+    }
+    out << ");\n";
+    QAStPerlGen::writePathList(out, QStringLiteral("VT_MACHINES"), m_machines);
 }

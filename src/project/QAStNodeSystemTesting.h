@@ -80,6 +80,15 @@ public:
     void setConnectedTDFChannel(int channel);
 
     void write(QTextStream& s, int indent) const override;
+    // The base's environment lines, then the kind's own
+    // (docs/formats/environment-script.md).
+    void generateEnv(QTextStream& out) override;
+    // The virtual testers' rendezvous configuration: $VT_RDV_AUTOGENERATE,
+    // @VT_RDV_CONF (one ['name', number] per rendezvous) and @VT_MACHINES.
+    void generateVtRdvConfEnv(QTextStream& out) const;
+    // Every selected system-testing script of the node is a ".spv" file:
+    // only the post-processing of earlier results is asked.
+    bool isPostProcessingOnly() const;
     unsigned int propertyKind() const override;
     QStringList allowedChildClasses() const override;
     QStringList addableChildKinds() const override;
@@ -93,6 +102,8 @@ protected:
 
 private:
     void writeDeployments(QTextStream& s, int indent) const;
+    // @VT_DEP_CONF: one bracketed entry per activated deployment.
+    void writeDeploymentConfiguration(QTextStream& out) const;
     void writeRendezvous(QTextStream& s, int indent) const;
     void writeMachines(QTextStream& s, int indent) const;
     void initDeployments(const QDomElement& table);

@@ -1,8 +1,11 @@
 #include "QAStNodeSystemTestingScript.h"
 
+#include "QAStNodeSystemTesting.h"
+
 #include "QAStPropertyFilters.h"
 
 #include <QDomElement>
+#include <QTextStream>
 
 namespace {
 const QAStNode::KindRegistration<QAStNodeSystemTestingScript>
@@ -67,4 +70,13 @@ QStringList QAStNodeSystemTestingScript::allowedChildClasses() const
 QStringList QAStNodeSystemTestingScript::addableChildKinds() const
 {
     return {QStringLiteral("virtual_tester")};
+}
+
+void QAStNodeSystemTestingScript::generateEnv(QTextStream& out)
+{
+    QAStNodeTestScript::generateEnv(out);
+    if (!currentConfiguration())
+        return;
+    if (auto* system = qobject_cast<QAStNodeSystemTesting*>(parentOfClass("QAStNodeSystemTesting")))
+        system->generateVtRdvConfEnv(out);
 }

@@ -1,8 +1,11 @@
 #include "QAStNodeTestScript.h"
 
+#include "QAStPerlGen.h"
+
 #include "QAStPropertyFilters.h"
 
 #include <QDomElement>
+#include <QTextStream>
 
 namespace {
 const QAStNode::KindRegistration<QAStNodeTestScript>
@@ -94,4 +97,17 @@ bool QAStNodeTestScript::init(const QDomElement& testScriptElement, int version)
 unsigned int QAStNodeTestScript::propertyKind() const
 {
     return QAStPropertyFilters::TestScript;
+}
+
+void QAStNodeTestScript::generateEnv(QTextStream& out)
+{
+    QAStNodeFileRef::generateEnv(out);
+    if (!currentConfiguration())
+        return;
+    const QAStData* context = parentOfClass("QAStNodeObjectTesting");
+    const QStringList oti = QAStPerlGen::outputFilesOf(context ? context : this, QStringLiteral("OTI"),
+                                                       context != nullptr);
+    QAStPerlGen::writePathList(out, QStringLiteral("OTIFILES"), QAStPerlGen::relativeToProject(this, oti));
+    QAStPerlGen::writePathList(out, QStringLiteral("VT_ITEM_SELECTION"), m_selectedTestCases);
+    QAStPerlGen::writePathList(out, QStringLiteral("VT_FAM_SELECTION"), m_selectedFamilies);
 }

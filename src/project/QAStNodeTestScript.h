@@ -42,6 +42,9 @@ public:
 
     // The test_script block.
     void write(QTextStream& s, int indent) const override;
+    // The base's environment lines, then the kind's own
+    // (docs/formats/environment-script.md).
+    void generateEnv(QTextStream& out) override;
     unsigned int propertyKind() const override;
 
 protected:

@@ -1,8 +1,13 @@
 #include "QAStNodeUnitTesting.h"
 
+#include "QAStNodeSource.h"
+#include "QAStNodeUnitTestingScript.h"
+#include "QAStPerlGen.h"
+
 #include "QAStPropertyFilters.h"
 
 #include <QDomElement>
+#include <QTextStream>
 
 namespace {
 const QAStNode::KindRegistration<QAStNodeUnitTesting>
@@ -57,4 +62,23 @@ QStringList QAStNodeUnitTesting::allowedChildClasses() const
 QStringList QAStNodeUnitTesting::addableChildKinds() const
 {
     return {QStringLiteral("unittesting_script"), QStringLiteral("source")};
+}
+
+void QAStNodeUnitTesting::generateEnv(QTextStream& out)
+{
+    QAStNodeTest::generateEnv(out);
+    if (!currentConfiguration())
+        return;
+    QString script;
+    bool matlab = false;
+    for (const QAStData* child = this->child(); child; child = child->next()) {
+        const auto* unitScript = qobject_cast<const QAStNodeUnitTestingScript*>(child);
+        if (unitScript && script.isEmpty() && unitScript->isSelected())
+            script = unitScript->absoluteFilePath();
+        const auto* source = qobject_cast<const QAStNodeSource*>(child);
+        if (source && source->fileKey().endsWith(QLatin1String(".m"), Qt::CaseInsensitive))
+            matlab = true;
+    }
+    QAStPerlGen::writePath(out, QStringLiteral("UNITTESTING_TESTSCRIPTNAME"), script);
+    QAStPerlGen::writeNumber(out, QStringLiteral("MATLAB"), matlab ? 1 : 0);
 }

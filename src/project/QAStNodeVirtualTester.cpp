@@ -1,8 +1,12 @@
 #include "QAStNodeVirtualTester.h"
 
+#include "QAStNodeSystemTesting.h"
+#include "QAStPerlGen.h"
+
 #include "QAStPropertyFilters.h"
 
 #include <QDomElement>
+#include <QTextStream>
 
 namespace {
 const QAStNode::KindRegistration<QAStNodeVirtualTester>
@@ -62,4 +66,18 @@ QStringList QAStNodeVirtualTester::allowedChildClasses() const
 QStringList QAStNodeVirtualTester::addableChildKinds() const
 {
     return {QStringLiteral("source")};
+}
+
+void QAStNodeVirtualTester::generateEnv(QTextStream& out)
+{
+    QAStNodeTestScript::generateEnv(out);
+    if (!currentConfiguration())
+        return;
+    out << "## Virtual Tester Properties\n";
+    if (instance() == allInstances())
+        out << "$VT_INSTANCE=0;\n";
+    else
+        QAStPerlGen::writeString(out, QStringLiteral("VT_INSTANCE"), instance());
+    if (auto* system = qobject_cast<QAStNodeSystemTesting*>(parentOfClass("QAStNodeSystemTesting")))
+        system->generateVtRdvConfEnv(out);
 }
