@@ -33,6 +33,12 @@ public:
     bool hasProperty(const QString& name) const { return m_properties.contains(name); }
     // The own entry only; invalid when absent.
     QVariant localProperty(const QString& name) const { return m_properties.value(name); }
+    // The own entries.
+    const QHash<QString, QVariant>& localProperties() const { return m_properties; }
+    // Changes with every change of the own entries (and differs between
+    // any two stores that lived in the process): who keeps values read
+    // from a store knows when to read them again.
+    quint64 revision() const { return m_revision; }
     // The own keys, sorted.
     QStringList propertyNames() const;
 
@@ -52,5 +58,9 @@ public:
     void clear();
 
 private:
+    // A fresh revision from a process-wide counter.
+    void touch();
+
     QHash<QString, QVariant> m_properties;
+    quint64 m_revision = 0;
 };

@@ -137,7 +137,12 @@ QAStNode* QAStConfiguration::node() const
 
 QString QAStConfiguration::name() const
 {
-    return localProperty(nameKey).toString();
+    // Names are asked at every step of an inheritance look-up.
+    if (m_nameRevision != revision()) {
+        m_name = localProperty(nameKey).toString();
+        m_nameRevision = revision();
+    }
+    return m_name;
 }
 
 void QAStConfiguration::setName(const QString& name)

@@ -121,4 +121,7 @@ private:
     QAPropertyMapGroup* boundDescriptor() const;
 
     QPointer<QAStNode> m_node;
+    // name() as of the store's revision m_nameRevision.
+    mutable QString m_name;
+    mutable quint64 m_nameRevision = 0;
 };
