@@ -131,7 +131,8 @@ QAStConfiguration* QAStNode::currentConfiguration() const
 
 QAStConfiguration* QAStNode::inheritConfiguration(const QAStConfiguration* c) const
 {
-    if (!c || configuration(c->name()) != c)
+    // By identity: names are unique among a node's configurations.
+    if (!c || !m_configurations.contains(const_cast<QAStConfiguration*>(c)))
         return nullptr;
     const QAStNode* parentNode = qobject_cast<const QAStNode*>(parent());
     return parentNode ? parentNode->configuration(c->name()) : nullptr;
