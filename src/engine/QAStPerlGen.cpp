@@ -25,6 +25,8 @@
 #include <QTextStream>
 #include <QVariant>
 
+#include <iterator>
+
 namespace {
 
 const QChar backslash = QLatin1Char('\\');
@@ -140,19 +142,80 @@ QStringList toList(const QVariant& value)
     return value.toStringList();
 }
 
+// The values a chain of stores gives, the nearest store's winning. Nodes
+// share the chain above them with their siblings, and a run writes the
+// scripts of siblings one after the other: the merged values of the last
+// few chains are kept, each with the revisions it was made from.
+const QHash<QString, QVariant>& inheritedValues(const QList<const QAPropertyStore*>& chain)
+{
+    struct Merged {
+        QList<QPair<const QAPropertyStore*, quint64>> stamps;
+        QHash<QString, QVariant> values;
+    };
+    static Merged cache[32];
+    static int next = 0;
+    QList<QPair<const QAPropertyStore*, quint64>> stamps;
+    stamps.reserve(chain.size());
+    for (const QAPropertyStore* store : chain)
+        stamps.append({store, store->revision()});
+    for (const Merged& merged : cache) {
+        if (merged.stamps == stamps)
+            return merged.values;
+    }
+    Merged& merged = cache[next];
+    next = (next + 1) % int(std::size(cache));
+    merged.stamps = stamps;
+    merged.values.clear();
+    for (auto store = chain.crbegin(); store != chain.crend(); ++store) {
+        const QHash<QString, QVariant>& own = (*store)->localProperties();
+        for (auto it = own.cbegin(); it != own.cend(); ++it)
+            merged.values.insert(it.key(), it.value());
+    }
+    return merged.values;
+}
+
 // Reads the settings of one configuration and writes them in the three
 // forms, values expanded in the node's context.
 class SettingsWriter {
 public:
     SettingsWriter(QTextStream& out, QAStConfiguration* c, QAStNode* node)
-        : m_out(out), m_configuration(c), m_node(node)
+        : m_out(out), m_own(c), m_node(node)
     {
+        QList<const QAPropertyStore*> above;
+        for (const QAPropertyStore* store = c->inheritOf(); store && store != c && !above.contains(store);
+             store = store->inheritOf())
+            above.append(store);
+        m_inherited = &inheritedValues(above);
+        const QHash<QString, QVariant>& own = c->localProperties();
+        m_ownHashed = own.size() > 8;
+        if (!m_ownHashed) {
+            for (auto it = own.cbegin(); it != own.cend(); ++it)
+                m_ownValues.append({it.key(), it.value()});
+        }
     }
 
+    // As QAStPerlGen::settingValue: the node's own value, else the one it
+    // inherits, else the descriptor's.
     QVariant value(const QString& key) const
     {
-        return QAStPerlGen::settingValue(m_configuration, key);
+        // A node's own configuration holds a few values at most: compared
+        // in turn rather than hashed.
+        for (const auto& [ownKey, ownValue] : m_ownValues) {
+            if (ownKey == key)
+                return ownValue;
+        }
+        if (m_ownHashed) {
+            QVariant own = m_own->localProperty(key);
+            if (own.isValid())
+                return own;
+        }
+        const auto inherited = m_inherited->constFind(key);
+        if (inherited != m_inherited->cend())
+            return *inherited;
+        const QAProperty* described = describedSetting(key);
+        return described ? described->initValue() : QVariant();
     }
+
     QString text(const QString& key) const { return value(key).toString(); }
     qlonglong number(const QString& key) const { return toNumber(value(key)); }
     bool isOn(const QString& key) const { return number(key) != 0; }
@@ -181,8 +244,11 @@ public:
 
 private:
     QTextStream& m_out;
-    QAStConfiguration* m_configuration;
+    const QAPropertyStore* m_own;
+    QList<QPair<QString, QVariant>> m_ownValues;
+    bool m_ownHashed = false;
     QAStNode* m_node;
+    const QHash<QString, QVariant>* m_inherited;
 };
 
 bool inherits(const QAStData* item, const char* className)
@@ -815,16 +881,17 @@ bool QAStPerlGen::generateEnv(QTextStream& out, QAStData* item)
         return false;
     }
     writeProject(out, item);
+    // Without a configuration the script ends after the project lines, so
+    // the check comes before the sources and the channel that precede the
+    // configuration's name.
     auto* node = qobject_cast<QAStNode*>(item);
-    if (node) {
-        writeSources(out, node);
-        writeTdfChannel(out, node);
-    }
     QAStConfiguration* c = node ? node->currentConfiguration() : nullptr;
     if (!c) {
         qWarning("%s", noConfiguration);
         return false;
     }
+    writeSources(out, node);
+    writeTdfChannel(out, node);
     SettingsWriter s(out, c, node);
     writeString(out, QStringLiteral("CONFIGURATION"), c->name());
     writeExecutionFlags(out, s.number(QStringLiteral("executionFlag")));
