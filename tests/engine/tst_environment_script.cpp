@@ -1,0 +1,584 @@
+// The Perl environment script of whole nodes: every node of the example
+// project, the values the real interpreter reads back, the lines of the
+// kinds and of plug-in settings, and what is written when it cannot be.
+#include "QAINodePlugin.h"
+#include "QAINodeSettingsPlugin.h"
+#include "QAPropertyBool.h"
+#include "QAPropertyInt.h"
+#include "QAPropertyLineEdit.h"
+#include "QAPropertyListBox.h"
+#include "QAStConfiguration.h"
+#include "QAStNodePluginCenter.h"
+#include "QAStNodeSystemTesting.h"
+#include "QAStNodeTestScript.h"
+#include "QAStPerlGen.h"
+#include "QAStProject.h"
+#include "QAStProjectPref.h"
+#include "RecordingStudio.h"
+#include "TestFiles.h"
+#include "TestPaths.h"
+
+#include <QDirIterator>
+#include <QRegularExpression>
+#include <QScopeGuard>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <memory>
+
+namespace {
+
+// perl with args, the script saved as its last argument but the given
+// ones; false with perl's errors shown when it fails.
+bool runPerl(QStringList args, const QByteArray& script, QByteArray* output = nullptr)
+{
+    QTemporaryDir dir;
+    const QString file = dir.filePath(QStringLiteral("env.pl"));
+    TestFiles::writeFile(file, script);
+    args.replaceInStrings(QStringLiteral("<script>"), file);
+    QProcess perl;
+    perl.start(QStringLiteral("perl"), args);
+    if (!perl.waitForFinished(30000) || perl.exitStatus() != QProcess::NormalExit
+        || perl.exitCode() != 0) {
+        qWarning().noquote() << perl.readAllStandardError();
+        return false;
+    }
+    if (output)
+        *output = perl.readAllStandardOutput();
+    return true;
+}
+
+bool perlCompiles(const QByteArray& script)
+{
+    return runPerl({QStringLiteral("-c"), QStringLiteral("<script>")}, script);
+}
+
+// Loads the script with do, then evaluates each Perl expression in list
+// context: the values of each, decoded from UTF-8 (perl prints the bytes
+// the script holds as they are).
+bool evaluate(const QByteArray& script, const QStringList& expressions, QList<QStringList>* values)
+{
+    static const QString program = QStringLiteral(
+        "my $file = shift @ARGV; defined(do $file) or die($@ || $!); binmode STDOUT;"
+        "for my $e (@ARGV) { my @v = eval $e; die $@ if $@;"
+        " print scalar(@v), \"\\0\", map({ \"$_\\0\" } @v); }");
+    QByteArray output;
+    if (!runPerl(QStringList{QStringLiteral("-e"), program, QStringLiteral("<script>")} + expressions,
+                 script, &output))
+        return false;
+    const QStringList fields = QString::fromUtf8(output).split(QChar(0));
+    for (qsizetype i = 0; i + 1 < fields.size();) {
+        const int count = fields.at(i++).toInt();
+        values->append(fields.mid(i, count));
+        i += count;
+    }
+    return values->size() == expressions.size();
+}
+
+// The script of item as the driver loads it, closed by "1;".
+QByteArray scriptOf(QAStData* item)
+{
+    QByteArray bytes;
+    QTextStream out(&bytes);
+    item->createEnvironmentFile(out);
+    out << "\n1;\n";
+    out.flush();
+    return bytes;
+}
+
+QString textOf(QAStData* item)
+{
+    return QString::fromLatin1(scriptOf(item));
+}
+
+// The variable names the lines assign, in order: $NAME=, @NAME=( and the
+// keys of $ENV{'NAME'}.
+QStringList variableNames(const QString& script)
+{
+    static const QRegularExpression assignment(QStringLiteral(R"(^(?:\$ENV\{'([^']*)'\}|[$@](\w+))\s*=)"),
+                                               QRegularExpression::MultilineOption);
+    QStringList names;
+    for (const auto& m : assignment.globalMatch(script))
+        names.append(m.captured(1).isEmpty() ? m.captured(2) : m.captured(1));
+    return names;
+}
+
+// The first line assigning $var, without its "\n"; empty when none.
+QString scalarLine(const QString& script, const QString& var)
+{
+    for (const QString& line : script.split(u'\n')) {
+        if (line.startsWith(u'$' + var + u'='))
+            return line;
+    }
+    return {};
+}
+
+QString verbosityLine()
+{
+    return QStringLiteral("$ENV{'ZELTASTUDIO_VERBOSE'} = '%1';")
+        .arg(QAStData::preferences()->verbose() ? 1 : 0);
+}
+
+// The preferences' source encoding while alive.
+struct Encoding {
+    QString previous = QAStData::preferences()->encodingName();
+    explicit Encoding(const QString& name) { QAStData::preferences()->setEncodingName(name); }
+    ~Encoding() { QAStData::preferences()->setEncodingName(previous); }
+};
+
+// A project in memory (its file never written) whose nodes all own a
+// "Debug" configuration and use it; the project targets the installed gcc-c.
+struct Tree {
+    QTemporaryDir dir;
+    QAStProject project{QStringLiteral("proj"), QPixmap()};
+    Tree()
+    {
+        project.setPath(dir.filePath(QStringLiteral("proj.rtp")));
+        configure(&project, {{"targetPath", "${ZELTAHOME}/targets/gcc-c"}});
+    }
+    static void configure(QAStNode* node, const QVariantMap& settings = {})
+    {
+        QAStConfiguration* c = node->addConfiguration(QStringLiteral("Debug"));
+        node->setCurrentConfigurationName(QStringLiteral("Debug"));
+        for (auto it = settings.cbegin(); it != settings.cend(); ++it)
+            c->setProperty(it.key(), it.value());
+    }
+    QAStNode* add(const char* tag, const QString& name, QAStNode* parent = nullptr,
+                  const QVariantMap& settings = {})
+    {
+        QAStNode* node = QAStNode::createNode(QLatin1String(tag), name, parent ? parent : &project, nullptr);
+        configure(node, settings);
+        return node;
+    }
+};
+
+QStringList capturedWarnings;
+void captureWarnings(QtMsgType type, const QMessageLogContext&, const QString& text)
+{
+    if (type != QtDebugMsg && type != QtInfoMsg)
+        capturedWarnings.append(text);
+}
+
+// A map setting: no property kind of the descriptor holds one.
+class MapProperty : public QAProperty {
+public:
+    MapProperty(const QString& var, const QVariantMap& map) : m_map(map) { setPerlVarName(var); }
+    QString displayValue() const override { return {}; }
+    bool isOverriden() const override { return true; }
+    bool isResetable() const override { return false; }
+    void reset() override {}
+    void setValue(const QVariant& v) override { m_map = v.toMap(); }
+    QVariant value() const override { return m_map; }
+    QMetaType::Type type() const override { return QMetaType::QVariantMap; }
+    QWidget* createEditor(QWidget*) override { return nullptr; }
+
+private:
+    QVariantMap m_map;
+};
+
+// Gives group nodes the feature "myfeature" with a setting of each form.
+class SettingsPlugin : public QAINodePlugin, public QAINodeSettingsPlugin {
+public:
+    SettingsPlugin()
+    {
+        m_flag.setValue(true);
+        m_count.setValue(42);
+        m_list.setValue({QStringLiteral("a b"), QStringLiteral(R"(C:\x\)")});
+        m_text.setValue(QStringLiteral("it's"));
+        m_flagProperty.setPerlVarName(QStringLiteral("PLG_FLAG"));
+        m_countProperty.setPerlVarName(QStringLiteral("PLG_COUNT"));
+        m_listProperty.setPerlVarName(QStringLiteral("PLG_LIST"));
+        m_textProperty.setPerlVarName(QStringLiteral("PLG_TEXT"));
+    }
+    QStringList features() const override { return {QStringLiteral("myfeature")}; }
+    void* queryInterface(const char* id) override
+    {
+        return qstrcmp(id, interfaceId()) == 0 ? static_cast<QAINodeSettingsPlugin*>(this) : nullptr;
+    }
+    QStringList settingsNodeKinds(const QString&) const override { return {QStringLiteral("QAStNodeGroup")}; }
+    QList<QAProperty*> nodeProperties(const QString& feature, QAStNode* node) override
+    {
+        asked.append(feature + u':' + node->name());
+        return {&m_flagProperty, &m_countProperty, &m_listProperty, &m_textProperty, &m_unnamed, &m_map};
+    }
+    QStringList asked;
+
+private:
+    QAStBoolAttribute m_flag;
+    QAStIntAttribute m_count;
+    QAStStringListAttribute m_list;
+    QAStStringAttribute m_text;
+    QAStBoolAttribute m_other;
+    QAPropertyAttrBool m_flagProperty{&m_flag};
+    QAPropertyAttrInt m_countProperty{&m_count};
+    QAPropertyAttrListBox m_listProperty{&m_list};
+    QAPropertyAttrLineEdit m_textProperty{&m_text};
+    QAPropertyAttrBool m_unnamed{&m_other}; // no Perl variable: not written
+    MapProperty m_map{QStringLiteral("PLG_MAP"), {{"k1", "v1"}, {"k 2", "v'2"}}};
+};
+
+} // namespace
+
+class TestEnvironmentScript : public QObject {
+    Q_OBJECT
+    std::unique_ptr<RecordingStudio> m_studio;
+    bool m_perl = false;
+
+private slots:
+    void initTestCase()
+    {
+        m_studio = std::make_unique<RecordingStudio>();
+        QVERIFY(QAStConfiguration::initialize(nullptr, nullptr));
+        QProcess perl;
+        perl.start(QStringLiteral("perl"), {QStringLiteral("-v")});
+        m_perl = perl.waitForFinished(30000) && perl.exitCode() == 0;
+    }
+    void cleanup()
+    {
+        QCOMPARE(m_studio->messages(QAStData::MessageConsole), QStringList());
+        m_studio->reset();
+    }
+
+    // Every node of the example, sub-project included, gets a script that
+    // perl compiles, without any warning.
+    void exampleProject()
+    {
+        QTemporaryDir dir;
+        const QString example = TestPaths::sourceDir() + QStringLiteral("/examples/calculator");
+        for (QDirIterator it(example, QDir::Files, QDirIterator::Subdirectories); it.hasNext();) {
+            const QString source = it.next();
+            TestFiles::writeFile(dir.filePath(QDir(example).relativeFilePath(source)),
+                                 TestFiles::readFile(source));
+        }
+        QAStProject::setModeBatch(true);
+        const auto batchOff = qScopeGuard([] { QAStProject::setModeBatch(false); });
+        QAStProject project(QStringLiteral("x"), QPixmap());
+        QVERIFY(project.open(dir.filePath(QStringLiteral("calculator.rtp"))));
+        QList<QAStData*> items = project.childrenOfClass("QAStNode", true);
+        items.prepend(&project);
+        QVERIFY(!project.childrenOfClass("QAStSubProject", true).isEmpty());
+
+        capturedWarnings.clear();
+        const QtMessageHandler previous = qInstallMessageHandler(captureWarnings);
+        const auto restore = qScopeGuard([previous] { qInstallMessageHandler(previous); });
+        QHash<QString, QString> scripts;
+        for (QAStData* item : items) {
+            const QByteArray script = scriptOf(item);
+            scripts.insert(item->name(), QString::fromLatin1(script));
+            if (m_perl)
+                QVERIFY2(perlCompiles(script), qPrintable(item->name()));
+        }
+        qInstallMessageHandler(previous);
+        QCOMPARE(capturedWarnings, QStringList());
+
+        const QStringList names = variableNames(scripts.value(QStringLiteral("Build")));
+        const QStringList start{
+            "OSNAME", "PATH_SEPARATOR", "ZELTAHOME", "BINDIR", "SCRIPTDIR", "WORKING_DIR", "CMSTOOL",
+            "PROJECT_NAME", "PROJECT_PATH", "WORKSPACE_NAME", "WORKSPACE_PATH", "USERNAME",
+            "ZELTA_TPM_ROOT", "STUDIO_PORT", "SOURCES", "CONFIGURATION", "EXECMODE", "STAGE", "NAME",
+            "FILENAME", "TARGETDIR", "LP_TARGETDIR", "INIFILE", "LOGFILENAME"};
+        const QStringList end{
+            "ATQ_TQF_NAME", "ATQ_DUMP_DRIVER", "ATOMODE", "ATUMODE", "ATSMODE", "ATJMODE", "ATPMODE",
+            "ATQMODE", "ATCMODE", "ATTMODE", "ATKMODE", "ATMMODE", "MISRA_MODE", "ATS_PROBE",
+            "JAVA_STUB", "JAVA_DISPLAY", "MET_ONE_LEVEL", "MET_RESTRICT_DIR", "MISRA_CONF", "MIME_NAME",
+            "ZELTASTUDIO_VERBOSE"};
+        QVERIFY(names.size() > start.size() + end.size());
+        QCOMPARE(names.mid(0, start.size()), start);
+        QCOMPARE(names.mid(names.size() - end.size()), end);
+        QCOMPARE(QSet<QString>(names.cbegin(), names.cend()).size(), names.size()); // each once
+
+        // calc has its own configurations, libcalc inherits the project's.
+        const QString targets = QDir(TestPaths::installTree()).filePath(QStringLiteral("targets/"));
+        for (const auto& [node, package] : {std::pair{"calc", "gcc-cpp"}, {"libcalc", "gcc-c"}}) {
+            const QString script = scripts.value(QLatin1String(node));
+            for (const QString var : {"TARGETDIR", "LP_TARGETDIR"})
+                QCOMPARE(scalarLine(script, var), u'$' + var + "='" + targets + package + "';");
+        }
+    }
+
+    // Quotes, backslashes, blanks and non-ASCII text as perl reads them
+    // from a UTF-8 script. Free text keeps a backslash Perl keeps (\d).
+    void valuesReadBack_data()
+    {
+        QTest::addColumn<QString>("expression");
+        QTest::addColumn<QStringList>("read");
+        QTest::newRow("text, quotes, trailing backslash") << "$CFLAGS" << QStringList{R"(-DX='a b' C:\dir\)"};
+        QTest::newRow("text, backslash before quote") << "$CPPFLAGS" << QStringList{R"(-DM=\'hi\' -I\d)"};
+        QTest::newRow("text, non-ASCII") << "$HOSTNAME" << QStringList{"hôte Ω"};
+        QTest::newRow("path list") << "@INCLUDE_DIR_LIST"
+                                   << QStringList{R"(C:\Program Files\inc\)", "/opt/my dir/it's", R"(ü\\x)"};
+        QTest::newRow("path") << "$INTDIR" << QStringList{R"(C:\it's dir\Ω)"};
+        QTest::newRow("path joined") << "$ATL_OUT_FILE" << QStringList{R"(C:\it's dir\Ω/atlout.spt)"};
+        QTest::newRow("project name") << "$PROJECT_NAME" << QStringList{"Projet d'été"};
+        QTest::newRow("node name") << "$NAME" << QStringList{R"(grüppe \)"};
+        QTest::newRow("environment")
+            << "map { \"$_=$ENV{$_}\" } sort grep { /^ZT_/ } keys %ENV"
+            << QStringList{"ZT_BARE=", "ZT_BLANK= a b ", "ZT_EMPTY=", R"(ZT_PATH=C:\x\d)",
+                           R"(ZT_QUOTE=it's \)", "ZT_UNI=Ωmega"};
+    }
+    void valuesReadBack()
+    {
+        QFETCH(QString, expression);
+        QFETCH(QStringList, read);
+        if (!m_perl)
+            QSKIP("perl is not installed");
+        Encoding utf8(QStringLiteral("UTF-8"));
+        Tree tree;
+        tree.project.setName(QStringLiteral("Projet d'été"));
+        QAStNode* group = tree.add(
+            "group", QStringLiteral(R"(grüppe \)"), nullptr,
+            {{"cflags", R"(-DX='a b' C:\dir\)"},
+             {"cppFlags", R"(-DM=\'hi\' -I\d)"},
+             {"computerName", "hôte Ω"},
+             {"ge_incdir", QStringList{R"(C:\Program Files\inc\)", "/opt/my dir/it's", R"(ü\\x)"}},
+             {"intdir", R"(C:\it's dir\Ω)"},
+             {"envVariables", QStringList{R"(ZT_QUOTE=it's \)", "ZT_BLANK= a b ", "ZT_EMPTY=", "ZT_BARE",
+                                          R"(ZT_PATH=C:\x\d)", "ZT_UNI=Ωmega"}}});
+        QList<QStringList> values;
+        QVERIFY(evaluate(scriptOf(group), {expression}, &values));
+        QCOMPARE(values.value(0), read);
+    }
+
+    void executionFlags_data()
+    {
+        QTest::addColumn<int>("flags");
+        QTest::addColumn<QString>("lines");
+        QTest::newRow("debug, every stage") << 0x13F << "$EXECMODE='DEBUG';\n$STAGE='cptler';\n";
+        QTest::newRow("nothing") << 0 << "$EXECMODE='NORMAL';\n$STAGE='';\n";
+        QTest::newRow("debug alone") << 0x100 << "$EXECMODE='DEBUG';\n$STAGE='';\n";
+        QTest::newRow("execute, report") << 0x30 << "$EXECMODE='NORMAL';\n$STAGE='er';\n";
+        QTest::newRow("compile, link") << 0x09 << "$EXECMODE='NORMAL';\n$STAGE='cl';\n";
+    }
+    void executionFlags()
+    {
+        QFETCH(int, flags);
+        QFETCH(QString, lines);
+        Tree tree;
+        QVERIFY(textOf(tree.add("group", QStringLiteral("g"), nullptr, {{"executionFlag", flags}}))
+                    .contains(u'\n' + lines));
+    }
+
+    void edgeLines()
+    {
+        Tree tree;
+        QAStNode* group = tree.add("group", QStringLiteral("g"), nullptr, {{"intdir", "out"}});
+        QAStNode* app = tree.add("application", QStringLiteral("calcapp"), group);
+        const QString outside = textOf(group);
+        const QString inside = textOf(tree.add("user", QStringLiteral("u"), app));
+        QCOMPARE(scalarLine(outside, "TEST_NAME"), QStringLiteral("$TEST_NAME='atlout';"));
+        QCOMPARE(scalarLine(outside, "ATL_OUT_FILE"), QStringLiteral("$ATL_OUT_FILE='out/atlout.spt';"));
+        QCOMPARE(scalarLine(inside, "TEST_NAME"), QStringLiteral("$TEST_NAME='calcapp';"));
+        QCOMPARE(scalarLine(inside, "ATL_OUT_FILE"), QStringLiteral("$ATL_OUT_FILE='out/calcapp.spt';"));
+
+        // No environment variables: the verbosity is the only entry of %ENV.
+        QCOMPARE(outside.count(QStringLiteral("\n$ENV{'")), 1);
+        QVERIFY(outside.contains(u'\n' + verbosityLine() + u'\n'));
+
+        Encoding none{QString()};
+        const QString latin1 = textOf(group);
+        QVERIFY(latin1.contains(QStringLiteral("\n$MIME_NAME = 'ISO-8859-1';\n")));
+        QVERIFY(latin1.endsWith(verbosityLine() + QStringLiteral("\n\n1;\n")));
+    }
+
+    // A target directory without a package: both directory lines say so,
+    // and the rest of the script is still written.
+    void missingTargetPackage()
+    {
+        Tree tree;
+        QTemporaryDir empty;
+        const QString script =
+            textOf(tree.add("group", QStringLiteral("g"), nullptr, {{"targetPath", empty.path()}}));
+        const QString text =
+            QAStPerlGen::safePath(QAStPerlGen::targetPackageNotFoundText().arg(empty.path()));
+        QVERIFY(text.contains(empty.path()));
+        QCOMPARE(scalarLine(script, "TARGETDIR"), "$TARGETDIR='" + text + "';");
+        QCOMPARE(scalarLine(script, "LP_TARGETDIR"), "$LP_TARGETDIR='" + text + "';");
+        QVERIFY(script.endsWith(verbosityLine() + QStringLiteral("\n\n1;\n")));
+        if (m_perl)
+            QVERIFY(perlCompiles(script.toLatin1()));
+    }
+
+    void withoutNode()
+    {
+        QByteArray bytes;
+        QTextStream out(&bytes);
+        QTest::ignoreMessage(QtWarningMsg, " cannot generate environment no node");
+        QVERIFY(!QAStPerlGen::generateEnv(out, nullptr));
+        out.flush();
+        QCOMPARE(variableNames(QString::fromLatin1(bytes)),
+                 (QStringList{"OSNAME", "PATH_SEPARATOR", "ZELTAHOME", "BINDIR", "SCRIPTDIR", "WORKING_DIR",
+                              "CMSTOOL"}));
+        QCOMPARE(bytes.count('\n'), 7);
+    }
+
+    // A node using a configuration name it does not own: the project lines
+    // end the script; neither settings nor the kind's own lines follow.
+    void withoutConfiguration_data()
+    {
+        QTest::addColumn<QString>("tag");
+        QTest::newRow("group") << "group";
+        QTest::newRow("system testing") << "system_testing";
+        QTest::newRow("library") << "library";
+    }
+    void withoutConfiguration()
+    {
+        QFETCH(QString, tag);
+        Tree tree;
+        QAStNode* node = tree.add(qPrintable(tag), QStringLiteral("n"));
+        node->addOutputFile(QStringLiteral("RIO"), {QStringLiteral("a.rio")});
+        node->setCurrentConfigurationName(QStringLiteral("Other"));
+        QTest::ignoreMessage(QtWarningMsg, " cannot generate environment no configuration");
+        const QStringList names = variableNames(textOf(node));
+        for (const char* var : {"CONFIGURATION", "RIO_LIST", "VT_DEP_CONF", "LIBRARY_FILE", "FDCFILES"})
+            QVERIFY2(!names.contains(QLatin1String(var)), var);
+        QCOMPARE(names.constLast(), QStringLiteral("STUDIO_PORT"));
+    }
+
+    void systemTesting()
+    {
+        if (!m_perl)
+            QSKIP("perl is not installed");
+        Tree tree;
+        auto* st = static_cast<QAStNodeSystemTesting*>(
+            tree.add("system_testing", QStringLiteral("st"), nullptr,
+                     {{"ge_host_workdir", "/st/work"}, {"intdir", "st int"}, {"outdir", R"(st\out\)"}}));
+        QAStNode* script = tree.add("systemtesting_script", QStringLiteral("script"), st);
+        auto* vt1 = static_cast<QAStNodeTestScript*>(
+            tree.add("virtual_tester", QStringLiteral("VT1"), script,
+                     {{"ge_host_workdir", "/vt/work"}, {"intdir", R"(vt\int)"}, {"outdir", "vt out"}}));
+        auto* vt2 =
+            static_cast<QAStNodeTestScript*>(tree.add("virtual_tester", QStringLiteral("VT2"), script));
+        vt2->setInstance(QStringLiteral("second"));
+        QCOMPARE(vt1->instance(), QStringLiteral("<all>"));
+
+        // Activated, not activated, and for a tester the node does not hold.
+        QAStNodeSystemTesting::Deployment onVt{true, "VT1", "", 5, 2, 7, "127.0.0.1", 10000, "vt_start"};
+        QAStNodeSystemTesting::Deployment off = onVt;
+        off.activated = false;
+        st->setDeployments({onVt, off, {true, "Ghost", "inst'1", 0, 1, 0, "h", 1, ""}});
+        st->setRendezvous({{QStringLiteral("start"), 2}, {QStringLiteral("end'x"), 3}});
+        st->setRendezvousAutoGenerate(false);
+        st->addOutputFile(QStringLiteral("RIO"), {QStringLiteral("a.rio"), QStringLiteral(R"(C:\r\b.rio)")});
+        st->addOutputFile(QStringLiteral("TDC"), {QStringLiteral("t.tdc")});
+        vt1->addOutputFile(QStringLiteral("RIO"), {QStringLiteral("vt.rio"), QStringLiteral("a.rio")});
+
+        const QByteArray stScript = scriptOf(st);
+        QVERIFY(perlCompiles(stScript));
+        QList<QStringList> v;
+        QVERIFY(evaluate(stScript, {"scalar(@VT_DEP_CONF)", "@{$VT_DEP_CONF[0]}", "@{$VT_DEP_CONF[1]}",
+                                    "@RIO_LIST", "@TDC_LIST"}, &v));
+        QCOMPARE(v.at(0), QStringList{"2"});
+        QCOMPARE(v.at(1), (QStringList{"VT1", "/vt/work", R"(vt\int)", "vt out", "<all>", "127.0.0.1",
+                                       "10000", "5", "2", "7", "vt_start"}));
+        QCOMPARE(v.at(2), (QStringList{"Ghost", "/st/work", "st int", R"(st\out\)", "inst'1", "h", "1", "0",
+                                       "1", "0", ""}));
+        QCOMPARE(v.at(3), (QStringList{"a.rio", R"(C:\r\b.rio)", "vt.rio", ""}));
+        QCOMPARE(v.at(4), (QStringList{"t.tdc", ""}));
+
+        const QByteArray vtScript = scriptOf(vt1);
+        QVERIFY(perlCompiles(vtScript));
+        QVERIFY(vtScript.contains("\n## Virtual Tester Properties\n$VT_INSTANCE=0;\n"));
+        QVERIFY(scriptOf(vt2).contains("\n## Virtual Tester Properties\n$VT_INSTANCE='second';\n"));
+        v.clear();
+        QVERIFY(evaluate(vtScript, {"$VT_RDV_AUTOGENERATE", "map { join(':', @$_) } @VT_RDV_CONF"}, &v));
+        QCOMPARE(v.at(0), QStringList{"0"});
+        QCOMPARE(v.at(1), (QStringList{"start:2", "end'x:3"}));
+    }
+
+    void libraryFile_data()
+    {
+        QTest::addColumn<QString>("format");
+        QTest::addColumn<QString>("file");
+        QTest::newRow("shared") << "DLL" << "out/mylib.so";
+        QTest::newRow("shared, lower case") << "dll" << "out/mylib.so";
+        QTest::newRow("static") << "LIB" << "out/mylib.a";
+        QTest::newRow("executable") << "EXE" << "out/mylib.elf";
+    }
+    void libraryFile()
+    {
+        QFETCH(QString, format);
+        QFETCH(QString, file);
+        Tree tree;
+        Tree::configure(&tree.project, {{"intdir", "out"}, {"libraryDynamicExt", ".so"},
+                                        {"libraryStaticExt", ".a"}, {"binaryExt", ".elf"}});
+        const QString script = textOf(tree.add("library", QStringLiteral("mylib"), nullptr,
+                                               {{"generationFormat", format}}));
+        QCOMPARE(scalarLine(script, "LIBRARY_FILE"), "$LIBRARY_FILE='" + file + "';");
+        QCOMPARE(scalarLine(script, "LIBRARY_FILE_ABS"),
+                 "$LIBRARY_FILE_ABS='" + tree.dir.filePath(file) + "';");
+    }
+
+    // An analysis mode needs its switch, a target supporting it and the
+    // language it is made for; the test modes the test node around.
+    void modes_data()
+    {
+        QTest::addColumn<QString>("parentTag");
+        QTest::addColumn<QVariantMap>("settings");
+        QTest::addColumn<QString>("line");
+        QTest::newRow("coverage, gcc-c") << "" << QVariantMap{{"codeCoverage", true}} << "$ATCMODE=1;";
+        QTest::newRow("coverage off") << "" << QVariantMap{{"codeCoverage", false}} << "$ATCMODE=0;";
+        QTest::newRow("coverage, target without it")
+            << "" << QVariantMap{{"codeCoverage", true}, {"targetPath", "<no coverage>"}} << "$ATCMODE=0;";
+        QTest::newRow("contract check, C")
+            << "" << QVariantMap{{"contractCheck", true}, {"sourceLanguage", "C"}} << "$ATKMODE=0;";
+        QTest::newRow("contract check, C++")
+            << "" << QVariantMap{{"contractCheck", true}, {"sourceLanguage", "CPP"}} << "$ATKMODE=1;";
+        QTest::newRow("in object testing") << "object_testing" << QVariantMap() << "$ATOMODE=1;";
+        QTest::newRow("in unit testing") << "unit_testing" << QVariantMap() << "$ATUMODE=1;";
+        QTest::newRow("in a group") << "group" << QVariantMap() << "$ATOMODE=0;";
+    }
+    void modes()
+    {
+        QFETCH(QString, parentTag);
+        QFETCH(QVariantMap, settings);
+        QFETCH(QString, line);
+        Tree tree;
+        if (settings.value(QStringLiteral("targetPath")) == QLatin1String("<no coverage>")) {
+            const QString ini = tree.dir.filePath(QStringLiteral("nocov/nocov.ini"));
+            const QString shipped = TestPaths::installTree() + QStringLiteral("/targets/gcc-c/gcc-c.ini");
+            TestFiles::writeFile(ini, TestFiles::readFile(shipped).replace("ATC_MODE = 1", "ATC_MODE = 0"));
+            settings.insert(QStringLiteral("targetPath"), QFileInfo(ini).path());
+        }
+        QAStNode* parent =
+            parentTag.isEmpty() ? nullptr : tree.add(qPrintable(parentTag), QStringLiteral("t"));
+        const QString script = textOf(tree.add("user", QStringLiteral("u"), parent, settings));
+        QCOMPARE(scalarLine(script, line.section(u'=', 0, 0).mid(1)), line);
+    }
+
+    void windowsHeader()
+    {
+        QString text;
+        QTextStream out(&text);
+        QAStPerlGen::writeHeader(out, QAInstall::Windows);
+        out.flush();
+        QCOMPARE(text, QStringLiteral("$OSNAME='win32';\n$PATH_SEPARATOR='\\\\';\n"));
+    }
+
+    // A plug-in's settings follow the common part in the scripts of the
+    // kinds it names, and only there.
+    void pluginSettings()
+    {
+        SettingsPlugin plugin;
+        QAStNodePluginCenter* center = QAStNodePluginCenter::nodePluginCenter();
+        center->registerPlugin(&plugin);
+        const auto unregister = qScopeGuard([&] { center->unregisterPlugin(&plugin); });
+        Tree tree;
+        const QString script = textOf(tree.add("group", QStringLiteral("g")));
+        QCOMPARE(plugin.asked, QStringList{"myfeature:g"});
+        const QString lines = verbosityLine() + QStringLiteral(
+            "\n$PLG_FLAG=1;\n$PLG_COUNT=42;\n@PLG_LIST=('a b', 'C:\\\\x\\\\');\n$PLG_TEXT='it\\'s';\n"
+            "@PLG_MAP=({'k 2', 'v\\'2'}, {'k1', 'v1'});\n\n1;\n");
+        QVERIFY2(script.endsWith(lines), qPrintable(script.right(lines.size())));
+        QVERIFY(!textOf(tree.add("application", QStringLiteral("app"))).contains(QStringLiteral("PLG_")));
+        QCOMPARE(plugin.asked.size(), 1);
+        if (m_perl) {
+            QList<QStringList> v;
+            QVERIFY(evaluate(script.toLatin1(), {"@PLG_LIST", "map { join('=', %$_) } @PLG_MAP"}, &v));
+            QCOMPARE(v.at(0), (QStringList{"a b", R"(C:\x\)"}));
+            QCOMPARE(v.at(1), (QStringList{"k 2=v'2", "k1=v1"}));
+        }
+    }
+};
+
+QTEST_GUILESS_MAIN(TestEnvironmentScript)
+#include "tst_environment_script.moc"
