@@ -25,6 +25,7 @@
 #include <QTextStream>
 #include <QVariant>
 
+#include <charconv>
 #include <iterator>
 
 namespace {
@@ -70,21 +71,78 @@ QString doubleClosingRuns(const QString& text)
 
 using Escape = QString (*)(const QString&, QAStNode*);
 
-void writeQuoted(QTextStream& out, const QString& var, const QString& escaped)
+// The script is built in a string and handed to the stream at once: the
+// stream's cost per call would otherwise dominate.
+template <typename Var>
+void appendQuoted(QString& out, const Var& var, const QString& escaped)
 {
-    out << '$' << var << "='" << escaped << "';\n";
+    out += QLatin1Char('$');
+    out += var;
+    out += QLatin1String("='");
+    out += escaped;
+    out += QLatin1String("';\n");
 }
 
-void writeList(QTextStream& out, const QString& var, const QStringList& items, QAStNode* node,
-               Escape escape)
+template <typename Var>
+void appendNumber(QString& out, const Var& var, qlonglong value)
 {
-    out << '@' << var << "=(";
+    out += QLatin1Char('$');
+    out += var;
+    out += QLatin1Char('=');
+    char digits[24];
+    const std::to_chars_result end = std::to_chars(digits, digits + sizeof digits, value);
+    out += QLatin1String(digits, end.ptr);
+    out += QLatin1String(";\n");
+}
+
+template <typename Var>
+void appendList(QString& out, const Var& var, const QStringList& items, QAStNode* node,
+                Escape escape)
+{
+    out += QLatin1Char('@');
+    out += var;
+    out += QLatin1String("=(");
     for (qsizetype i = 0; i < items.size(); ++i) {
         if (i > 0)
-            out << ", ";
-        out << quote << escape(items.at(i), node) << quote;
+            out += QLatin1String(", ");
+        out += quote;
+        out += escape(items.at(i), node);
+        out += quote;
     }
-    out << ");\n";
+    out += QLatin1String(");\n");
+}
+
+template <typename Var>
+void appendPath(QString& out, const Var& var, const QString& value, QAStNode* node = nullptr)
+{
+    appendQuoted(out, var, QAStPerlGen::safePath(value, node));
+}
+
+template <typename Var>
+void appendString(QString& out, const Var& var, const QString& value, QAStNode* node = nullptr)
+{
+    appendQuoted(out, var, QAStPerlGen::safeStr(value, node));
+}
+
+template <typename Var>
+void appendPathList(QString& out, const Var& var, const QStringList& items, QAStNode* node = nullptr)
+{
+    appendList(out, var, items, node, &QAStPerlGen::safePath);
+}
+
+template <typename Var>
+void appendStringList(QString& out, const Var& var, const QStringList& items, QAStNode* node = nullptr)
+{
+    appendList(out, var, items, node, &QAStPerlGen::safeStr);
+}
+
+void appendHeader(QString& out, QAInstall::Platform platform)
+{
+    out += QLatin1String("$OSNAME='");
+    out += QAInstall::osName(platform);
+    out += QLatin1String("';\n");
+    out += platform == QAInstall::Windows ? QLatin1String("$PATH_SEPARATOR='\\\\';\n")
+                                          : QLatin1String("$PATH_SEPARATOR='/';\n");
 }
 
 // The settings descriptor's leaves by key, rebuilt when the descriptor is
@@ -178,7 +236,7 @@ const QHash<QString, QVariant>& inheritedValues(const QList<const QAPropertyStor
 // forms, values expanded in the node's context.
 class SettingsWriter {
 public:
-    SettingsWriter(QTextStream& out, QAStConfiguration* c, QAStNode* node)
+    SettingsWriter(QString& out, QAStConfiguration* c, QAStNode* node)
         : m_out(out), m_own(c), m_node(node)
     {
         QList<const QAPropertyStore*> above;
@@ -222,18 +280,18 @@ public:
     QStringList list(const QString& key) const { return toList(value(key)); }
 
     // Form S of a path setting, N, L of paths, S and L of free text.
-    void path(const QString& key, const char* var) { QAStPerlGen::writePath(m_out, QLatin1String(var), text(key), m_node); }
-    void num(const QString& key, const char* var) { QAStPerlGen::writeNumber(m_out, QLatin1String(var), number(key)); }
-    void paths(const QString& key, const char* var) { QAStPerlGen::writePathList(m_out, QLatin1String(var), list(key), m_node); }
-    void str(const QString& key, const char* var) { QAStPerlGen::writeString(m_out, QLatin1String(var), text(key), m_node); }
-    void strs(const QString& key, const char* var) { QAStPerlGen::writeStringList(m_out, QLatin1String(var), list(key), m_node); }
+    void path(const QString& key, const char* var) { appendPath(m_out, QLatin1String(var), text(key), m_node); }
+    void num(const QString& key, const char* var) { appendNumber(m_out, QLatin1String(var), number(key)); }
+    void paths(const QString& key, const char* var) { appendPathList(m_out, QLatin1String(var), list(key), m_node); }
+    void str(const QString& key, const char* var) { appendString(m_out, QLatin1String(var), text(key), m_node); }
+    void strs(const QString& key, const char* var) { appendStringList(m_out, QLatin1String(var), list(key), m_node); }
 
     // Values that are no setting.
-    void pathValue(const char* var, const QString& v) { QAStPerlGen::writePath(m_out, QLatin1String(var), v, m_node); }
-    void strValue(const char* var, const QString& v) { QAStPerlGen::writeString(m_out, QLatin1String(var), v, m_node); }
-    void plainPath(const char* var, const QString& v) { QAStPerlGen::writePath(m_out, QLatin1String(var), v); }
-    void plainPaths(const char* var, const QStringList& v) { QAStPerlGen::writePathList(m_out, QLatin1String(var), v); }
-    void numberValue(const char* var, qlonglong v) { QAStPerlGen::writeNumber(m_out, QLatin1String(var), v); }
+    void pathValue(const char* var, const QString& v) { appendPath(m_out, QLatin1String(var), v, m_node); }
+    void strValue(const char* var, const QString& v) { appendString(m_out, QLatin1String(var), v, m_node); }
+    void plainPath(const char* var, const QString& v) { appendPath(m_out, QLatin1String(var), v); }
+    void plainPaths(const char* var, const QStringList& v) { appendPathList(m_out, QLatin1String(var), v); }
+    void numberValue(const char* var, qlonglong v) { appendNumber(m_out, QLatin1String(var), v); }
 
     // The setting, or what "<default>" stands for.
     QString textOr(const QString& key, const QString& whenDefault) const
@@ -243,7 +301,7 @@ public:
     }
 
 private:
-    QTextStream& m_out;
+    QString& m_out;
     const QAPropertyStore* m_own;
     QList<QPair<QString, QVariant>> m_ownValues;
     bool m_ownHashed = false;
@@ -298,39 +356,39 @@ const char* const packageNotFound = QT_TRANSLATE_NOOP(
 
 // --- the common part, step by step
 
-void writeInstallation(QTextStream& out)
+void writeInstallation(QString& out)
 {
     const QAInstall::Platform platform = QAInstall::nativePlatform();
     const QChar separator = QAInstall::separator(platform);
-    QAStPerlGen::writePath(out, QStringLiteral("ZELTAHOME"),
+    appendPath(out, QLatin1String("ZELTAHOME"),
                            QAFileUtil::shortPath(QAStData::installDir(), platform));
-    QAStPerlGen::writePath(out, QStringLiteral("BINDIR"),
+    appendPath(out, QLatin1String("BINDIR"),
                            QAFileUtil::shortPath(QAStData::binaryDir(), platform));
-    QAStPerlGen::writePath(out, QStringLiteral("SCRIPTDIR"),
+    appendPath(out, QLatin1String("SCRIPTDIR"),
                            QAFileUtil::shortPath(QAStData::scriptsDir() + separator, platform));
-    QAStPerlGen::writePath(out, QStringLiteral("WORKING_DIR"),
+    appendPath(out, QLatin1String("WORKING_DIR"),
                            QDir::toNativeSeparators(QDir::currentPath()));
     const StudioInterface* host = QAStData::studioIFace();
-    QAStPerlGen::writeString(out, QStringLiteral("CMSTOOL"),
+    appendString(out, QLatin1String("CMSTOOL"),
                              host ? host->configurationManagementTool() : QString());
 }
 
-void writeProject(QTextStream& out, const QAStData* item)
+void writeProject(QString& out, const QAStData* item)
 {
     const QAStProject* project = item->project();
     const QAStProject* workspace = item->rootProject();
     const QString projectDir = project ? project->directory() : QString();
-    QAStPerlGen::writeString(out, QStringLiteral("PROJECT_NAME"), project ? project->name() : QString());
-    QAStPerlGen::writePath(out, QStringLiteral("PROJECT_PATH"), projectDir);
-    QAStPerlGen::writeString(out, QStringLiteral("WORKSPACE_NAME"), workspace ? workspace->name() : QString());
-    QAStPerlGen::writePath(out, QStringLiteral("WORKSPACE_PATH"), workspace ? workspace->directory() : QString());
-    QAStPerlGen::writeString(out, QStringLiteral("USERNAME"), QAStData::userName());
-    QAStPerlGen::writePath(out, QStringLiteral("ZELTA_TPM_ROOT"),
+    appendString(out, QLatin1String("PROJECT_NAME"), project ? project->name() : QString());
+    appendPath(out, QLatin1String("PROJECT_PATH"), projectDir);
+    appendString(out, QLatin1String("WORKSPACE_NAME"), workspace ? workspace->name() : QString());
+    appendPath(out, QLatin1String("WORKSPACE_PATH"), workspace ? workspace->directory() : QString());
+    appendString(out, QLatin1String("USERNAME"), QAStData::userName());
+    appendPath(out, QLatin1String("ZELTA_TPM_ROOT"),
                            QAStPerlGen::joinPath(projectDir, QStringLiteral("tpm")));
-    QAStPerlGen::writeNumber(out, QStringLiteral("STUDIO_PORT"), QAStData::port());
+    appendNumber(out, QLatin1String("STUDIO_PORT"), QAStData::port());
 }
 
-void writeSources(QTextStream& out, const QAStNode* node)
+void writeSources(QString& out, const QAStNode* node)
 {
     if (inherits(node, "QAStNodeTest") || inherits(node, "QAStNodeSource"))
         return;
@@ -339,10 +397,10 @@ void writeSources(QTextStream& out, const QAStNode* node)
         if (const auto* source = qobject_cast<const QAStNodeSource*>(child))
             keys.append(source->fileKey());
     }
-    QAStPerlGen::writePathList(out, QStringLiteral("SOURCES"), keys);
+    appendPathList(out, QLatin1String("SOURCES"), keys);
 }
 
-void writeTdfChannel(QTextStream& out, const QAStNode* node)
+void writeTdfChannel(QString& out, const QAStNode* node)
 {
     const QAStData* system = nullptr;
     if (inherits(node, "QAStNodeSystemTesting"))
@@ -350,26 +408,26 @@ void writeTdfChannel(QTextStream& out, const QAStNode* node)
     else if (inherits(node, "QAStNodeTestScript"))
         system = node->parentOfClass("QAStNodeSystemTesting");
     if (const auto* st = qobject_cast<const QAStNodeSystemTesting*>(system))
-        QAStPerlGen::writeNumber(out, QStringLiteral("TDF_CHANNEL"), st->connectedTDFChannel());
+        appendNumber(out, QLatin1String("TDF_CHANNEL"), st->connectedTDFChannel());
 }
 
-void writeExecutionFlags(QTextStream& out, qlonglong flags)
+void writeExecutionFlags(QString& out, qlonglong flags)
 {
-    out << "$EXECMODE='" << ((flags & 0x100) ? "DEBUG" : "NORMAL") << "';\n";
+    out += (flags & 0x100) ? QLatin1String("$EXECMODE='DEBUG';\n") : QLatin1String("$EXECMODE='NORMAL';\n");
     static const struct {
         int bit;
         char letter;
     } stages[] = {{0x01, 'c'}, {0x02, 'p'}, {0x04, 't'}, {0x08, 'l'}, {0x10, 'e'}, {0x20, 'r'}};
-    out << "$STAGE='";
+    out += QLatin1String("$STAGE='");
     for (const auto& stage : stages) {
         if (flags & stage.bit)
-            out << stage.letter;
+            out += QLatin1Char(stage.letter);
     }
-    out << "';\n";
+    out += QLatin1String("';\n");
 }
 
 // Step 10: the package and its two directory lines. Returns the package.
-const QAStTargetPackage* writeTargetPackage(QTextStream& out, QAStConfiguration* c,
+const QAStTargetPackage* writeTargetPackage(QString& out, QAStConfiguration* c,
                                             const SettingsWriter& settings)
 {
     QAStTargetPackageList* installed = QAStTargetPackageList::installTargetPackages();
@@ -385,9 +443,9 @@ const QAStTargetPackage* writeTargetPackage(QTextStream& out, QAStConfiguration*
     const QAInstall::Platform platform = QAInstall::nativePlatform();
     const QString longPath = package ? QDir::toNativeSeparators(package->directory())
                                      : QAStPerlGen::targetPackageNotFoundText().arg(wanted);
-    QAStPerlGen::writePath(out, QStringLiteral("TARGETDIR"),
+    appendPath(out, QLatin1String("TARGETDIR"),
                            package ? QAFileUtil::shortPath(longPath, platform) : longPath);
-    QAStPerlGen::writePath(out, QStringLiteral("LP_TARGETDIR"), longPath);
+    appendPath(out, QLatin1String("LP_TARGETDIR"), longPath);
     return package;
 }
 
@@ -449,7 +507,7 @@ void writeSettings(QAStNode* node, SettingsWriter& s)
 
 // "NAME=value" items of the list setting (or the entries of a map), in
 // order; an item without "=" sets the variable to nothing.
-void writeEnvironmentVariables(QTextStream& out, QAStNode* node, const SettingsWriter& s)
+void writeEnvironmentVariables(QString& out, QAStNode* node, const SettingsWriter& s)
 {
     const QVariant value = s.value(QStringLiteral("envVariables"));
     QList<QPair<QString, QString>> entries;
@@ -466,8 +524,11 @@ void writeEnvironmentVariables(QTextStream& out, QAStNode* node, const SettingsW
         }
     }
     for (const auto& [name, text] : entries) {
-        out << "$ENV{'" << QAStPerlGen::safeStr(name) << "'} = '" << QAStPerlGen::safeStr(text, node)
-            << "';\n";
+        out += QLatin1String("$ENV{'");
+        out += QAStPerlGen::safeStr(name);
+        out += QLatin1String("'} = '");
+        out += QAStPerlGen::safeStr(text, node);
+        out += QLatin1String("';\n");
     }
 }
 
@@ -744,16 +805,66 @@ void writeMisra(QAStNode* node, SettingsWriter& s)
     s.plainPath("MISRA_CONF", conf);
 }
 
-void writePreferences(QTextStream& out)
+void writePreferences(QString& out)
 {
     const QAStProjectPref* preferences = QAStData::preferences();
     const QString encoding = preferences ? preferences->encodingName() : QString();
     if (encoding.isEmpty())
-        out << "$MIME_NAME = 'ISO-8859-1';\n";
+        out += QLatin1String("$MIME_NAME = 'ISO-8859-1';\n");
     else
-        out << "$MIME_NAME = '" << QAStPerlGen::safeStr(encoding) << "';\n";
-    out << "$ENV{'ZELTASTUDIO_VERBOSE'} = '" << ((preferences && preferences->verbose()) ? 1 : 0)
-        << "';\n";
+        out += QLatin1String("$MIME_NAME = '") + QAStPerlGen::safeStr(encoding) + QLatin1String("';\n");
+    out += (preferences && preferences->verbose()) ? QLatin1String("$ENV{'ZELTASTUDIO_VERBOSE'} = '1';\n")
+                                                   : QLatin1String("$ENV{'ZELTASTUDIO_VERBOSE'} = '0';\n");
+}
+
+bool generateCommonPart(QString& out, QAStData* item)
+{
+    appendHeader(out, QAInstall::nativePlatform());
+    writeInstallation(out);
+    if (!item) {
+        qWarning("%s", noNode);
+        return false;
+    }
+    writeProject(out, item);
+    // Without a configuration the script ends after the project lines, so
+    // the check comes before the sources and the channel that precede the
+    // configuration's name.
+    auto* node = qobject_cast<QAStNode*>(item);
+    QAStConfiguration* c = node ? node->currentConfiguration() : nullptr;
+    if (!c) {
+        qWarning("%s", noConfiguration);
+        return false;
+    }
+    writeSources(out, node);
+    writeTdfChannel(out, node);
+    SettingsWriter s(out, c, node);
+    appendString(out, QLatin1String("CONFIGURATION"), c->name());
+    writeExecutionFlags(out, s.number(QStringLiteral("executionFlag")));
+    appendString(out, QLatin1String("NAME"), node->name());
+    const auto* file = qobject_cast<const QAStNodeFileRef*>(node);
+    appendPath(out, QLatin1String("FILENAME"), file ? file->absoluteFilePath() : QString());
+    const QAStTargetPackage* package = writeTargetPackage(out, c, s);
+    writeSettings(node, s);
+    writeEnvironmentVariables(out, node, s);
+    writeTestProgram(node, s);
+    writeRuntime(s);
+    writeResultsFile(node, s);
+    writeJava(node, s);
+    writeObjectTesting(node, s);
+    writeContractCheck(s);
+    writeUnitTesting(node, s);
+    writeSystemTesting(s);
+    writeInstrumentation(s);
+    writeCodeCoverage(node, s);
+    writeRuntimeTracing(node, s);
+    writeMemoryProfiling(node, s);
+    writeJavaProfiling(s);
+    s.pathValue("ATQ_TQF_NAME", resultFile(s, node, ".tqf"));
+    s.num(QStringLiteral("atq_dump_driver"), "ATQ_DUMP_DRIVER");
+    writeModes(node, c, package, s);
+    writeMisra(node, s);
+    writePreferences(out);
+    return true;
 }
 
 } // namespace
@@ -774,40 +885,48 @@ QString QAStPerlGen::safeStr(const QString& value, QAStNode* node)
 
 void QAStPerlGen::writeHeader(QTextStream& out, QAInstall::Platform platform)
 {
-    out << "$OSNAME='" << QAInstall::osName(platform) << "';\n";
-    if (platform == QAInstall::Windows)
-        out << "$PATH_SEPARATOR='\\\\';\n";
-    else
-        out << "$PATH_SEPARATOR='/';\n";
+    QString lines;
+    appendHeader(lines, platform);
+    out << lines;
 }
 
 void QAStPerlGen::writePath(QTextStream& out, const QString& var, const QString& value,
                             QAStNode* node)
 {
-    writeQuoted(out, var, safePath(value, node));
+    QString line;
+    appendPath(line, var, value, node);
+    out << line;
 }
 
 void QAStPerlGen::writeString(QTextStream& out, const QString& var, const QString& value,
                               QAStNode* node)
 {
-    writeQuoted(out, var, safeStr(value, node));
+    QString line;
+    appendString(line, var, value, node);
+    out << line;
 }
 
 void QAStPerlGen::writeNumber(QTextStream& out, const QString& var, qlonglong value)
 {
-    out << '$' << var << '=' << value << ";\n";
+    QString line;
+    appendNumber(line, var, value);
+    out << line;
 }
 
 void QAStPerlGen::writePathList(QTextStream& out, const QString& var, const QStringList& items,
                                 QAStNode* node)
 {
-    writeList(out, var, items, node, &QAStPerlGen::safePath);
+    QString line;
+    appendPathList(line, var, items, node);
+    out << line;
 }
 
 void QAStPerlGen::writeStringList(QTextStream& out, const QString& var, const QStringList& items,
                                   QAStNode* node)
 {
-    writeList(out, var, items, node, &QAStPerlGen::safeStr);
+    QString line;
+    appendStringList(line, var, items, node);
+    out << line;
 }
 
 QStringList QAStPerlGen::outputFilesOf(const QAStData* item, const QString& type, bool recursive)
@@ -872,54 +991,13 @@ QString QAStPerlGen::targetPackageNotFoundText()
     return tr(packageNotFound);
 }
 
-bool QAStPerlGen::generateEnv(QTextStream& out, QAStData* item)
+bool QAStPerlGen::generateEnv(QTextStream& stream, QAStData* item)
 {
-    writeHeader(out, QAInstall::nativePlatform());
-    writeInstallation(out);
-    if (!item) {
-        qWarning("%s", noNode);
-        return false;
-    }
-    writeProject(out, item);
-    // Without a configuration the script ends after the project lines, so
-    // the check comes before the sources and the channel that precede the
-    // configuration's name.
-    auto* node = qobject_cast<QAStNode*>(item);
-    QAStConfiguration* c = node ? node->currentConfiguration() : nullptr;
-    if (!c) {
-        qWarning("%s", noConfiguration);
-        return false;
-    }
-    writeSources(out, node);
-    writeTdfChannel(out, node);
-    SettingsWriter s(out, c, node);
-    writeString(out, QStringLiteral("CONFIGURATION"), c->name());
-    writeExecutionFlags(out, s.number(QStringLiteral("executionFlag")));
-    writeString(out, QStringLiteral("NAME"), node->name());
-    const auto* file = qobject_cast<const QAStNodeFileRef*>(node);
-    writePath(out, QStringLiteral("FILENAME"), file ? file->absoluteFilePath() : QString());
-    const QAStTargetPackage* package = writeTargetPackage(out, c, s);
-    writeSettings(node, s);
-    writeEnvironmentVariables(out, node, s);
-    writeTestProgram(node, s);
-    writeRuntime(s);
-    writeResultsFile(node, s);
-    writeJava(node, s);
-    writeObjectTesting(node, s);
-    writeContractCheck(s);
-    writeUnitTesting(node, s);
-    writeSystemTesting(s);
-    writeInstrumentation(s);
-    writeCodeCoverage(node, s);
-    writeRuntimeTracing(node, s);
-    writeMemoryProfiling(node, s);
-    writeJavaProfiling(s);
-    s.pathValue("ATQ_TQF_NAME", resultFile(s, node, ".tqf"));
-    s.num(QStringLiteral("atq_dump_driver"), "ATQ_DUMP_DRIVER");
-    writeModes(node, c, package, s);
-    writeMisra(node, s);
-    writePreferences(out);
-    return true;
+    QString out;
+    out.reserve(8192);
+    const bool complete = generateCommonPart(out, item);
+    stream << out;
+    return complete;
 }
 
 void QAStPerlGen::generatePerlVariables(QTextStream& out, QList<QAProperty*>* props,
