@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QString>
+#include <QTemporaryDir>
+
+#include <memory>
+
+// The benchmarks' large project, generated once per run and saved in a
+// temporary directory: 357 groups of three applications with seven sources
+// each and a unit-testing node with its script and source (10,000 nodes,
+// each owning its "Debug" and "Release" configurations), and 50,000 files
+// in 100 folders. The project's configurations use the installation's
+// gcc-c package and the full settings descriptor.
+struct GeneratedProject {
+    QTemporaryDir dir;
+    QString path;         // big.rtp
+    QString information;  // big.inf
+};
+
+std::shared_ptr<GeneratedProject> bigProject();
