@@ -1,0 +1,156 @@
+package Korvil::Records;
+
+# The runtime's combined output file ($ATL_OUT_FILE) of a plain test run,
+# written line by line while the test runs: the studio reads it as it grows
+# and sorts each line by its first two characters. One record a line, the
+# code, a blank, then blank-separated fields; text fields are quoted
+# (see quote):
+#
+#   BT "<test>" "<date>" "<file run>"   a test starts
+#   RL "<line>"                          a line of its standard output
+#   RE "<line>"                          a line of its standard error
+#   FL "<line>"                          a line starting "FAILED:" (either
+#                                        channel), in place of RL or RE
+#   SM "<test>" <status> <lines> <failures>
+#                                        the test ended: exit status
+#                                        (128 + signal when killed),
+#                                        lines written, failure lines
+#   td "<run>" <status> <tests> <failed> the run ended: the first non-zero
+#                                        status (0 when all passed), tests
+#                                        run, tests that ended non-zero
+#
+# All but td go with the test results; td is the end-of-test line.
+
+use strict;
+use warnings;
+
+use File::Basename qw(dirname);
+use File::Path qw(make_path);
+use IO::Handle;
+use POSIX qw(strftime);
+
+our %CODE = (
+    begin   => 'BT',
+    out     => 'RL',
+    err     => 'RE',
+    failure => 'FL',
+    summary => 'SM',
+    end     => 'td',
+);
+
+# A text field: in double quotes, with "\" written "\\", '"' written '\"',
+# tab, carriage return and newline as "\t" "\r" "\n", and other control
+# characters as "\xHH".
+sub quote {
+    my ($text) = @_;
+    $text = '' unless defined $text;
+    $text =~ s/\\/\\\\/g;
+    $text =~ s/"/\\"/g;
+    $text =~ s/\t/\\t/g;
+    $text =~ s/\r/\\r/g;
+    $text =~ s/\n/\\n/g;
+    $text =~ s/([\x00-\x1f\x7f])/sprintf('\\x%02X', ord($1))/ge;
+    return "\"$text\"";
+}
+
+# The fields of a record line: its code and the fields, quoted ones
+# unquoted.
+sub parse {
+    my ($line) = @_;
+    $line =~ s/\r?\n$//;
+    my ($code, $rest) = $line =~ /^(\S\S)(?:\s+(.*))?$/ or return;
+    my @fields;
+    $rest = '' unless defined $rest;
+    while ($rest =~ /\G\s*(?:"((?:[^"\\]|\\.)*)"|(\S+))/gc) {
+        if (defined $1) {
+            my $text = $1;
+            my %esc = (t => "\t", r => "\r", n => "\n");
+            $text =~ s/\\(x([0-9A-Fa-f]{2})|.)/defined $2 ? chr(hex($2)) : ($esc{$1} || $1)/ge;
+            push(@fields, $text);
+        } else {
+            push(@fields, $2);
+        }
+    }
+    return ($code, @fields);
+}
+
+# Opens the file for a new run: its directory made, its content dropped.
+sub create {
+    my ($class, $file) = @_;
+    my $dir = dirname($file);
+    make_path($dir) unless -d $dir;
+    open(my $fh, '>', $file) or die "$file: cannot write: $!\n";
+    binmode($fh);
+    $fh->autoflush(1);
+    return bless({ fh => $fh, file => $file, tests => 0, failed => 0 }, $class);
+}
+
+sub _write {
+    my ($self, $code, @fields) = @_;
+    print { $self->{fh} } join(' ', $code, @fields), "\n";
+}
+
+sub begin_test {
+    my ($self, $test, $file) = @_;
+    $self->{test} = $test;
+    $self->{lines} = 0;
+    $self->{failures} = 0;
+    $self->_write($CODE{begin}, quote($test), quote(strftime('%Y-%m-%d %H:%M:%S', localtime)), quote($file));
+}
+
+# A line the test wrote on channel 'out' or 'err'.
+sub line {
+    my ($self, $channel, $text) = @_;
+    ++$self->{lines};
+    if ($text =~ /^FAILED:/) {
+        ++$self->{failures};
+        $self->_write($CODE{failure}, quote($text));
+    } else {
+        $self->_write($CODE{ $channel eq 'err' ? 'err' : 'out' }, quote($text));
+    }
+}
+
+sub end_test {
+    my ($self, $status) = @_;
+    ++$self->{tests};
+    ++$self->{failed} if $status != 0;
+    $self->_write($CODE{summary}, quote($self->{test}), $status, $self->{lines}, $self->{failures});
+}
+
+sub end_run {
+    my ($self, $run, $status) = @_;
+    $self->_write($CODE{end}, quote($run), $status, $self->{tests}, $self->{failed});
+    close($self->{fh});
+    delete $self->{fh};
+}
+
+# What a file tells: { tests => [ { name, file, status, lines, failures } ],
+# failures => total failure lines, ended => the end record's fields or undef }.
+sub read_back {
+    my ($class, $file) = @_;
+    open(my $fh, '<', $file) or die "$file: cannot read: $!\n";
+    binmode($fh);
+    my %result = (tests => [], failures => 0, ended => undef);
+    my $current;
+    while (my $line = <$fh>) {
+        my ($code, @f) = parse($line) or next;
+        if ($code eq $CODE{begin}) {
+            $current = { name => $f[0], file => $f[2], status => undef, lines => 0, failures => 0 };
+            push(@{ $result{tests} }, $current);
+        } elsif ($code eq $CODE{failure}) {
+            ++$result{failures};
+            ++$current->{failures} if $current;
+        } elsif ($code eq $CODE{out} || $code eq $CODE{err}) {
+            ++$current->{lines} if $current;
+        } elsif ($code eq $CODE{summary} && $current) {
+            $current->{status} = $f[1];
+            $current->{lines} = $f[2];
+        } elsif ($code eq $CODE{end}) {
+            $result{ended} = { name => $f[0], status => $f[1], tests => $f[2], failed => $f[3] };
+        }
+    }
+    close($fh);
+    return \%result;
+}
+
+1;

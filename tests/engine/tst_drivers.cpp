@@ -1,0 +1,483 @@
+// The driver scripts of the installation, run by perl on hand-written
+// environment scripts in a scratch project: compiling, archiving, linking,
+// running with the combined output file, the steps of $STAGE, cleaning,
+// and the faults they report.
+#include "TestFiles.h"
+#include "TestPaths.h"
+
+#include <QProcess>
+#include <QRegularExpression>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <memory>
+
+namespace {
+
+// What a driver printed (both channels, in order) and how it ended.
+struct Run {
+    int code = -1;
+    QByteArray output;
+    QByteArray lastLine() const { return output.trimmed().split('\n').last(); }
+    bool has(const QByteArray& text) const { return output.contains(text); }
+};
+
+QString perlString(QString text)
+{
+    text.replace(QLatin1Char('\\'), QStringLiteral("\\\\")).replace(QLatin1Char('\''), QStringLiteral("\\'"));
+    return QLatin1Char('\'') + text + QLatin1Char('\'');
+}
+
+// The lines of a file, without their newlines.
+QList<QByteArray> fileLines(const QString& path)
+{
+    QList<QByteArray> lines = TestFiles::readFile(path).split('\n');
+    if (!lines.isEmpty() && lines.last().isEmpty())
+        lines.removeLast();
+    return lines;
+}
+
+const QByteArray dateField = R"("\d{4}-\d\d-\d\d \d\d:\d\d:\d\d")";
+
+} // namespace
+
+class tst_Drivers : public QObject {
+    Q_OBJECT
+
+    std::unique_ptr<QTemporaryDir> m_dir;
+
+    QString path(const QString& relative) const { return m_dir->filePath(relative); }
+    void write(const QString& relative, const QByteArray& text) { TestFiles::writeFile(path(relative), text); }
+
+    // The variables the drivers read, for a node of that name; the result
+    // files under "out", objects under "obj". A QStringList value is a
+    // list, a name "ENV:X" an entry of %ENV.
+    QVariantMap vars(const QString& name, const QString& stage = QStringLiteral("cptler")) const
+    {
+        const QString targets = TestPaths::installTree() + QStringLiteral("/targets/gcc-c");
+        QVariantMap v{{"NAME", name}, {"STAGE", stage}, {"LP_TARGETDIR", targets}, {"TARGETDIR", targets},
+                      {"INTDIR", "obj"}, {"OUTDIR", "out"}, {"OBJEXT", ".o"}, {"CPPFLAGS", ""},
+                      {"CFLAGS", "-g -O0"}, {"LDFLAGS", "-g"}, {"LIBRARIES", ""}, {"ARGUMENTS", ""},
+                      {"INCLUDE_DIR_LIST", QStringList{"include"}}, {"OBJECTS", QStringList()},
+                      {"ADDITIONAL_LIBRARIES", QStringList()}, {"TEST_NAME", name},
+                      {"ENV:ZELTASTUDIO_VERBOSE", "0"}};
+        v["ATL_OUT_FILE"] = QStringLiteral("obj/%1.spt").arg(name);
+        const std::pair<const char*, const char*> results[] = {
+            {"LOGFILENAME", "log"}, {"ATC_TIO_NAME", "tio"}, {"ATT_TDF_NAME", "tdf"},
+            {"TDFFILE", "tdf"},     {"ATP_TPF_NAME", "tpf"}, {"ATQ_TQF_NAME", "tqf"}};
+        for (const auto& [var, ext] : results)
+            v[var] = QStringLiteral("out/%1.%2").arg(name, ext);
+        return v;
+    }
+
+    QString writeEnv(const QVariantMap& v, const QString& file = QStringLiteral("env.pl"))
+    {
+        QByteArray text;
+        for (auto it = v.begin(); it != v.end(); ++it) {
+            if (it.key().startsWith(QLatin1String("ENV:"))) {
+                text += QStringLiteral("$ENV{'%1'} = %2;\n").arg(it.key().mid(4), perlString(it.value().toString())).toUtf8();
+            } else if (it.value().typeId() == QMetaType::QStringList) {
+                QStringList items;
+                for (const QString& item : it.value().toStringList())
+                    items << perlString(item);
+                text += QStringLiteral("@%1=(%2);\n").arg(it.key(), items.join(QStringLiteral(", "))).toUtf8();
+            } else {
+                text += QStringLiteral("$%1=%2;\n").arg(it.key(), perlString(it.value().toString())).toUtf8();
+            }
+        }
+        write(file, text + "1;\n");
+        return file;
+    }
+
+    Run run(const QString& driver, const QVariantMap& v, const QString& kind, const QStringList& files = {})
+    {
+        const QString env = writeEnv(v);
+        const QString install = TestPaths::installTree();
+        QProcess perl;
+        perl.setWorkingDirectory(m_dir->path());
+        perl.setProcessChannelMode(QProcess::MergedChannels);
+        perl.start(QStringLiteral("perl"), QStringList{"-I" + install + "/lib/perl",
+                                                       install + "/scripts/" + driver + ".pl", env, kind}
+                                               + files);
+        Run result;
+        if (perl.waitForFinished(120000) && perl.exitStatus() == QProcess::NormalExit)
+            result.code = perl.exitCode();
+        result.output = perl.readAll();
+        return result;
+    }
+
+    // Builds src/<file> as a source node; the object is obj/<base>.o.
+    bool compile(const QString& file, QVariantMap v = {})
+    {
+        if (v.isEmpty())
+            v = vars(file);
+        v["FILENAME"] = path(QStringLiteral("src/") + file);
+        const Run r = run(QStringLiteral("Build"), v, QStringLiteral("source"));
+        if (r.code != 0)
+            qWarning().noquote() << r.output;
+        return r.code == 0;
+    }
+
+    // A package of the tests in pkg/: the first ini in name order counts.
+    QString testPackage(const QByteArray& extra = {})
+    {
+        write("pkg/b-second.ini", "NAME = \"Second\"\nCC = /nonexistent/cc\n");
+        write("pkg/a-first.ini", "# a package of the tests\n"
+                                 "NAME = \"Test \" \"GCC\"   // adjacent strings join\n"
+                                 "LANGUAGE = C\n"
+                                 "DEFAULT_DEFINES = \"FROM_PACKAGE=1 -DOTHER\"\n"
+                                 "DEFAULT_INCLUDE_PATHS = ( \"/usr/include\", )\n"
+                                 "CC = \"gcc -std=c99\"\n"
+                                 "LD = gcc\nAR = ar\nARFLAGS = rcs\nDLLEXT = .so\nDEFAULT_LIBS = \"-lm\"\n"
+                                 + extra);
+        return path(QStringLiteral("pkg"));
+    }
+
+private slots:
+    void initTestCase()
+    {
+        for (const char* tool : {"perl", "gcc", "g++", "ar"})
+            if (QStandardPaths::findExecutable(QString::fromLatin1(tool)).isEmpty())
+                QSKIP(qPrintable(QStringLiteral("%1 is not installed").arg(QLatin1String(tool))));
+    }
+
+    void init()
+    {
+        m_dir = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_dir->isValid());
+        write("include/calc.h", "int add(int a, int b);\nconst char* message(void);\n");
+    }
+
+    // C with the package's compiler, defines and quoted flags; C++ with the
+    // C++ package's g++.
+    void compilesSources()
+    {
+        write("src/calc.c", "#include \"calc.h\"\n"
+                            "#if !defined(FROM_PACKAGE) || !defined(OTHER)\n#error no package defines\n#endif\n"
+                            "int add(int a, int b) { return a + b; }\n"
+                            "const char* message(void) { return MSG; }\n");
+        QVariantMap v = vars("calc.c");
+        v["LP_TARGETDIR"] = testPackage();
+        v["CPPFLAGS"] = "-DMSG=\"\\\"two words\\\"\"";
+        v["FILENAME"] = path("src/calc.c");
+        Run r = run("Build", v, "source");
+        QVERIFY2(r.code == 0, r.output);
+        QVERIFY(QFileInfo::exists(path("obj/calc.o")));
+        const QByteArray command = r.output.split('\n').first();
+        QVERIFY2(command.startsWith("gcc -std=c99 '-DMSG=\"two words\"' -g -O0 -DFROM_PACKAGE=1 -DOTHER -I"), command);
+        QVERIFY(command.contains(" -I" + path("include").toUtf8() + " -fPIC -c "));
+        QVERIFY(command.endsWith(" -o obj/calc.o"));
+
+        write("src/shape.cpp", "namespace shapes { constexpr int area(int w) { return w * w; } }\n"
+                               "static_assert(shapes::area(3) == 9, \"C++\");\n");
+        v = vars("shape.cpp");
+        v["LP_TARGETDIR"] = TestPaths::installTree() + "/targets/gcc-cpp";
+        v["FILENAME"] = path("src/shape.cpp");
+        r = run("Build", v, "source");
+        QVERIFY2(r.code == 0, r.output);
+        QVERIFY(r.output.startsWith("g++ "));
+        QVERIFY(QFileInfo::exists(path("obj/shape.o")));
+    }
+
+    // gcc's own file:line messages, then the failure line; a missing file.
+    void reportsCompileErrors()
+    {
+        write("src/bad.c", "int f(void)\n{\n    return undeclared_name;\n}\n");
+        QVariantMap v = vars("bad.c");
+        v["FILENAME"] = path("src/bad.c");
+        Run r = run("Build", v, "source");
+        QVERIFY(r.code != 0);
+        QVERIFY2(QRegularExpression(R"(src/bad\.c:3:\d+: error: .undeclared_name)").match(QString::fromUtf8(r.output)).hasMatch(), r.output);
+        QCOMPARE(r.lastLine(), "bad.c: compilation of " + path("src/bad.c").toUtf8() + " failed (status 1)");
+        QVERIFY(!QFileInfo::exists(path("obj/bad.o")));
+
+        v["FILENAME"] = path("src/none.c");
+        r = run("Build", v, "source");
+        QVERIFY(r.code != 0);
+        QVERIFY(r.has(path("src/none.c").toUtf8() + ":1: no such file\n"));
+        QCOMPARE(r.lastLine(), "bad.c: source " + path("src/none.c").toUtf8() + " not found");
+    }
+
+    void honoursStages_data()
+    {
+        QTest::addColumn<QString>("stage");
+        QTest::addColumn<QString>("verbose");
+        QTest::addColumn<bool>("object");
+        QTest::addColumn<bool>("skippedLine");
+        QTest::newRow("t only") << "t" << "1" << true << false;
+        QTest::newRow("no t, quiet") << "cpler" << "0" << false << false;
+        QTest::newRow("p, verbose") << "p" << "1" << false << true;
+        QTest::newRow("all, verbose") << "cptler" << "1" << true << true;
+    }
+
+    void honoursStages()
+    {
+        QFETCH(QString, stage);
+        QFETCH(QString, verbose);
+        QFETCH(bool, object);
+        QFETCH(bool, skippedLine);
+        write("src/calc.c", "int add(int a, int b) { return a + b; }\n");
+        QVariantMap v = vars("calc.c", stage);
+        v["FILENAME"] = path("src/calc.c");
+        v["ENV:ZELTASTUDIO_VERBOSE"] = verbose;
+        const Run r = run("Build", v, "source");
+        QVERIFY2(r.code == 0, r.output);
+        QCOMPARE(QFileInfo::exists(path("obj/calc.o")), object);
+        QCOMPARE(r.has("calc.c: source preparation skipped"), skippedLine);
+        QCOMPARE(r.has("gcc "), object);
+        if (!object && !skippedLine)
+            QCOMPARE(r.output, QByteArray());
+    }
+
+    // A static archive made anew, a shared library for the package's DLLEXT.
+    void makesLibraries()
+    {
+        write("src/a.c", "int a(void) { return 1; }\n");
+        write("src/b.c", "int b(void) { return 2; }\n");
+        QVERIFY(compile("a.c"));
+        QVERIFY(compile("b.c"));
+        auto members = [this](const QString& archive) {
+            QProcess ar;
+            ar.start("ar", {"t", path(archive)});
+            ar.waitForFinished(30000);
+            return ar.readAllStandardOutput();
+        };
+        QVariantMap v = vars("libab");
+        v["OBJECTS"] = QStringList{"obj/a.o", "obj/b.o"};
+        v["LIBRARY_FILE_ABS"] = path("lib/out/libab.a");
+        Run r = run("Build", v, "library");
+        QVERIFY2(r.code == 0, r.output);
+        QCOMPARE(members("lib/out/libab.a"), QByteArray("a.o\nb.o\n"));
+        v["OBJECTS"] = QStringList{"obj/b.o"};
+        QCOMPARE(run("Build", v, "library").code, 0);
+        QCOMPARE(members("lib/out/libab.a"), QByteArray("b.o\n"));
+
+        v["STAGE"] = "cpter";
+        v["LIBRARY_FILE_ABS"] = path("lib/libab.so");
+        QCOMPARE(run("Build", v, "library").code, 0);
+        QVERIFY(!QFileInfo::exists(path("lib/libab.so")));
+        v["STAGE"] = "l";
+        r = run("Build", v, "library");
+        QVERIFY2(r.code == 0, r.output);
+        QVERIFY(r.output.startsWith("gcc -shared -fPIC -g -o " + path("lib/libab.so").toUtf8() + " obj/b.o"));
+        QVERIFY(TestFiles::readFile(path("lib/libab.so")).startsWith("\x7f" "ELF"));
+
+        v["OBJECTS"] = QStringList();
+        r = run("Build", v, "library");
+        QVERIFY(r.code != 0);
+        QCOMPARE(r.lastLine(), "libab: no object files to put into " + path("lib/libab.so").toUtf8());
+    }
+
+    // Linked, run with its arguments and %ENV, both channels copied and
+    // recorded line by line; nothing without the letter e.
+    void runsApplications()
+    {
+        write("src/main.c", "#include <stdio.h>\n#include <stdlib.h>\n"
+                            "int main(int argc, char** argv) {\n"
+                            "    for (int i = 1; i < argc; ++i) printf(\"arg %d: %s\\n\", i, argv[i]);\n"
+                            "    const char* e = getenv(\"DRIVER_TEST_VALUE\");\n"
+                            "    printf(\"env: %s\\n\", e ? e : \"(unset)\");\n"
+                            "    printf(\"quote \\\" back \\\\ tab\\t.\\n\");\n"
+                            "    fflush(stdout);\n"
+                            "    fprintf(stderr, \"warning on stderr\\n\");\n"
+                            "    printf(\"no newline\");\n"
+                            "    return 0;\n}\n");
+        QVERIFY(compile("main.c"));
+        const QString program = path("bin dir/calc app");
+        QVariantMap v = vars("calc app");
+        v["OBJECTS"] = QStringList{"obj/main.o"};
+        v["TESTPROGRAM_ABS"] = program;
+        v["ARGUMENTS"] = "'two words' plain";
+        v["ENV:DRIVER_TEST_VALUE"] = "from the env file";
+        Run r = run("Build", v, "application");
+        QVERIFY2(r.code == 0, r.output);
+        QVERIFY(QFileInfo(program).isExecutable());
+
+        for (int pass = 0; pass < 2; ++pass) { // the second run replaces the first's records
+            r = run("Execute", v, "application");
+            QVERIFY2(r.code == 0, r.output);
+            QVERIFY(r.has("arg 1: two words\n") && r.has("warning on stderr\n"));
+            QVERIFY(r.has("calc app: 1 test(s) run, 1 passed, 0 failed, 0 failure line(s)\n"));
+            const QList<QByteArray> records = fileLines(path("obj/calc app.spt"));
+            QCOMPARE(records.size(), 9);
+            QVERIFY2(QRegularExpression("^BT \"calc app\" " + dateField + " \"" + program + "\"$").match(QString::fromUtf8(records[0])).hasMatch(),
+                     records[0]);
+            const QList<QByteArray> expected{R"(RL "arg 1: two words")", R"(RL "arg 2: plain")",
+                                             R"(RL "env: from the env file")", "RL \"quote \\\" back \\\\ tab\\t.\"",
+                                             R"(RE "warning on stderr")", R"(RL "no newline")",
+                                             R"(SM "calc app" 0 6 0)", R"(td "calc app" 0 1 0)"};
+            QCOMPARE(records.mid(1), expected);
+        }
+
+        QFile::remove(path("obj/calc app.spt"));
+        v["STAGE"] = "cptl";
+        r = run("Execute", v, "application");
+        QCOMPARE(r.code, 0);
+        QCOMPARE(r.output, QByteArray());
+        QVERIFY(!QFileInfo::exists(path("obj/calc app.spt")));
+    }
+
+    // A unit test built from its script and the objects under test; its
+    // FAILED: lines become failure records and its status the driver's.
+    void recordsUnitTestFailures()
+    {
+        write("src/calc.c", "int add(int a, int b) { return a - b; }\n");
+        write("tests/test_calc.c", "#include <stdio.h>\n#include \"calc.h\"\n"
+                                   "int main(void) {\n    int failed = 0;\n"
+                                   "    if (add(2, 3) != 5) { printf(\"FAILED: add(2, 3) gave %d\\n\", add(2, 3)); ++failed; }\n"
+                                   "    if (add(0, 0) != 0) { printf(\"FAILED: add(0, 0)\\n\"); ++failed; }\n"
+                                   "    printf(\"2 checks, %d failed\\n\", failed);\n    return failed ? 1 : 0;\n}\n");
+        QVERIFY(compile("calc.c"));
+        QVariantMap v = vars("Unit tests");
+        v["OBJECTS"] = QStringList{"obj/calc.o"};
+        v["UNITTESTING_TESTSCRIPTNAME"] = path("tests/test_calc.c");
+        v["TESTPROGRAM_ABS"] = path("obj/Unit tests");
+        Run r = run("Build", v, "unit_testing");
+        QVERIFY2(r.code == 0, r.output);
+        QVERIFY(QFileInfo::exists(path("obj/test_calc.o")));
+
+        r = run("Execute", v, "unit_testing");
+        QCOMPARE(r.code, 1);
+        QCOMPARE(r.lastLine(), QByteArray("Unit tests: test program failed with status 1"));
+        QVERIFY(r.has("Unit tests: 1 test(s) run, 0 passed, 1 failed, 1 failure line(s)\n"));
+        const QList<QByteArray> records = fileLines(path("obj/Unit tests.spt"));
+        QCOMPARE(records.size(), 5);
+        QVERIFY(records[0].startsWith("BT \"Unit tests\" "));
+        QCOMPARE(records.mid(1), (QList<QByteArray>{R"(FL "FAILED: add(2, 3) gave -1")", R"(RL "2 checks, 1 failed")",
+                                                    R"(SM "Unit tests" 1 2 1)", R"(td "Unit tests" 1 1 1)"}));
+
+        v["STAGE"] = "r"; // a report alone fails on the failed test it reads
+        r = run("Execute", v, "unit_testing");
+        QVERIFY(r.code != 0);
+        QCOMPARE(r.lastLine(), QByteArray("Unit tests: 1 of 1 test(s) failed"));
+
+        v["STAGE"] = "c";
+        v["UNITTESTING_TESTSCRIPTNAME"] = path("tests/missing.c");
+        r = run("Build", v, "unit_testing");
+        QVERIFY(r.code != 0);
+        QVERIFY(r.has(path("tests/missing.c").toUtf8() + ":1: no such file\n"));
+    }
+
+    // Each script run by sh with the arguments, one test each; every script
+    // runs, the first failing status is the driver's.
+    void runsSystemTestingScripts()
+    {
+        write("scripts/pass.sh", "echo \"pass got $1\"\n");
+        write("scripts/fail.sh", "echo 'FAILED: nothing works'\necho oops >&2\nexit 3\n");
+        const QString pass = path("scripts/pass.sh");
+        const QString fail = path("scripts/fail.sh");
+        QVariantMap v = vars("System tests");
+        v["ARGUMENTS"] = "value";
+        QCOMPARE(run("Build", v, "system_testing", {pass, fail}).code, 0);
+        Run r = run("Build", v, "system_testing", {pass, path("scripts/missing.sh")});
+        QVERIFY(r.code != 0);
+        QVERIFY(r.has(path("scripts/missing.sh").toUtf8() + ":1: no such file\n"));
+
+        r = run("Execute", v, "system_testing", {fail, pass});
+        QCOMPARE(r.code, 3);
+        QVERIFY(r.has("sh " + fail.toUtf8() + " value\n") && r.has("pass got value\n"));
+        QCOMPARE(r.lastLine(), "System tests: system-testing script " + fail.toUtf8() + " failed with status 3");
+        QList<QByteArray> records = fileLines(path("obj/System tests.spt"));
+        QCOMPARE(records.size(), 8);
+        QVERIFY(records[0].startsWith("BT \"fail.sh\" ") && records[0].endsWith(" \"" + fail.toUtf8() + "\""));
+        QVERIFY(records[4].startsWith("BT \"pass.sh\" ") && records[4].endsWith(" \"" + pass.toUtf8() + "\""));
+        records.removeAt(4);
+        QCOMPARE(records.mid(1), (QList<QByteArray>{R"(FL "FAILED: nothing works")", R"(RE "oops")",
+                                                    R"(SM "fail.sh" 3 2 1)", R"(RL "pass got value")",
+                                                    R"(SM "pass.sh" 0 1 0)", R"(td "System tests" 3 2 1)"}));
+
+        QCOMPARE(run("Execute", v, "system_testing", {pass}).code, 0);
+        r = run("Execute", v, "system_testing");
+        QVERIFY(r.code != 0);
+        QCOMPARE(r.lastLine(), QByteArray("System tests: no system-testing script selected"));
+    }
+
+    // What Build made for each kind and the result files; not the objects
+    // of @OBJECTS; missing files are no error.
+    void cleansWhatWasMade()
+    {
+        write("src/calc.c", "int add(int a, int b) { return a + b; }\n");
+        QVERIFY(compile("calc.c"));
+        QVariantMap v = vars("calc.c");
+        v["FILENAME"] = path("src/calc.c");
+        Run r = run("Clean", v, "source");
+        QCOMPARE(r.code, 0);
+        QCOMPARE(r.output, QByteArray("removed obj/calc.o\n"));
+        QVERIFY(!QFileInfo::exists(path("obj/calc.o")));
+        r = run("Clean", v, "source");
+        QCOMPARE(r.code, 0);
+        QCOMPARE(r.output, QByteArray());
+
+        v = vars("app");
+        v["OBJECTS"] = QStringList{"obj/main.o"};
+        v["TESTPROGRAM_ABS"] = path("bin/app");
+        const QStringList made{"obj/main.o", "bin/app", "obj/app.spt", "out/app.log", "out/app.tio", "out/app.tdf",
+                               "out/app.tpf", "out/app.tqf"};
+        for (const QString& file : made)
+            write(file, "x");
+        r = run("Clean", v, "application");
+        QCOMPARE(r.code, 0);
+        QCOMPARE(r.output.count("removed "), 7);
+        QVERIFY(r.has("removed " + path("bin/app").toUtf8() + "\n") && r.has("removed out/app.tdf\n"));
+        for (const QString& file : made.mid(1))
+            QVERIFY2(!QFileInfo::exists(path(file)), qPrintable(file));
+        QVERIFY(QFileInfo::exists(path("obj/main.o")));
+
+        v["LIBRARY_FILE_ABS"] = path("lib/libx.a");
+        write("lib/libx.a", "x");
+        write("obj/app.spt", "x");
+        r = run("Clean", v, "library");
+        QCOMPARE(r.output, "removed " + path("lib/libx.a").toUtf8() + "\n");
+        QVERIFY(QFileInfo::exists(path("obj/app.spt")));
+    }
+
+    // No package, an unsupported kind, an unreadable environment, a fault
+    // in the package's ini (told, the build goes on).
+    void reportsSetupProblems()
+    {
+        write("src/calc.c", "int add(int a, int b) { return a + b; }\n");
+        const QByteArray error = "Error: Unable to generate the Target Deployment Port path because the target "
+                                 "package named [gone] cannot be found in the installation";
+        QVariantMap v = vars("calc.c");
+        v["FILENAME"] = path("src/calc.c");
+        v["LP_TARGETDIR"] = QString::fromUtf8(error);
+        Run r = run("Build", v, "source");
+        QVERIFY(r.code != 0);
+        QVERIFY(r.has(error + "\n"));
+        QCOMPARE(r.lastLine(), QByteArray("calc.c: no target package"));
+        v["LP_TARGETDIR"] = path("nowhere");
+        r = run("Build", v, "source");
+        QVERIFY(r.code != 0);
+        QVERIFY(r.has("nowhere does not exist"));
+
+        v["LP_TARGETDIR"] = testPackage("CXX g++\n");
+        for (const char* driver : {"Build", "Execute", "Clean"}) {
+            for (const char* kind : {"object_testing", "java_testing"}) {
+                r = run(driver, v, kind);
+                QVERIFY(r.code != 0);
+                QCOMPARE(r.lastLine(), "calc.c: " + QByteArray(kind) + " is not supported by the target package Test GCC");
+            }
+        }
+        r = run("Build", v, "source");
+        QVERIFY2(r.code == 0, r.output);
+        QVERIFY2(r.has(path("pkg/a-first.ini").toUtf8() + ":12: '=' expected after 'CXX'\n"), r.output);
+
+        write("bad-env.pl", "$NAME='x';\n$STAGE=;\n1;\n");
+        QProcess perl;
+        perl.setWorkingDirectory(m_dir->path());
+        perl.setProcessChannelMode(QProcess::MergedChannels);
+        perl.start("perl", {TestPaths::installTree() + "/scripts/Build.pl", "bad-env.pl", "source"});
+        QVERIFY(perl.waitForFinished(60000));
+        QVERIFY(perl.exitCode() != 0);
+        const QByteArray output = perl.readAll();
+        QVERIFY2(output.contains("bad-env.pl:2: syntax error"), output);
+        QVERIFY(output.trimmed().endsWith("Build.pl: cannot load the environment file bad-env.pl"));
+        QCOMPARE(run("Build", v, "weird").lastLine(), QByteArray("calc.c: unknown kind weird (one of: source library "
+                                                                  "application unit_testing system_testing "
+                                                                  "object_testing java_testing)"));
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_Drivers)
+#include "tst_drivers.moc"
