@@ -4,6 +4,7 @@
 
 #include <QChar>
 #include <QString>
+#include <QStringList>
 
 // The one place where the installation's layout differs by platform.
 //
@@ -27,4 +28,19 @@ public:
     // installDir joined with a relative path whose parts are separated by "/".
     static QString installPath(const QString& installDir, const QString& relative,
                                Platform platform = nativePlatform());
+
+    // The command prefix that runs the Perl interpreter on a driver script,
+    // two items: the interpreter, then "-I" and its module directory
+    // <install>/lib/perl (as a short path on Windows).
+    //
+    // On POSIX the interpreter is <install>/bin/intel/linux/Korvilperl, the
+    // wrapper of the installation. On Windows it is Korvilperl.exe in the
+    // binaries directory of $ZELTAHOME, else of $KORVILDIR, else of
+    // installDir (a variable set to an empty value counts as not set).
+    static QStringList perlCommand(const QString& installDir,
+                                   Platform platform = nativePlatform());
+    // A program name as the platform runs it: on Windows a name whose
+    // extension is not EXE (in any case) gets ".EXE" appended; other
+    // platforms keep it as it is.
+    static QString perlProgramName(const QString& name, Platform platform = nativePlatform());
 };
