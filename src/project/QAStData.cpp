@@ -1,6 +1,7 @@
 #include "QAStData.h"
 
 #include "QAInstall.h"
+#include "QAProcess.h"
 #include "QARes.h"
 #include "QAStDataFactory.h"
 #include "QAStDataUndoAction.h"
@@ -16,6 +17,7 @@
 #include <QDir>
 #include <QDomDocument>
 #include <QDomElement>
+#include <QFile>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QStringConverter>
@@ -527,6 +529,88 @@ void QAStData::createEnvironmentFile(QTextStream& out)
         encoding.isEmpty() ? std::nullopt : QStringConverter::encodingForName(encoding.toLatin1().constData());
     out.setEncoding(known.value_or(QStringConverter::Latin1));
     generateEnv(out);
+}
+
+// --- driver runs
+
+QStringList QAStData::perlCommand()
+{
+    return QAInstall::perlCommand(installDir());
+}
+
+void QAStData::executePerlScript(const QString& script, const QString& workingDir,
+                                 QTextStream* env, bool asynchronous, QAStData::Console console,
+                                 QStringList* environment, const QStringList& arguments)
+{
+    if (isRunning())
+        return;
+    QStringList args = perlCommand();
+    args << (QDir::isRelativePath(script)
+                 ? scriptsDir() + QAInstall::separator() + script
+                 : script);
+    if (env) {
+        *env << "\n1;\n";
+        env->flush();
+        QIODevice* device = env->device();
+        env->setDevice(nullptr);
+        if (device) {
+            device->close();
+            if (const auto* file = qobject_cast<const QFile*>(device))
+                args << file->fileName();
+        }
+    }
+    args << arguments;
+
+    auto* process = new QAProcess(this);
+    m_process = process;
+    m_runConsole = console;
+    connect(process, &QAProcess::stdoutReceived, this, &QAStData::charReceived);
+    connect(process, &QAProcess::stderrReceived, this, &QAStData::charReceived);
+    if (asynchronous)
+        connect(process, &QAProcess::exited, this, &QAStData::processTerminated);
+    emit perlScriptStarted();
+    bool normalExit = false;
+    int exitStatus = 0;
+    if (!process->start(args, QDir(workingDir), normalExit, exitStatus, environment, asynchronous)) {
+        displayMessage(console, QCoreApplication::translate("QAStData", "%1: unable to start the command\n")
+                                    .arg(args.constFirst()));
+        delete process;
+        perlScriptEnded(false);
+        return;
+    }
+    if (!asynchronous) {
+        process->deleteLater();
+        perlScriptEnded(normalExit && exitStatus == 0);
+    }
+}
+
+bool QAStData::isRunning() const
+{
+    return m_process && m_process->isRunning();
+}
+
+void QAStData::stop()
+{
+    if (m_process)
+        m_process->kill();
+}
+
+void QAStData::charReceived(const QString& text)
+{
+    displayMessage(m_runConsole, text);
+}
+
+void QAStData::processTerminated(bool normalExit, int exitStatus)
+{
+    if (m_process)
+        m_process->deleteLater();
+    perlScriptEnded(normalExit && exitStatus == 0);
+}
+
+void QAStData::perlScriptEnded(bool succeeded)
+{
+    m_perlScriptSucceeded = succeeded;
+    emit perlScriptTerminated();
 }
 
 QString QAStData::directory() const

@@ -9,11 +9,13 @@
 #include <QMap>
 #include <QObject>
 #include <QPixmap>
+#include <QPointer>
 #include <QString>
 #include <QStringList>
 
 #include <optional>
 
+class QAProcess;
 class QARes;
 class QAProperty;
 class QAPropertyGroup;
@@ -307,6 +309,41 @@ public:
     }
     static QString boolToXMLValue(bool b) { return QAXML::boolToXMLValue(b); }
 
+    // --- driver runs
+    //
+    // An item runs the product's Perl interpreter on a driver script, one
+    // run at a time; the child's output goes to the console the run was
+    // started for.
+
+    // The interpreter's command prefix for the installation (QAInstall::
+    // perlCommand): the interpreter, then "-I" and its module directory.
+    static QStringList perlCommand();
+    // Runs script (a relative name is taken under scriptsDir()) with the
+    // interpreter in workingDir. With env, "\n1;\n" is written at its end,
+    // its device is closed and released, and the path of its file (a
+    // QFile) becomes the next argument; arguments follow. Does nothing
+    // while a script of this item runs. Emits perlScriptStarted, and
+    // perlScriptTerminated at the end (at once when the interpreter cannot
+    // start: "%1: unable to start the command" on the console). Synchronous
+    // runs return after the end, keeping the event loop turning.
+    void executePerlScript(const QString& script, const QString& workingDir, QTextStream* env,
+                           bool asynchronous, QAStData::Console console,
+                           QStringList* environment = nullptr,
+                           const QStringList& arguments = QStringList());
+    // A Perl script of this item runs.
+    virtual bool isRunning() const;
+    // Kills the running script, if any; its end is reported as a failure.
+    virtual void stop();
+    // The last script run started and ended normally with status 0.
+    bool perlScriptSucceeded() const { return m_perlScriptSucceeded; }
+
+public slots:
+    // Output of the running script: to its console.
+    virtual void charReceived(const QString& text);
+    // End of an asynchronous script: records the outcome, emits
+    // perlScriptTerminated.
+    virtual void processTerminated(bool normalExit, int exitStatus);
+
 signals:
     void added();
     void removed();
@@ -364,6 +401,13 @@ protected:
     virtual void childAddEvent(QAStData* child);
 
 private:
+    // The end of a run, both ways.
+    void perlScriptEnded(bool succeeded);
+
+    QPointer<QAProcess> m_process;
+    QAStData::Console m_runConsole = OutputConsole;
+    bool m_perlScriptSucceeded = false;
+
     void attachTo(QAStData* parent, QAStData* after);
     void link(QAStData* child, QAStData* after);
     void unlink(QAStData* child);
