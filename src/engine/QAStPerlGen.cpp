@@ -449,6 +449,35 @@ const QAStTargetPackage* writeTargetPackage(QString& out, QAStConfiguration* c,
     return package;
 }
 
+// The "LIB" output files of the node's child nodes (a link gives its
+// linked node's), each kept relative to its own project's directory and
+// given relative to the node's project: a library of a sub-project is
+// found from the project above it.
+QStringList childLibraries(const QAStNode* node)
+{
+    const QAStProject* project = node->project();
+    const QString directory = project ? project->directory() : QString();
+    QStringList libraries;
+    for (const QAStData* child = node->child(); child; child = child->next()) {
+        const QAStNode* owner = qobject_cast<const QAStNode*>(child);
+        if (const auto* link = qobject_cast<const QAStNodeLink*>(child))
+            owner = link->linkedNode();
+        if (!owner)
+            continue;
+        const QAStProject* ownerProject = owner->project();
+        for (const QString& library : owner->outputFiles(QStringLiteral("LIB"))) {
+            const QString absolute = QAStData::determineAbsolutePathFile(
+                ownerProject ? ownerProject->directory() : directory, library);
+            const QString path = directory.isEmpty()
+                                     ? absolute
+                                     : QAStData::determineRelativePathFile(directory, absolute);
+            if (!libraries.contains(path))
+                libraries.append(path);
+        }
+    }
+    return libraries;
+}
+
 // A result file of the run: <outdir>/<test name><extension>.
 QString resultFile(const SettingsWriter& settings, const QAStNode* node, const char* extension)
 {
@@ -486,14 +515,7 @@ void writeSettings(QAStNode* node, SettingsWriter& s)
     s.paths(QStringLiteral("ge_libdir"), "LIBRARY_DIR_LIST");
     s.plainPaths("OBJECTS", node->outputFiles(QStringLiteral("OBJ")));
     s.plainPaths("XOB", node->outputFiles(QStringLiteral("XOB")));
-    QStringList libraries;
-    for (const QAStData* child = node->child(); child; child = child->next()) {
-        for (const QString& library : QAStPerlGen::outputFilesOf(child, QStringLiteral("LIB"), false)) {
-            if (!libraries.contains(library))
-                libraries.append(library);
-        }
-    }
-    s.plainPaths("ADDITIONAL_LIBRARIES", libraries);
+    s.plainPaths("ADDITIONAL_LIBRARIES", childLibraries(node));
     s.num(QStringLiteral("javaBuildJarFile"), "JAVA_BUILDJARFILE");
     const QAStData* test = selfOrParentOfClass(node, "QAStNodeTest");
     s.pathValue("JAVA_JARFILENAME", test ? QAStPerlGen::joinPath(s.text(QStringLiteral("outdir")),

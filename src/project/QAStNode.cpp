@@ -7,6 +7,7 @@
 #include <QAction>
 #include <QCoreApplication>
 #include <QDomElement>
+#include <QFile>
 #include <QHash>
 #include <QMenu>
 #include <QTextStream>

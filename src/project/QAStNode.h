@@ -3,14 +3,20 @@
 #include "QAStData.h"
 #include "QAStDataFactory.h"
 
+#include <QDateTime>
 #include <QList>
+#include <QPointer>
 #include <QString>
 #include <QStringList>
+
+#include <memory>
 
 class QAProperty;
 class QAPropertyGroup;
 class QAStConfiguration;
+class QFile;
 class QMenu;
+class QTextStream;
 class QWidget;
 
 // An item that can be built and executed. It carries its own build
@@ -197,10 +203,93 @@ public:
     // that the node's property sheet shows, in order.
     QList<QAProperty*> visibleSettings(const QAPropertyGroup* group = nullptr) const;
 
+    // --- build, execution and clean
+    //
+    // A command walks the node: its selected child nodes one at a time,
+    // each child's own walk complete before the next begins, then the
+    // node's own step, a driver run (docs/formats/driver-scripts.md). The
+    // walk is asynchronous: it needs a running event loop, and it reports
+    // its end with buildExecuteFinished (walkSucceeded() tells how it
+    // ended). A failed step aborts the node's walk and the walks of the
+    // nodes above it. The node's directory is the current directory while
+    // it walks.
+
+    virtual void build();
+    // Cleans, then builds.
+    virtual void rebuild();
+    // Executes (execute) or debugs (debug: the debug bit 0x100 of
+    // executionFlag during the run). Outside batch mode, a node changed
+    // since its last good build first asks whether to rebuild.
+    virtual void execute();
+    virtual void debug();
+    virtual void clean();
+    // The node's last walk ended without abort.
+    bool walkSucceeded() const { return m_walkSucceeded; }
+    // The child node whose walk runs now; null when none.
+    QAStNode* buildExecuteChildNode() const { return m_walkChild; }
+    // A walk of this node runs.
+    bool isWalking() const { return m_walking; }
+
+    // The driver of the node's kind ("source", "application", ...: the
+    // kind argument of Build.pl, Execute.pl and Clean.pl); empty for kinds
+    // that run none.
+    virtual QString driverKind() const;
+    // Further arguments of the kind's driver runs.
+    virtual QStringList driverArguments() const;
+    // The kind runs a driver when executed (the test kinds).
+    virtual bool executesDriver() const;
+
 signals:
     void stateChanged(QAStNode::State state);
+    // A command was accepted.
+    void buildExecuteInvoked();
+    // The walk of the children began.
+    void buildExecuteStarted();
+    // This node's walk is over, with or without success.
+    void buildExecuteFinished();
 
 protected:
+    // --- hooks of the walk, which the kinds override
+
+    // fromParent: the parent's walk asks (no console clearing, no question).
+    virtual void buildProcess(bool fromParent);
+    virtual void rebuildProcess(bool fromParent);
+    // Enters the node's directory, then buildFirstChild.
+    virtual void buildNode();
+    virtual void executeNode();
+    // Collect the child nodes and walk the first one accepted; a kind that
+    // links prepares its link step here.
+    virtual void buildFirstChild();
+    virtual void buildCurrentChild();
+    // The node's own step: its after-children Perl text, run as a driver
+    // run with the execute and report stages cleared; an empty text aborts.
+    // Kinds run their driver or end well.
+    virtual void buildAfterChildren();
+    virtual void executeFirstChild();
+    virtual void executeCurrentChild();
+    // The base logs and aborts; kinds that execute run their driver.
+    virtual void executeAfterChildren(bool debug);
+    virtual void buildStartEvent() {}
+    virtual void buildFinishEvent() {}
+    virtual void executeStartEvent() {}
+    virtual void executeFinishEvent() {}
+    virtual void cleanStartEvent() {}
+    virtual void cleanFinishEvent() {}
+    virtual void buildChildStartEvent(QAStNode* child) { Q_UNUSED(child); }
+    virtual void buildChildFinishEvent(QAStNode* child) { Q_UNUSED(child); }
+    virtual void executeChildStartEvent(QAStNode* child) { Q_UNUSED(child); }
+    virtual void executeChildFinishEvent(QAStNode* child) { Q_UNUSED(child); }
+
+    // The walk's own step, shared by the kinds: the after-children text
+    // when there is one, else the kind's driver (Build.pl, Execute.pl or
+    // Clean.pl by the walk's command), else an end without a run when
+    // endWithoutStep, an abort otherwise.
+    void runOwnStep(bool endWithoutStep);
+    // Ends this node's walk well.
+    void finishWalk();
+    // Ends this node's walk and, through them, the walks above.
+    void abortBuildExecute();
+
     // For kinds that read their own element (see QAStData).
     QAStNode(QAStData* parent, QAStData* after);
 
@@ -247,7 +336,48 @@ protected:
     // allowed (allowedChildClasses).
     void initChildList(const QDomElement& block, const char* tag, int version);
 
+private slots:
+    void buildNextChild();
+    void executeNextChild();
+    void buildScriptTerminated();
+
 private:
+    enum class Command { Build, Execute, Clean };
+    // What follows a walk that ends well, as part of the same command.
+    enum class Then { Nothing, Build, Execute };
+
+    void startWalk(Command command, bool fromParent);
+    void executeOrDebug(bool debug);
+    void executeProcess(bool fromParent);
+    void cleanProcess(bool fromParent);
+    // The next selected child; skipped user nodes say they are up-to-date.
+    QAStNode* nextChildToBuild();
+    QAStNode* nextChildToExecute();
+    void walkCurrentChild();
+    void childWalkEnded();
+    // Runs a Perl script for the walk with the node's environment script;
+    // the execute and report stages are cleared for a build, the debug
+    // bit set for a debug run, during the start.
+    bool runWalkScript(const QString& script, const QStringList& arguments);
+    // The node changed since its last good build.
+    bool changedSinceBuild() const;
+    QStringList configurationStamps() const;
+    void endWalk(bool succeeded);
+
+    Command m_command = Command::Build;
+    bool m_walking = false;
+    bool m_walkSucceeded = false;
+    bool m_debugRun = false;
+    Then m_then = Then::Nothing;
+    QString m_savedDirectory;
+    QList<QPointer<QAStNode>> m_walkChildren;
+    qsizetype m_walkIndex = -1;
+    QPointer<QAStNode> m_walkChild;
+    std::unique_ptr<QFile> m_environmentFile;
+    std::unique_ptr<QTextStream> m_environmentStream;
+    QDateTime m_lastBuild;
+    QStringList m_lastBuildStamps;
+
     // Takes the configuration of that name out of the list without deleting
     // it; null when the node has none.
     QAStConfiguration* takeConfiguration(const QString& name);

@@ -1,5 +1,7 @@
 #include "QAStNodeApplication.h"
 
+#include "QAStNodeSource.h"
+
 #include "QAStPerlGen.h"
 
 #include "QAStPropertyFilters.h"
@@ -70,4 +72,20 @@ void QAStNodeApplication::generateEnv(QTextStream& out)
     QAStNodeTest::generateEnv(out);
     if (currentConfiguration())
         QAStPerlGen::writeApplicationFiles(out, this);
+}
+
+QString QAStNodeApplication::driverKind() const
+{
+    return QStringLiteral("application");
+}
+
+bool QAStNodeApplication::executesDriver() const
+{
+    return true;
+}
+
+void QAStNodeApplication::buildFirstChild()
+{
+    QAStNodeSource::prepareLinkStep(this);
+    QAStNodeTest::buildFirstChild();
 }

@@ -24,10 +24,15 @@ public:
     // (docs/formats/environment-script.md).
     void generateEnv(QTextStream& out) override;
     unsigned int propertyKind() const override;
+    // The kind's driver (docs/formats/driver-scripts.md).
+    QString driverKind() const override;
+    bool executesDriver() const override;
     QStringList allowedChildClasses() const override;
     QStringList addableChildKinds() const override;
 
 protected:
+    // Prepares the link step (QAStNodeSource::prepareLinkStep).
+    void buildFirstChild() override;
     // For kinds that read their own element (see QAStData).
     QAStNodeApplication(QAStData* parent, QAStData* after);
 

@@ -73,3 +73,14 @@ QStringList QAStNodeContainer::addableChildKinds() const
             QStringLiteral("user"),
             QStringLiteral("link")};
 }
+
+void QAStNodeContainer::buildAfterChildren()
+{
+    runOwnStep(true);
+}
+
+void QAStNodeContainer::executeAfterChildren(bool debug)
+{
+    Q_UNUSED(debug);
+    runOwnStep(true);
+}

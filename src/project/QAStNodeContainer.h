@@ -28,6 +28,14 @@ public:
     // The container block.
     void write(QTextStream& s, int indent) const override;
 
+protected:
+    // Nothing of its own to run unless its text or driver says so: the walk
+    // ends well after the children.
+    void buildAfterChildren() override;
+    void executeAfterChildren(bool debug) override;
+
+public:
+
     QStringList allowedChildClasses() const override;
     QStringList addableChildKinds() const override;
 

@@ -61,3 +61,14 @@ bool QAStNodeFileRef::init(const QDomElement& fileRefElement, int version)
     m_fileKey = readText(fileRefElement, "filepath");
     return isValid();
 }
+
+void QAStNodeFileRef::buildAfterChildren()
+{
+    runOwnStep(true);
+}
+
+void QAStNodeFileRef::executeAfterChildren(bool debug)
+{
+    Q_UNUSED(debug);
+    runOwnStep(true);
+}

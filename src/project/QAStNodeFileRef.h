@@ -32,6 +32,14 @@ public:
     void write(QTextStream& s, int indent) const override;
 
 protected:
+    // Nothing of its own to run unless its text or driver says so: the walk
+    // ends well after the children.
+    void buildAfterChildren() override;
+    void executeAfterChildren(bool debug) override;
+
+public:
+
+protected:
     // For kinds that read their own element (see QAStData).
     QAStNodeFileRef(QAStData* parent, QAStData* after);
 

@@ -72,3 +72,13 @@ void QAStNodeJavaTesting::generateEnv(QTextStream& out)
     QAStPerlGen::writePathList(out, QStringLiteral("TSFFILES"),
                                QAStPerlGen::outputFilesOf(this, QStringLiteral("TSF"), true));
 }
+
+QString QAStNodeJavaTesting::driverKind() const
+{
+    return QStringLiteral("java_testing");
+}
+
+bool QAStNodeJavaTesting::executesDriver() const
+{
+    return true;
+}

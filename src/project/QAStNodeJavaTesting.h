@@ -23,6 +23,9 @@ public:
     // (docs/formats/environment-script.md).
     void generateEnv(QTextStream& out) override;
     unsigned int propertyKind() const override;
+    // The kind's driver (docs/formats/driver-scripts.md).
+    QString driverKind() const override;
+    bool executesDriver() const override;
     QStringList allowedChildClasses() const override;
     QStringList addableChildKinds() const override;
 

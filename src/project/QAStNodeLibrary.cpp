@@ -1,5 +1,7 @@
 #include "QAStNodeLibrary.h"
 
+#include "QAStNodeSource.h"
+
 #include "QAFileUtil.h"
 #include "QAStAnalyseMacro.h"
 #include "QAStConfiguration.h"
@@ -67,32 +69,61 @@ QStringList QAStNodeLibrary::addableChildKinds() const
     return {QStringLiteral("source"), QStringLiteral("link")};
 }
 
-void QAStNodeLibrary::generateEnv(QTextStream& out)
+QString QAStNodeLibrary::libraryFileAbsolute() const
 {
-    QAStNodeContainer::generateEnv(out);
     const QAStConfiguration* c = currentConfiguration();
     if (!c)
-        return;
-    QAStPerlGen::writeApplicationFiles(out, this);
+        return QString();
     const auto setting = [c](const char* key) {
         return QAStPerlGen::settingValue(c, QLatin1String(key)).toString();
     };
-    QString library = QAStAnalyseMacro::analyse(setting("testProgram"), this,
+    auto* self = const_cast<QAStNodeLibrary*>(this);
+    QString library = QAStAnalyseMacro::analyse(setting("testProgram"), self,
                                                 QStringLiteral("Prompt Dialog"));
     if (library == QLatin1String("<default>")) {
         const QString format = setting("generationFormat").toUpper();
         const char* extension = format == QLatin1String("DLL")   ? "libraryDynamicExt"
                                 : format == QLatin1String("EXE") ? "binaryExt"
                                                                  : "libraryStaticExt";
-        library = QAStAnalyseMacro::analyse(QAStPerlGen::joinPath(setting("intdir"), name() + setting(extension)),
-                                            this, QStringLiteral("Prompt Dialog"));
+        library = QAStAnalyseMacro::analyse(
+            QAStPerlGen::joinPath(setting("intdir"), name() + setting(extension)), self,
+            QStringLiteral("Prompt Dialog"));
     }
+    return library.isEmpty()
+               ? QString()
+               : QAFileUtil::cleanDirPath(determineAbsolutePathFile(directory(), library));
+}
+
+QString QAStNodeLibrary::libraryFile() const
+{
+    const QString absolute = libraryFileAbsolute();
     const QAStProject* owner = project();
-    const QString absolute =
-        library.isEmpty() ? QString()
-                          : QAFileUtil::cleanDirPath(determineAbsolutePathFile(directory(), library));
-    QAStPerlGen::writePath(out, QStringLiteral("LIBRARY_FILE"),
-                           absolute.isEmpty() ? QString()
-                                              : determineRelativePathFile(owner ? owner->directory() : QString(), absolute));
-    QAStPerlGen::writePath(out, QStringLiteral("LIBRARY_FILE_ABS"), QDir::toNativeSeparators(absolute));
+    return absolute.isEmpty() ? QString()
+                              : determineRelativePathFile(owner ? owner->directory() : QString(), absolute);
+}
+
+void QAStNodeLibrary::generateEnv(QTextStream& out)
+{
+    QAStNodeContainer::generateEnv(out);
+    if (!currentConfiguration())
+        return;
+    QAStPerlGen::writeApplicationFiles(out, this);
+    QAStPerlGen::writePath(out, QStringLiteral("LIBRARY_FILE"), libraryFile());
+    QAStPerlGen::writePath(out, QStringLiteral("LIBRARY_FILE_ABS"),
+                           QDir::toNativeSeparators(libraryFileAbsolute()));
+}
+
+void QAStNodeLibrary::buildFirstChild()
+{
+    QAStNodeSource::prepareLinkStep(this);
+    removeOutputFiles(QStringLiteral("LIB"));
+    const QString library = libraryFile();
+    if (!library.isEmpty())
+        addOutputFile(QStringLiteral("LIB"), {library});
+    QAStNodeContainer::buildFirstChild();
+}
+
+QString QAStNodeLibrary::driverKind() const
+{
+    return QStringLiteral("library");
 }

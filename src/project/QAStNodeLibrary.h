@@ -22,10 +22,22 @@ public:
     // (docs/formats/environment-script.md).
     void generateEnv(QTextStream& out) override;
     unsigned int propertyKind() const override;
+    // The library the node makes, relative to the project directory, and
+    // absolute: the setting testProgram, or for "<default>" the node's name
+    // in the intermediate directory with the extension of its generation
+    // format (DLL: libraryDynamicExt, EXE: binaryExt, else
+    // libraryStaticExt). Empty without a configuration.
+    QString libraryFile() const;
+    QString libraryFileAbsolute() const;
+    // The kind's driver (docs/formats/driver-scripts.md).
+    QString driverKind() const override;
     QStringList allowedChildClasses() const override;
     QStringList addableChildKinds() const override;
 
 protected:
+    // Prepares the link step (QAStNodeSource::prepareLinkStep) and names
+    // the library as the node's "LIB" output.
+    void buildFirstChild() override;
     // For kinds that read their own element (see QAStData).
     QAStNodeLibrary(QAStData* parent, QAStData* after);
 

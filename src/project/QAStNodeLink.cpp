@@ -81,3 +81,14 @@ bool QAStNodeLink::init(const QDomElement& e, int version)
     m_className = readText(e, "class_name");
     return isValid();
 }
+
+void QAStNodeLink::buildAfterChildren()
+{
+    runOwnStep(true);
+}
+
+void QAStNodeLink::executeAfterChildren(bool debug)
+{
+    Q_UNUSED(debug);
+    runOwnStep(true);
+}

@@ -58,3 +58,13 @@ QStringList QAStNodeObjectTesting::addableChildKinds() const
 {
     return {QStringLiteral("test_script"), QStringLiteral("source")};
 }
+
+QString QAStNodeObjectTesting::driverKind() const
+{
+    return QStringLiteral("object_testing");
+}
+
+bool QAStNodeObjectTesting::executesDriver() const
+{
+    return true;
+}

@@ -20,6 +20,9 @@ public:
 
     void write(QTextStream& s, int indent) const override;
     unsigned int propertyKind() const override;
+    // The kind's driver (docs/formats/driver-scripts.md).
+    QString driverKind() const override;
+    bool executesDriver() const override;
     QStringList allowedChildClasses() const override;
     QStringList addableChildKinds() const override;
 

@@ -1,10 +1,13 @@
 #include "QAStNodeSource.h"
+#include "QAStConfiguration.h"
+#include "QAStAnalyseMacro.h"
 
 #include "QAStPerlGen.h"
 
 #include "QAStPropertyFilters.h"
 
 #include <QDomElement>
+#include <QFileInfo>
 #include <QTextStream>
 
 namespace {
@@ -80,4 +83,46 @@ void QAStNodeSource::generateEnv(QTextStream& out)
     QAStPerlGen::writeNumber(out, QStringLiteral("CODE_INSERTION"), m_integrated ? 1 : 0);
     QAStPerlGen::writePathList(out, QStringLiteral("OTIFILES"),
                                QAStPerlGen::relativeToProject(this, outputFiles(QStringLiteral("OTI"))));
+}
+
+QString QAStNodeSource::driverKind() const
+{
+    return QStringLiteral("source");
+}
+
+QString QAStNodeSource::objectFile() const
+{
+    const QAStConfiguration* c = currentConfiguration();
+    const QString directory =
+        QAStPerlGen::settingValue(c, QStringLiteral("intdir")).toString();
+    const QString extension =
+        QAStPerlGen::settingValue(c, QStringLiteral("objectExt")).toString();
+    return QAStAnalyseMacro::analyse(
+        QAStPerlGen::joinPath(directory, QFileInfo(fileKey()).completeBaseName() + extension),
+        const_cast<QAStNodeSource*>(this), QStringLiteral("Prompt Dialog"));
+}
+
+namespace {
+
+void collectObjects(const QAStData* item, QStringList& objects)
+{
+    for (const QAStData* child = item->child(); child; child = child->next()) {
+        if (const auto* source = qobject_cast<const QAStNodeSource*>(child)) {
+            if (source->isSelected() && !objects.contains(source->objectFile()))
+                objects.append(source->objectFile());
+        } else if (child->inherits("QAStNodeGroup")) {
+            collectObjects(child, objects);
+        }
+    }
+}
+
+} // namespace
+
+void QAStNodeSource::prepareLinkStep(QAStNode* linker)
+{
+    QStringList objects;
+    collectObjects(linker, objects);
+    linker->removeOutputFiles(QStringLiteral("OBJ"));
+    if (!objects.isEmpty())
+        linker->addOutputFile(QStringLiteral("OBJ"), objects);
 }

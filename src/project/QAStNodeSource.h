@@ -28,6 +28,15 @@ public:
     // (docs/formats/environment-script.md).
     void generateEnv(QTextStream& out) override;
     unsigned int propertyKind() const override;
+    // The object file the source compiles to, relative to the node's
+    // directory: <intdir>/<file name without its last extension><objectExt>.
+    QString objectFile() const;
+    // Before a node that links (application, library, unit testing) walks
+    // its children: its "OBJ" output files become the object files of its
+    // selected sources, those in its groups included.
+    static void prepareLinkStep(QAStNode* linker);
+    // The kind's driver (docs/formats/driver-scripts.md).
+    QString driverKind() const override;
     QStringList allowedChildClasses() const override;
     QStringList addableChildKinds() const override;
 

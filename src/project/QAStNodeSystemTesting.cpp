@@ -6,6 +6,7 @@
 
 #include "QAStPropertyFilters.h"
 
+#include <QDir>
 #include <QDomElement>
 #include <QTextStream>
 
@@ -314,4 +315,25 @@ void QAStNodeSystemTesting::generateVtRdvConfEnv(QTextStream& out) const
     }
     out << ");\n";
     QAStPerlGen::writePathList(out, QStringLiteral("VT_MACHINES"), m_machines);
+}
+
+QString QAStNodeSystemTesting::driverKind() const
+{
+    return QStringLiteral("system_testing");
+}
+
+bool QAStNodeSystemTesting::executesDriver() const
+{
+    return true;
+}
+
+QStringList QAStNodeSystemTesting::driverArguments() const
+{
+    QStringList scripts;
+    for (const QAStData* child = this->child(); child; child = child->next()) {
+        const auto* script = qobject_cast<const QAStNodeSystemTestingScript*>(child);
+        if (script && script->isSelected())
+            scripts << QDir::toNativeSeparators(script->absoluteFilePath());
+    }
+    return scripts;
 }

@@ -90,6 +90,11 @@ public:
     // only the post-processing of earlier results is asked.
     bool isPostProcessingOnly() const;
     unsigned int propertyKind() const override;
+    // The kind's driver (docs/formats/driver-scripts.md).
+    // The absolute paths of the selected system-testing scripts.
+    QStringList driverArguments() const override;
+    QString driverKind() const override;
+    bool executesDriver() const override;
     QStringList allowedChildClasses() const override;
     QStringList addableChildKinds() const override;
 

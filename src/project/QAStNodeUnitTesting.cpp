@@ -82,3 +82,19 @@ void QAStNodeUnitTesting::generateEnv(QTextStream& out)
     QAStPerlGen::writePath(out, QStringLiteral("UNITTESTING_TESTSCRIPTNAME"), script);
     QAStPerlGen::writeNumber(out, QStringLiteral("MATLAB"), matlab ? 1 : 0);
 }
+
+QString QAStNodeUnitTesting::driverKind() const
+{
+    return QStringLiteral("unit_testing");
+}
+
+bool QAStNodeUnitTesting::executesDriver() const
+{
+    return true;
+}
+
+void QAStNodeUnitTesting::buildFirstChild()
+{
+    QAStNodeSource::prepareLinkStep(this);
+    QAStNodeTest::buildFirstChild();
+}

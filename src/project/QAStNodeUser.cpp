@@ -75,3 +75,9 @@ QStringList QAStNodeUser::addableChildKinds() const
 {
     return {QStringLiteral("source"), QStringLiteral("user"), QStringLiteral("link")};
 }
+
+void QAStNodeUser::executeAfterChildren(bool debug)
+{
+    Q_UNUSED(debug);
+    runOwnStep(true);
+}

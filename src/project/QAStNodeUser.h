@@ -28,6 +28,14 @@ public:
     void setRedirectStderr(bool redirect);
 
     void write(QTextStream& s, int indent) const override;
+
+protected:
+    // Executing a user node runs its after-children text; without one there
+    // is nothing to execute and the walk ends well. (Its build keeps the
+    // base rule: without a text it aborts.)
+    void executeAfterChildren(bool debug) override;
+
+public:
     unsigned int propertyKind() const override;
     QStringList allowedChildClasses() const override;
     QStringList addableChildKinds() const override;

@@ -1,0 +1,515 @@
+// The build, execution and clean walk of a node.
+#include "QAStNode.h"
+
+#include "QAStConfiguration.h"
+#include "QAStNodeFileRef.h"
+#include "QAStNodeUser.h"
+#include "QAStPerlGen.h"
+#include "QAStProject.h"
+#include "StudioInterface.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QMainWindow>
+#include <QMessageBox>
+#include <QSet>
+#include <QTextStream>
+
+#include <utility>
+
+namespace {
+
+QString tr(const char* text)
+{
+    return QCoreApplication::translate("QAStNode", text);
+}
+
+const QString executionFlagKey = QStringLiteral("executionFlag");
+constexpr int executeStages = 0x10 | 0x20;
+constexpr int debugBit = 0x100;
+
+const char* driverOf(int command)
+{
+    static const char* const drivers[] = {"Build.pl", "Execute.pl", "Clean.pl"};
+    return drivers[command];
+}
+
+} // namespace
+
+// --- commands
+
+void QAStNode::build()
+{
+    buildProcess(false);
+}
+
+void QAStNode::rebuild()
+{
+    rebuildProcess(false);
+}
+
+void QAStNode::execute()
+{
+    executeOrDebug(false);
+}
+
+void QAStNode::debug()
+{
+    executeOrDebug(true);
+}
+
+void QAStNode::clean()
+{
+    cleanProcess(false);
+}
+
+QString QAStNode::driverKind() const
+{
+    return QString();
+}
+
+QStringList QAStNode::driverArguments() const
+{
+    return QStringList();
+}
+
+bool QAStNode::executesDriver() const
+{
+    return false;
+}
+
+// --- starting a walk
+
+void QAStNode::buildProcess(bool fromParent)
+{
+    startWalk(Command::Build, fromParent);
+}
+
+// A rebuild cleans the node and everything below it, then builds it: one
+// walk as its watchers see it, ending once.
+void QAStNode::rebuildProcess(bool fromParent)
+{
+    if (m_walking || isRunning())
+        return;
+    m_then = Then::Build;
+    cleanProcess(fromParent);
+}
+
+void QAStNode::cleanProcess(bool fromParent)
+{
+    startWalk(Command::Clean, fromParent);
+}
+
+void QAStNode::executeProcess(bool fromParent)
+{
+    startWalk(Command::Execute, fromParent);
+}
+
+void QAStNode::startWalk(Command command, bool fromParent)
+{
+    if (m_walking || isRunning())
+        return;
+    m_command = command;
+    m_walking = true;
+    m_walkSucceeded = false;
+    emit buildExecuteInvoked();
+    if (!fromParent)
+        clearMessage(OutputConsole);
+    if (command == Command::Clean)
+        displayMessage(OutputConsole, tr("%1: Cleaning...\n").arg(name()));
+    if (isUnSelected()) {
+        if (command == Command::Build)
+            displayMessage(OutputConsole, tr("%1: is up-to-date\n").arg(name()));
+        endWalk(true);
+        return;
+    }
+    switch (command) {
+    case Command::Build:
+        buildStartEvent();
+        buildNode();
+        break;
+    case Command::Execute:
+        executeStartEvent();
+        executeNode();
+        break;
+    case Command::Clean:
+        cleanStartEvent();
+        m_savedDirectory = QDir::currentPath();
+        if (!directory().isEmpty())
+            QDir::setCurrent(directory());
+        buildFirstChild();
+        break;
+    }
+}
+
+void QAStNode::executeOrDebug(bool debug)
+{
+    if (m_walking || isRunning())
+        return;
+    m_debugRun = debug;
+    if (!QAStProject::modeBatch() && changedSinceBuild()) {
+        const QMessageBox::StandardButton answer = [this] {
+            StudioInterface* host = studioIFace();
+            const QString title = tr("%1 execution").arg(name());
+            const QString text = tr("You have changed settings, compilation flags or source file "
+                                    "content.\nDo you want to rebuild the node?");
+            if (!host)
+                return QMessageBox::Yes;
+            return host->question(mainWindow(), title, text, QMessageBox::Yes | QMessageBox::Cancel,
+                                  QMessageBox::Yes, QMessageBox::Warning);
+        }();
+        if (answer == QMessageBox::Yes) {
+            // Build, then execute when the build went well.
+            m_then = Then::Execute;
+            buildProcess(false);
+            return;
+        }
+        if (answer != QMessageBox::No) {
+            // Canceled: the command ends at once, and says so.
+            m_walkSucceeded = false;
+            emit buildExecuteInvoked();
+            emit buildExecuteFinished();
+            return;
+        }
+    }
+    executeProcess(false);
+}
+
+// --- the build walk
+
+void QAStNode::buildNode()
+{
+    m_savedDirectory = QDir::currentPath();
+    if (!directory().isEmpty())
+        QDir::setCurrent(directory());
+    buildFirstChild();
+}
+
+void QAStNode::buildFirstChild()
+{
+    m_walkChildren.clear();
+    for (QAStData* child = this->child(); child; child = child->next()) {
+        if (auto* node = qobject_cast<QAStNode*>(child))
+            m_walkChildren.append(node);
+    }
+    m_walkIndex = -1;
+    m_walkChild = nextChildToBuild();
+    emit buildExecuteStarted();
+    if (m_walkChild)
+        m_command == Command::Execute ? executeCurrentChild() : buildCurrentChild();
+    else if (m_command == Command::Execute)
+        executeAfterChildren(m_debugRun);
+    else
+        buildAfterChildren();
+}
+
+QAStNode* QAStNode::nextChildToBuild()
+{
+    while (++m_walkIndex < m_walkChildren.size()) {
+        QAStNode* child = m_walkChildren.at(m_walkIndex);
+        if (!child)
+            continue;
+        if (child->isSelected())
+            return child;
+        if (qobject_cast<QAStNodeUser*>(child) && m_command == Command::Build)
+            displayMessage(OutputConsole, tr("%1: is up-to-date\n").arg(child->name()));
+    }
+    return nullptr;
+}
+
+void QAStNode::buildCurrentChild()
+{
+    walkCurrentChild();
+}
+
+// The child's end is taken in a queued slot, so that a long row of
+// children that end at once does not deepen the stack.
+void QAStNode::walkCurrentChild()
+{
+    QAStNode* child = m_walkChild;
+    connect(child, &QAStNode::buildExecuteFinished, this,
+            m_command == Command::Execute ? &QAStNode::executeNextChild : &QAStNode::buildNextChild,
+            Qt::QueuedConnection);
+    switch (m_command) {
+    case Command::Build:
+        buildChildStartEvent(child);
+        child->buildProcess(true);
+        break;
+    case Command::Execute:
+        executeChildStartEvent(child);
+        child->m_debugRun = m_debugRun;
+        child->executeProcess(true);
+        break;
+    case Command::Clean:
+        child->cleanProcess(true);
+        break;
+    }
+}
+
+void QAStNode::buildNextChild()
+{
+    childWalkEnded();
+}
+
+void QAStNode::executeNextChild()
+{
+    childWalkEnded();
+}
+
+void QAStNode::childWalkEnded()
+{
+    QAStNode* child = m_walkChild;
+    if (child) {
+        disconnect(child, &QAStNode::buildExecuteFinished, this, nullptr);
+        if (m_command == Command::Execute)
+            executeChildFinishEvent(child);
+        else if (m_command == Command::Build)
+            buildChildFinishEvent(child);
+    }
+    if (!m_walking)
+        return;
+    if (!child || !child->walkSucceeded()) {
+        abortBuildExecute();
+        return;
+    }
+    m_walkChild = m_command == Command::Execute ? nextChildToExecute() : nextChildToBuild();
+    if (m_walkChild) {
+        walkCurrentChild();
+        return;
+    }
+    if (m_command == Command::Execute)
+        executeAfterChildren(m_debugRun);
+    else
+        buildAfterChildren();
+}
+
+void QAStNode::buildAfterChildren()
+{
+    runOwnStep(false);
+}
+
+void QAStNode::runOwnStep(bool endWithoutStep)
+{
+    const QString text = m_command == Command::Clean ? QString() : perlScriptAfterChild();
+    if (!text.trimmed().isEmpty()) {
+        // The text is a Perl script of its own, written beside the
+        // environment script.
+        QString path = environmentFileName();
+        path.replace(path.size() - 3, 3, QStringLiteral("-after.pl"));
+        QFile script(path);
+        QDir().mkpath(QFileInfo(path).absolutePath());
+        if (!script.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
+            displayMessage(OutputConsole, tr("%1: cannot write %2: %3\n")
+                                              .arg(name(), path, script.errorString()));
+            abortBuildExecute();
+            return;
+        }
+        script.write(text.toUtf8());
+        script.close();
+        if (!runWalkScript(path, QStringList()))
+            abortBuildExecute();
+        return;
+    }
+    const bool hasDriver = !driverKind().isEmpty() &&
+                           (m_command != Command::Execute || executesDriver());
+    if (hasDriver) {
+        QStringList arguments{driverKind()};
+        arguments << driverArguments();
+        if (!runWalkScript(QString::fromLatin1(driverOf(int(m_command))), arguments))
+            abortBuildExecute();
+        return;
+    }
+    if (endWithoutStep || m_command == Command::Clean)
+        finishWalk();
+    else
+        abortBuildExecute();
+}
+
+bool QAStNode::runWalkScript(const QString& script, const QStringList& arguments)
+{
+    const QString path = environmentFileName();
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    m_environmentFile = std::make_unique<QFile>(path);
+    if (!m_environmentFile->open(QIODevice::WriteOnly | QIODevice::Truncate)) {
+        displayMessage(OutputConsole, tr("%1: cannot write the environment file %2: %3\n")
+                                          .arg(name(), path, m_environmentFile->errorString()));
+        return false;
+    }
+    QAStConfiguration* c = currentConfiguration();
+    const bool holdsFlag = c && c->hasProperty(executionFlagKey);
+    const QVariant kept = holdsFlag ? c->localProperty(executionFlagKey) : QVariant();
+    const bool changeFlag =
+        c && (m_command == Command::Build || (m_command == Command::Execute && m_debugRun));
+    if (changeFlag) {
+        int flag = QAStPerlGen::settingValue(c, executionFlagKey).toInt();
+        flag = m_command == Command::Build ? flag & ~executeStages : flag | debugBit;
+        c->setProperty(executionFlagKey, flag);
+    }
+    m_environmentStream = std::make_unique<QTextStream>(m_environmentFile.get());
+    createEnvironmentFile(*m_environmentStream);
+    connect(this, &QAStData::perlScriptTerminated, this, &QAStNode::buildScriptTerminated,
+            Qt::UniqueConnection);
+    executePerlScript(script, directory(), m_environmentStream.get(), true, OutputConsole, nullptr,
+                      arguments);
+    // The flag as it was: the node's own value back, or inherited again.
+    if (changeFlag) {
+        c->unsetProperty(executionFlagKey);
+        if (holdsFlag)
+            c->setProperty(executionFlagKey, kept);
+    }
+    return true;
+}
+
+void QAStNode::buildScriptTerminated()
+{
+    qWarning("QAStNode::buildScriptTerminated [%s]", qUtf8Printable(name()));
+    disconnect(this, &QAStData::perlScriptTerminated, this, &QAStNode::buildScriptTerminated);
+    m_environmentStream.reset();
+    m_environmentFile.reset();
+    if (!m_walking)
+        return;
+    if (perlScriptSucceeded()) {
+        if (m_command == Command::Build) {
+            m_lastBuild = QDateTime::currentDateTimeUtc();
+            m_lastBuildStamps = configurationStamps();
+        }
+        finishWalk();
+    } else {
+        displayMessage(OutputConsole, tr("%1: failed\n").arg(name()));
+        abortBuildExecute();
+    }
+}
+
+// --- the execution walk
+
+void QAStNode::executeNode()
+{
+    m_savedDirectory = QDir::currentPath();
+    if (!directory().isEmpty())
+        QDir::setCurrent(directory());
+    const int flag = QAStPerlGen::settingValue(currentConfiguration(), executionFlagKey).toInt();
+    qWarning("QAStNode::executeNode executionFlag %x", flag);
+    if (!(flag & executeStages)) {
+        displayMessage(OutputConsole, tr("%1: no execution step is selected\n").arg(name()));
+        abortBuildExecute();
+        return;
+    }
+    executeFirstChild();
+}
+
+void QAStNode::executeFirstChild()
+{
+    buildFirstChild();
+}
+
+void QAStNode::executeCurrentChild()
+{
+    walkCurrentChild();
+}
+
+QAStNode* QAStNode::nextChildToExecute()
+{
+    return nextChildToBuild();
+}
+
+void QAStNode::executeAfterChildren(bool debug)
+{
+    Q_UNUSED(debug);
+    qWarning("QAStNode::executeAfterChildren()");
+    abortBuildExecute();
+}
+
+// --- the end of a walk
+
+void QAStNode::finishWalk()
+{
+    endWalk(true);
+}
+
+void QAStNode::abortBuildExecute()
+{
+    if (m_walking)
+        displayMessage(OutputConsole, tr("%1: stopped\n").arg(name()));
+    endWalk(false);
+}
+
+void QAStNode::endWalk(bool succeeded)
+{
+    if (!m_walking)
+        return;
+    m_walking = false;
+    m_walkSucceeded = succeeded;
+    m_walkChild = nullptr;
+    m_walkChildren.clear();
+    if (!m_savedDirectory.isEmpty()) {
+        QDir::setCurrent(m_savedDirectory);
+        m_savedDirectory.clear();
+    }
+    switch (m_command) {
+    case Command::Build:
+        buildFinishEvent();
+        break;
+    case Command::Execute:
+        executeFinishEvent();
+        break;
+    case Command::Clean:
+        cleanFinishEvent();
+        break;
+    }
+    // The second half of a rebuild, or of an execution that asked for a
+    // build first.
+    const Then then = std::exchange(m_then, Then::Nothing);
+    if (succeeded && then == Then::Build) {
+        startWalk(Command::Build, true);
+        return;
+    }
+    if (succeeded && then == Then::Execute) {
+        startWalk(Command::Execute, true);
+        return;
+    }
+    emit buildExecuteFinished();
+}
+
+// --- changed since the last build
+
+// The settings of the configurations the node's settings come from, one
+// digest each. executionFlag is left out: the walk itself changes it for
+// the length of a run's start.
+QStringList QAStNode::configurationStamps() const
+{
+    QStringList stamps;
+    QSet<const QAPropertyStore*> seen;
+    for (const QAPropertyStore* store = currentConfiguration(); store && !seen.contains(store);
+         store = store->inheritOf()) {
+        seen.insert(store);
+        QStringList entries;
+        const QHash<QString, QVariant>& own = store->localProperties();
+        for (auto it = own.cbegin(); it != own.cend(); ++it) {
+            if (it.key() != executionFlagKey)
+                entries << it.key() + u'=' + it.value().toStringList().join(u'\n') +
+                               it.value().toString();
+        }
+        entries.sort();
+        stamps << QString::number(qHash(entries.join(u'\x1f')), 16);
+    }
+    return stamps;
+}
+
+// Never built well, a setting changed since, or a file below the node is
+// newer than that build.
+bool QAStNode::changedSinceBuild() const
+{
+    if (!m_lastBuild.isValid() || m_lastBuildStamps != configurationStamps())
+        return true;
+    QList<QAStData*> files = childrenOfClass("QAStNodeFileRef", true);
+    if (qobject_cast<const QAStNodeFileRef*>(this))
+        files.prepend(const_cast<QAStNode*>(this));
+    for (const QAStData* item : files) {
+        const QFileInfo info(static_cast<const QAStNodeFileRef*>(item)->absoluteFilePath());
+        if (info.exists() && info.lastModified().toUTC() > m_lastBuild)
+            return true;
+    }
+    return false;
+}
