@@ -34,18 +34,6 @@ const QByteArray header = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
                           "<!DOCTYPE project SYSTEM \"project.dtd\">\n";
 
 // Copies a directory tree.
-void copyTree(const QString& from, const QString& to)
-{
-    QDirIterator it(from, QDir::Files, QDirIterator::Subdirectories);
-    while (it.hasNext()) {
-        const QString source = it.next();
-        const QString target = to + QLatin1Char('/') + QDir(from).relativeFilePath(source);
-        QDir().mkpath(QFileInfo(target).absolutePath());
-        QVERIFY(QFile::copy(source, target));
-        QFile(target).setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
-    }
-}
-
 // The class names of every item below root, sub-projects' items included.
 QSet<QString> classesBelow(const QAStData* root)
 {
@@ -296,7 +284,7 @@ void TestProjectLoad::reloadReadsTheFileAgain()
 void TestProjectLoad::exampleProjectLoadsClean()
 {
     const QString example = TestPaths::sourceDir() + QStringLiteral("/examples/calculator");
-    copyTree(example, m_dir->path());
+    TestFiles::copyTree(example, m_dir->path());
     const QString file = m_dir->filePath(QStringLiteral("calculator.rtp"));
 
     QAStProject p(QStringLiteral("x"), QPixmap());
@@ -340,7 +328,7 @@ void TestProjectLoad::exampleProjectBuilds()
         || QStandardPaths::findExecutable(QStringLiteral("gcc")).isEmpty()
         || QStandardPaths::findExecutable(QStringLiteral("g++")).isEmpty())
         QSKIP("make, gcc and g++ are needed to build the example");
-    copyTree(TestPaths::sourceDir() + QStringLiteral("/examples/calculator"), m_dir->path());
+    TestFiles::copyTree(TestPaths::sourceDir() + QStringLiteral("/examples/calculator"), m_dir->path());
     QProcess make;
     make.setProcessChannelMode(QProcess::MergedChannels);
     make.start(QStringLiteral("make"), {QStringLiteral("-C"), m_dir->path(), QStringLiteral("check")});

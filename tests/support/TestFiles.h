@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QtTest>
@@ -23,6 +24,21 @@ inline void writeFile(const QString& path, const QByteArray& bytes)
     QFile f(path);
     QVERIFY(f.open(QIODevice::WriteOnly));
     f.write(bytes);
+}
+
+// Copies every file below from into to, keeping the layout; the copies
+// are writable by their owner.
+inline void copyTree(const QString& from, const QString& to)
+{
+    QDirIterator it(from, QDir::Files, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QString source = it.next();
+        const QString target = to + QLatin1Char('/') + QDir(from).relativeFilePath(source);
+        QDir().mkpath(QFileInfo(target).absolutePath());
+        QVERIFY(QFile::copy(source, target));
+        QFile(target).setPermissions(QFile(source).permissions() | QFileDevice::ReadOwner |
+                                     QFileDevice::WriteOwner);
+    }
 }
 
 }
