@@ -21,11 +21,6 @@
 
 namespace {
 
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("QAStNode", text);
-}
-
 const QString executionFlagKey = QStringLiteral("executionFlag");
 constexpr int executeStages = 0x10 | 0x20;
 constexpr int debugBit = 0x100;
