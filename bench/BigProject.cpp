@@ -1,5 +1,7 @@
 #include "BigProject.h"
 
+#include "QAStAClassTag.h"
+#include "QAStAMethodTag.h"
 #include "QAStConfiguration.h"
 #include "QAStFile.h"
 #include "QAStFolder.h"
@@ -59,6 +61,19 @@ void addGroup(QAStProject& project, int g)
     addSource(unit, QStringLiteral("src/app%1_0/file0.c").arg(n));
 }
 
+// Two tags per file, as its analysis would leave them: a class and its
+// method.
+void addTags(QAStFile* file, int f)
+{
+    const QString name = QStringLiteral("Unit%1").arg(f);
+    auto* c = new QAStAClassTag(name, file->filePath(), 10, file);
+    c->setQualifier(QAStATag::Public);
+    auto* method = new QAStAMethodTag(QStringLiteral("run"), file->filePath(), 12, c);
+    method->setCompleteName(name + QStringLiteral("::run"));
+    method->setQualifier(QAStATag::Public | QAStATag::Virtual);
+    method->setSignature(QStringLiteral("(int count, const char* label)"));
+}
+
 void addFiles(QAStProject& project)
 {
     QAStRootFolder* root = project.rootFolder();
@@ -70,7 +85,7 @@ void addFiles(QAStProject& project)
             folder->setFilters(QStringLiteral("*.c;*.h"));
             for (int f = 0; f < FilesPerFolder; ++f) {
                 const QString file = project.directory() + QStringLiteral("/%1/unit%2.c").arg(dir).arg(f);
-                new QAStFile(file, folder, folder->last());
+                addTags(new QAStFile(file, folder, folder->last()), f);
             }
         }
     }
