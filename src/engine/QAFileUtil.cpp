@@ -74,31 +74,23 @@ QString QAFileUtil::shortPath(const QString& path, QAInstall::Platform platform)
 #endif
 }
 
-// $var='value';
-static void perlQuoted(QTextStream& out, const char* var, const QString& escaped)
-{
-    out << '$' << var << "='" << escaped << "';\n";
-}
-
+// The line writers of the environment script, for scripts of their own.
 void QAFileUtil::perlPath(QTextStream& out, const char* var, const QString& path)
 {
-    perlQuoted(out, var, QAStPerlGen::safePath(path));
+    QAStPerlGen::writePath(out, QLatin1String(var), path);
 }
 
 void QAFileUtil::perlString(QTextStream& out, const char* var, const QString& text)
 {
-    perlQuoted(out, var, QAStPerlGen::safeStr(text));
+    QAStPerlGen::writeString(out, QLatin1String(var), text);
 }
 
 void QAFileUtil::perlList(QTextStream& out, const char* var, const QStringList& items)
 {
-    out << '@' << var << "=(";
-    for (qsizetype i = 0; i < items.size(); ++i)
-        out << (i ? ", '" : "'") << QAStPerlGen::safePath(items.at(i)) << '\'';
-    out << ");\n";
+    QAStPerlGen::writePathList(out, QLatin1String(var), items);
 }
 
 void QAFileUtil::perlNumber(QTextStream& out, const char* var, qlonglong number)
 {
-    out << '$' << var << '=' << number << ";\n";
+    QAStPerlGen::writeNumber(out, QLatin1String(var), number);
 }

@@ -905,50 +905,51 @@ QString QAStPerlGen::safeStr(const QString& value, QAStNode* node)
     return escapeQuotes(doubleClosingRuns(expanded(value, node)));
 }
 
+namespace {
+
+// One line built by append and handed to the stream at once.
+template <typename Append, typename... Args>
+void streamLine(QTextStream& out, Append append, const Args&... args)
+{
+    QString line;
+    append(line, args...);
+    out << line;
+}
+
+} // namespace
+
 void QAStPerlGen::writeHeader(QTextStream& out, QAInstall::Platform platform)
 {
-    QString lines;
-    appendHeader(lines, platform);
-    out << lines;
+    streamLine(out, appendHeader, platform);
 }
 
 void QAStPerlGen::writePath(QTextStream& out, const QString& var, const QString& value,
                             QAStNode* node)
 {
-    QString line;
-    appendPath(line, var, value, node);
-    out << line;
+    streamLine(out, appendPath<QString>, var, value, node);
 }
 
 void QAStPerlGen::writeString(QTextStream& out, const QString& var, const QString& value,
                               QAStNode* node)
 {
-    QString line;
-    appendString(line, var, value, node);
-    out << line;
+    streamLine(out, appendString<QString>, var, value, node);
 }
 
 void QAStPerlGen::writeNumber(QTextStream& out, const QString& var, qlonglong value)
 {
-    QString line;
-    appendNumber(line, var, value);
-    out << line;
+    streamLine(out, appendNumber<QString>, var, value);
 }
 
 void QAStPerlGen::writePathList(QTextStream& out, const QString& var, const QStringList& items,
                                 QAStNode* node)
 {
-    QString line;
-    appendPathList(line, var, items, node);
-    out << line;
+    streamLine(out, appendPathList<QString>, var, items, node);
 }
 
 void QAStPerlGen::writeStringList(QTextStream& out, const QString& var, const QStringList& items,
                                   QAStNode* node)
 {
-    QString line;
-    appendStringList(line, var, items, node);
-    out << line;
+    streamLine(out, appendStringList<QString>, var, items, node);
 }
 
 QStringList QAStPerlGen::outputFilesOf(const QAStData* item, const QString& type, bool recursive)
@@ -966,10 +967,15 @@ QStringList QAStPerlGen::relativeToProject(const QAStData* item, const QStringLi
     return project ? QAStData::determineRelativePathFiles(project->directory(), files) : files;
 }
 
-void QAStPerlGen::writeApplicationFiles(QTextStream& out, QAStNode* node)
+void QAStPerlGen::writeInstrumentationFiles(QTextStream& out, QAStNode* node)
 {
     writePathList(out, QStringLiteral("FDCFILES"), outputFilesOf(node, QStringLiteral("FDC"), true));
     writePathList(out, QStringLiteral("TSFFILES"), outputFilesOf(node, QStringLiteral("TSF"), true));
+}
+
+void QAStPerlGen::writeApplicationFiles(QTextStream& out, QAStNode* node)
+{
+    writeInstrumentationFiles(out, node);
     QStringList oti;
     const QString type = QStringLiteral("OTI");
     for (const QAStData* item : node->childrenOfClass("QAStNode", true)) {

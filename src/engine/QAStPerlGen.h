@@ -78,9 +78,12 @@ public:
     // files relative to the directory of item's project (as they are
     // without a project).
     static QStringList relativeToProject(const QAStData* item, const QStringList& files);
-    // The instrumentation files of an application-like node: @FDCFILES and
-    // @TSFFILES of the node and every node below it, and @OTIFILES of its
-    // test scripts and links, relative to the project.
+    // @FDCFILES and @TSFFILES: the node's files of those types and those of
+    // every node below it.
+    static void writeInstrumentationFiles(QTextStream& out, QAStNode* node);
+    // The instrumentation files of an application-like node: the two lists
+    // above, and @OTIFILES of its test scripts and links, relative to the
+    // project.
     static void writeApplicationFiles(QTextStream& out, QAStNode* node);
     // The name a run's results are filed under: the name of the test node
     // that is or encloses item, "atlout" outside every test node.

@@ -67,10 +67,7 @@ void QAStNodeJavaTesting::generateEnv(QTextStream& out)
     QAStNodeTest::generateEnv(out);
     if (!currentConfiguration())
         return;
-    QAStPerlGen::writePathList(out, QStringLiteral("FDCFILES"),
-                               QAStPerlGen::outputFilesOf(this, QStringLiteral("FDC"), true));
-    QAStPerlGen::writePathList(out, QStringLiteral("TSFFILES"),
-                               QAStPerlGen::outputFilesOf(this, QStringLiteral("TSF"), true));
+    QAStPerlGen::writeInstrumentationFiles(out, this);
 }
 
 QString QAStNodeJavaTesting::driverKind() const

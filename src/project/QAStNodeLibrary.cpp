@@ -96,10 +96,7 @@ QString QAStNodeLibrary::libraryFileAbsolute() const
 
 QString QAStNodeLibrary::libraryFile() const
 {
-    const QString absolute = libraryFileAbsolute();
-    const QAStProject* owner = project();
-    return absolute.isEmpty() ? QString()
-                              : determineRelativePathFile(owner ? owner->directory() : QString(), absolute);
+    return QAStPerlGen::relativeToProject(this, {libraryFileAbsolute()}).value(0);
 }
 
 void QAStNodeLibrary::generateEnv(QTextStream& out)
@@ -108,9 +105,10 @@ void QAStNodeLibrary::generateEnv(QTextStream& out)
     if (!currentConfiguration())
         return;
     QAStPerlGen::writeApplicationFiles(out, this);
-    QAStPerlGen::writePath(out, QStringLiteral("LIBRARY_FILE"), libraryFile());
-    QAStPerlGen::writePath(out, QStringLiteral("LIBRARY_FILE_ABS"),
-                           QDir::toNativeSeparators(libraryFileAbsolute()));
+    const QString absolute = libraryFileAbsolute();
+    QAStPerlGen::writePath(out, QStringLiteral("LIBRARY_FILE"),
+                           QAStPerlGen::relativeToProject(this, {absolute}).value(0));
+    QAStPerlGen::writePath(out, QStringLiteral("LIBRARY_FILE_ABS"), QDir::toNativeSeparators(absolute));
 }
 
 void QAStNodeLibrary::buildFirstChild()
