@@ -89,3 +89,8 @@ void QAStNodeApplication::buildFirstChild()
     QAStNodeSource::prepareLinkStep(this);
     QAStNodeTest::buildFirstChild();
 }
+
+bool QAStNodeApplication::splitsRuntimeOutput() const
+{
+    return true;
+}

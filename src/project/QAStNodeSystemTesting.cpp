@@ -337,3 +337,8 @@ QStringList QAStNodeSystemTesting::driverArguments() const
     }
     return scripts;
 }
+
+bool QAStNodeSystemTesting::splitsRuntimeOutput() const
+{
+    return true;
+}

@@ -99,6 +99,9 @@ public:
     QStringList addableChildKinds() const override;
 
 protected:
+    // The scripts run through the Execute driver: their runtime output is
+    // split.
+    bool splitsRuntimeOutput() const override;
     // For kinds that read their own element (see QAStData).
     QAStNodeSystemTesting(QAStData* parent, QAStData* after);
 

@@ -1,6 +1,42 @@
 #include "QAStNodeTest.h"
 
+#include "QAFileSurvey.h"
+#include "QAFileUtil.h"
+#include "QASTSplitSurvey.h"
+#include "QAStAnalyseMacro.h"
+#include "QAStPerlGen.h"
+#include "QAStConfiguration.h"
 #include "QAStPropertyFilters.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <utility>
+
+namespace {
+
+constexpr int executeStage = 0x10;
+
+// A directory setting of the node's configuration with its macros expanded,
+// as the environment script writes it.
+QString directorySetting(const QAStNodeTest* node, const char* key)
+{
+    auto* self = const_cast<QAStNodeTest*>(node);
+    const QString value =
+        QAStPerlGen::settingValue(node->currentConfiguration(), QLatin1String(key)).toString();
+    return QAStAnalyseMacro::analyse(value, self, QStringLiteral("Prompt Dialog"));
+}
+
+// dir/file as the drivers see it, made absolute against the node's
+// directory.
+QString runFile(const QAStNodeTest* node, const QString& dir, const QString& file)
+{
+    return QAFileUtil::cleanDirPath(
+        QAStData::determineAbsolutePathFile(node->directory(), QAStPerlGen::joinPath(dir, file)));
+}
+
+} // namespace
 
 QAStNodeTest::QAStNodeTest(const QString& name, const QPixmap& icon, QAStData* parent,
                            QAStData* after)
@@ -23,7 +59,10 @@ QAStNodeTest::QAStNodeTest(QAStData* parent, QAStData* after) : QAStNodeContaine
 {
 }
 
-QAStNodeTest::~QAStNodeTest() = default;
+QAStNodeTest::~QAStNodeTest()
+{
+    delete m_split;
+}
 
 void QAStNodeTest::write(QTextStream& s, int indent) const
 {
@@ -48,4 +87,114 @@ QStringList QAStNodeTest::allowedChildClasses() const
 QStringList QAStNodeTest::addableChildKinds() const
 {
     return {QStringLiteral("test_script"), QStringLiteral("source")};
+}
+
+QString QAStNodeTest::runtimeOutputFile() const
+{
+    if (!currentConfiguration())
+        return QString();
+    return runFile(this, directorySetting(this, "intdir"),
+                   QAStPerlGen::testName(this) + QLatin1String(".spt"));
+}
+
+QStringList QAStNodeTest::runtimeResultFiles() const
+{
+    if (!currentConfiguration())
+        return {};
+    const QString intdir = directorySetting(this, "intdir");
+    const QString outdir = directorySetting(this, "outdir");
+    const QString name = QAStPerlGen::testName(this);
+    const auto beside = [&](int index) {
+        return runFile(this, intdir, QASTSplitSurvey::defaultOutputName(index));
+    };
+    const auto result = [&](const char* extension) {
+        return runFile(this, outdir, name + QLatin1String(extension));
+    };
+    return {beside(QASTSplitSurvey::Results), result(".tpf"),
+            result(".tqf"),                   result(".tio"),
+            result(".tdf"),                   beside(QASTSplitSurvey::EndOfTest),
+            beside(QASTSplitSurvey::Rejected)};
+}
+
+// --- the runtime split
+
+bool QAStNodeTest::splitsRuntimeOutput() const
+{
+    return false;
+}
+
+void QAStNodeTest::executeAfterChildren(bool debug)
+{
+    startRuntimeSplit();
+    if (m_split)
+        connect(this, &QAStData::perlScriptTerminated, this, &QAStNodeTest::testerNodeTerminated,
+                Qt::UniqueConnection);
+    QAStNodeContainer::executeAfterChildren(debug);
+}
+
+void QAStNodeTest::executeFinishEvent()
+{
+    disconnect(this, &QAStData::perlScriptTerminated, this, &QAStNodeTest::testerNodeTerminated);
+    endRuntimeSplit();
+    QAStNodeContainer::executeFinishEvent();
+}
+
+void QAStNodeTest::testerNodeTerminated()
+{
+    disconnect(this, &QAStData::perlScriptTerminated, this, &QAStNodeTest::testerNodeTerminated);
+    endRuntimeSplit();
+}
+
+void QAStNodeTest::stop()
+{
+    if (m_split)
+        m_split->survey()->stop();
+    QAStNodeContainer::stop();
+}
+
+void QAStNodeTest::startRuntimeSplit()
+{
+    endRuntimeSplit();
+    const QAStConfiguration* c = currentConfiguration();
+    if (!c || !splitsRuntimeOutput() ||
+        !(QAStPerlGen::settingValue(c, QStringLiteral("executionFlag")).toInt() & executeStage))
+        return;
+    const QString input = runtimeOutputFile();
+    const QStringList outputs = runtimeResultFiles();
+    // The split reads the new run's output from its first byte.
+    if (QFileInfo::exists(input) && !QFile::remove(input))
+        displayMessage(OutputConsole, tr("%1: cannot remove the runtime output %2 of the last run\n")
+                                          .arg(name(), QDir::toNativeSeparators(input)));
+    emptyResultFiles(outputs);
+    m_split = new QASTSplitSurvey(input, outputs.at(QASTSplitSurvey::Coverage),
+                                  outputs.at(QASTSplitSurvey::Trace),
+                                  outputs.at(QASTSplitSurvey::MemoryProfile),
+                                  outputs.at(QASTSplitSurvey::PerformanceProfile), RuntimeSplitDelay,
+                                  this, "runtime-split");
+    const bool onTheFly = QAStPerlGen::settingValue(c, QStringLiteral("atc_onthefly")).toBool() ||
+                          QAStPerlGen::settingValue(c, QStringLiteral("att_on_fly")).toBool();
+    if (onTheFly)
+        m_split->survey()->start();
+}
+
+void QAStNodeTest::emptyResultFiles(const QStringList& files)
+{
+    for (const QString& path : files) {
+        QDir().mkpath(QFileInfo(path).absolutePath());
+        QFile file(path);
+        if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
+            displayMessage(OutputConsole, tr("%1: cannot empty the result file %2: %3\n")
+                                              .arg(name(), QDir::toNativeSeparators(path),
+                                                   file.errorString()));
+        }
+    }
+}
+
+void QAStNodeTest::endRuntimeSplit()
+{
+    QASTSplitSurvey* split = std::exchange(m_split, nullptr);
+    if (!split)
+        return;
+    split->survey()->finish();
+    delete split;
 }

@@ -98,3 +98,8 @@ void QAStNodeUnitTesting::buildFirstChild()
     QAStNodeSource::prepareLinkStep(this);
     QAStNodeTest::buildFirstChild();
 }
+
+bool QAStNodeUnitTesting::splitsRuntimeOutput() const
+{
+    return true;
+}

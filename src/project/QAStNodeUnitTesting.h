@@ -30,6 +30,9 @@ public:
     QStringList addableChildKinds() const override;
 
 protected:
+    // The test program runs through the Execute driver: its runtime output
+    // is split.
+    bool splitsRuntimeOutput() const override;
     // Prepares the link step (QAStNodeSource::prepareLinkStep).
     void buildFirstChild() override;
     // For kinds that read their own element (see QAStData).

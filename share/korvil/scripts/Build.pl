@@ -19,6 +19,17 @@ use Korvil::Run;
 my $d = Korvil::Driver->start('Build', @ARGV);
 my $kind = $d->kind;
 
+# The runtime analyses: the environment's switch, the runtime's macro and
+# the letter of the runtime object built for them.
+my %ANALYSES = (
+    coverage    => { mode => 'ATCMODE', macro => 'KRT_COVERAGE',    letter => 'c', name => 'code coverage' },
+    trace       => { mode => 'ATTMODE', macro => 'KRT_TRACE',       letter => 't', name => 'runtime tracing' },
+    performance => { mode => 'ATQMODE', macro => 'KRT_PERFORMANCE', letter => 'q', name => 'performance profiling' },
+    memory      => { mode => 'ATPMODE', macro => 'KRT_MEMORY',      letter => 'p', name => 'memory profiling' },
+);
+# The functions the memory profile follows (ld --wrap).
+my @WRAPPED = qw(malloc free calloc realloc);
+
 harness() if $d->stage('c');
 prepare() if $d->stage('p');
 translate() if $d->stage('t');
@@ -46,9 +57,15 @@ sub harness {
     $d->verbose_info($d->name . ": no test harness to generate for $_") for @scripts;
 }
 
-# p: no instrumentation on these targets.
+# p: the sources are instrumented by the compiler itself (t) and the
+# runtime joins the program at the link (l); this step tells what is asked.
 sub prepare {
-    $d->verbose_info($d->name . ': source preparation skipped: no instrumentation on this target');
+    my @asked = analyses();
+    if (!@asked) {
+        $d->verbose_info($d->name . ': source preparation skipped: no runtime analysis asked');
+        return;
+    }
+    $d->verbose_info($d->name . ': instrumented for ' . join(', ', map { $ANALYSES{$_}{name} } @asked));
 }
 
 sub translate {
@@ -107,7 +124,8 @@ sub compile {
     my $object = $d->object_of($source);
     $d->make_dir($d->intdir);
     my $status = Korvil::Run::run_command(@compiler, option_words('CPPFLAGS'), option_words('CFLAGS'),
-                                          @defines, @includes, '-fPIC', '-c', $source, '-o', $object);
+                                          @defines, @includes, instrumentation_options(), '-fPIC', '-c',
+                                          $source, '-o', $object);
     return if Korvil::Run::succeeded($status);
     $d->fail("compilation of $source failed (" . Korvil::Run::status_text($status) . ')');
 }
@@ -152,9 +170,57 @@ sub link_program {
     my @linker;
     $d->guard(sub { @linker = $package->linker });
     $d->make_dir_of($program);
-    my $status = Korvil::Run::run_command(@linker, option_words('LDFLAGS'), '-o', $program, @objects,
-                                          $d->list('ADDITIONAL_LIBRARIES'), library_dir_options(),
-                                          option_words('LIBRARIES'), package_words('DEFAULT_LIBS'));
+    my @runtime = runtime_object();
+    my $status = Korvil::Run::run_command(@linker, option_words('LDFLAGS'), runtime_link_options(), '-o',
+                                          $program, @objects, @runtime, $d->list('ADDITIONAL_LIBRARIES'),
+                                          library_dir_options(), option_words('LIBRARIES'),
+                                          package_words('DEFAULT_LIBS'));
     return if Korvil::Run::succeeded($status);
     $d->fail("link of the $what $program failed (" . Korvil::Run::status_text($status) . ')');
+}
+
+# --- runtime analysis
+
+# The analyses the configuration asks for, in name order.
+sub analyses {
+    return grep { $d->get($ANALYSES{$_}{mode}) } sort keys %ANALYSES;
+}
+
+# Compiler options of an instrumented source: the entry and exit hooks of
+# every function feed coverage, trace and performance profile. Functions
+# of the compiler's own headers (the package's DEFAULT_INCLUDE_PATHS:
+# inline library code such as C++ templates) are left alone.
+sub instrumentation_options {
+    return () unless grep { $_ ne 'memory' } analyses();
+    my @options = ('-finstrument-functions');
+    my @system = grep { $_ ne '' && !/,/ } $d->package->list('DEFAULT_INCLUDE_PATHS');
+    push(@options, '-finstrument-functions-exclude-file-list=' . join(',', @system)) if @system;
+    return @options;
+}
+
+# Linker options: the memory profile sees the program's allocations
+# through the wrapped functions.
+sub runtime_link_options {
+    return () unless grep { $_ eq 'memory' } analyses();
+    return ('-Wl,' . join(',', map { "--wrap=$_" } @WRAPPED));
+}
+
+# The runtime of the installation (Common/runtime/korvilrt.c), compiled
+# for the analyses asked into $INTDIR/korvilrt-<letters>$OBJEXT; nothing
+# when none is asked.
+sub runtime_object {
+    my @asked = analyses();
+    return () unless @asked;
+    my $home = $d->get('ZELTAHOME');
+    my $source = File::Spec->catfile($home, 'Common', 'runtime', 'korvilrt.c');
+    $d->fail("the instrumentation runtime $source is missing from the installation") unless -f $source;
+    my $object = File::Spec->catfile($d->intdir,
+                                     'korvilrt-' . join('', map { $ANALYSES{$_}{letter} } @asked) . $d->objext);
+    my @compiler;
+    $d->guard(sub { @compiler = $d->package->compiler_for($source) });
+    $d->make_dir($d->intdir);
+    my @macros = map { "-D$ANALYSES{$_}{macro}=1" } @asked;
+    my $status = Korvil::Run::run_command(@compiler, '-g', '-O2', @macros, '-fPIC', '-c', $source, '-o', $object);
+    return ($object) if Korvil::Run::succeeded($status);
+    $d->fail("compilation of the instrumentation runtime $source failed (" . Korvil::Run::status_text($status) . ')');
 }

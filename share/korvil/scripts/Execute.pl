@@ -14,6 +14,7 @@ use warnings;
 use FindBin;
 use lib "$FindBin::RealBin/../lib/perl";
 use File::Basename qw(basename);
+use File::Spec;
 use Korvil::Driver;
 use Korvil::Records;
 use Korvil::Run;
@@ -59,6 +60,8 @@ sub execute {
     my $file = out_file();
     my $records = eval { Korvil::Records->create($file) };
     $d->fail($@ =~ s/\s+$//r) unless $records;
+    # The instrumentation runtime of the program appends its records there.
+    local $ENV{ATL_OUT_FILE} = File::Spec->rel2abs($file);
     my @failures;
     my $first_code = 0;
     for my $run (@runs) {

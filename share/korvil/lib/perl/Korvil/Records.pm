@@ -20,13 +20,17 @@ package Korvil::Records;
 #                                        run, tests that ended non-zero
 #
 # All but td go with the test results; td is the end-of-test line.
+#
+# The instrumentation runtime of the program run appends its own records
+# to the same file meanwhile: the file is opened for appending and every
+# record is written whole by one write, so that no line cuts another.
 
 use strict;
 use warnings;
 
 use File::Basename qw(dirname);
+use Fcntl qw(O_APPEND O_CREAT O_TRUNC O_WRONLY);
 use File::Path qw(make_path);
-use IO::Handle;
 use POSIX qw(strftime);
 
 our %CODE = (
@@ -74,20 +78,27 @@ sub parse {
     return ($code, @fields);
 }
 
-# Opens the file for a new run: its directory made, its content dropped.
+# Opens the file for a new run, for appending: its directory made, its
+# content dropped.
 sub create {
     my ($class, $file) = @_;
     my $dir = dirname($file);
     make_path($dir) unless -d $dir;
-    open(my $fh, '>', $file) or die "$file: cannot write: $!\n";
+    sysopen(my $fh, $file, O_WRONLY | O_CREAT | O_TRUNC | O_APPEND) or die "$file: cannot write: $!\n";
     binmode($fh);
-    $fh->autoflush(1);
     return bless({ fh => $fh, file => $file, tests => 0, failed => 0 }, $class);
 }
 
+# One record, written whole at once (a short write goes on with the rest).
 sub _write {
     my ($self, $code, @fields) = @_;
-    print { $self->{fh} } join(' ', $code, @fields), "\n";
+    my $line = join(' ', $code, @fields) . "\n";
+    utf8::encode($line) if utf8::is_utf8($line);
+    while (length($line)) {
+        my $written = syswrite($self->{fh}, $line);
+        die "$self->{file}: cannot write: $!\n" unless defined $written;
+        substr($line, 0, $written, '');
+    }
 }
 
 sub begin_test {

@@ -86,6 +86,21 @@ sub run_command {
     return _status_of_wait($wait, "cannot run $command[0]: $!");
 }
 
+# In a child about to run a program: on Linux, the program is killed when
+# the driver dies, so that a driver stopped by the studio (killed) does not
+# leave its test program running. Elsewhere, or when the system's call
+# table cannot be read, nothing is done.
+sub _end_with_parent {
+    my ($parent) = @_;
+    return unless $^O eq 'linux';
+    my $prctl = eval { package Korvil::Run::Sys; require 'sys/syscall.ph'; SYS_prctl() };
+    return unless defined $prctl;
+    my $set_parent_death_signal = 1;
+    syscall($prctl, $set_parent_death_signal, POSIX::SIGKILL());
+    # The driver may have died before the call.
+    POSIX::_exit(128 + POSIX::SIGKILL()) if getppid() != $parent;
+}
+
 # Runs the command (no shell) with its standard input on /dev/null, its
 # standard output and error on pipes read as they fill: each piece goes at
 # once to the driver's own channel of the same name, each complete line
@@ -100,9 +115,11 @@ sub run_streamed {
     # Closed on a successful exec (Perl marks new descriptors close-on-exec);
     # carries the reason when exec fails.
     pipe(my $exec_r, my $exec_w) or return { error => "cannot make a pipe: $!" };
+    my $driver = $$;
     my $pid = fork();
     return { error => "cannot start $command[0]: $!" } unless defined $pid;
     if ($pid == 0) {
+        _end_with_parent($driver);
         close($out_r);
         close($err_r);
         close($exec_r);
