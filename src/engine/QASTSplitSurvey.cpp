@@ -322,6 +322,14 @@ QASTSplitSurvey::QASTSplitSurvey(const QString& input, const QString& tio, const
 
 QASTSplitSurvey::~QASTSplitSurvey() = default;
 
+void QASTSplitSurvey::setOutputFile(int index, const QString& path)
+{
+    if (index < 0 || index >= OutputCount)
+        return;
+    m_outputs.flush();
+    m_outputs.setPath(index, path);
+}
+
 QString QASTSplitSurvey::defaultOutputName(int index)
 {
     if (index < 0 || index >= OutputCount)

@@ -128,6 +128,10 @@ public:
 
     QString inputFile() const { return m_input; }
     QString outputFile(int index) const { return m_outputs.path(index); }
+    // Names the output of index (0..6; ignored outside) instead of its
+    // default. Lines already gathered for the old name are appended to it
+    // first.
+    void setOutputFile(int index, const QString& path);
     // "atlout.rio" ... "atlout.rej" by index; empty outside 0..6.
     static QString defaultOutputName(int index);
     // The survey of the input (owned).

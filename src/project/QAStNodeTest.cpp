@@ -104,16 +104,16 @@ QStringList QAStNodeTest::runtimeResultFiles() const
     const QString intdir = directorySetting(this, "intdir");
     const QString outdir = directorySetting(this, "outdir");
     const QString name = QAStPerlGen::testName(this);
-    const auto beside = [&](int index) {
-        return runFile(this, intdir, QASTSplitSurvey::defaultOutputName(index));
+    // Named after the test, so that the test nodes sharing a directory keep
+    // their own results.
+    const auto beside = [&](const char* extension) {
+        return runFile(this, intdir, name + QLatin1String(extension));
     };
     const auto result = [&](const char* extension) {
         return runFile(this, outdir, name + QLatin1String(extension));
     };
-    return {beside(QASTSplitSurvey::Results), result(".tpf"),
-            result(".tqf"),                   result(".tio"),
-            result(".tdf"),                   beside(QASTSplitSurvey::EndOfTest),
-            beside(QASTSplitSurvey::Rejected)};
+    return {result(".rio"), result(".tpf"), result(".tqf"), result(".tio"),
+            result(".tdf"), beside(".end"), beside(".rej")};
 }
 
 // --- the runtime split
@@ -171,6 +171,8 @@ void QAStNodeTest::startRuntimeSplit()
                                   outputs.at(QASTSplitSurvey::MemoryProfile),
                                   outputs.at(QASTSplitSurvey::PerformanceProfile), RuntimeSplitDelay,
                                   this, "runtime-split");
+    for (int index : {QASTSplitSurvey::Results, QASTSplitSurvey::EndOfTest, QASTSplitSurvey::Rejected})
+        m_split->setOutputFile(index, outputs.at(index));
     const bool onTheFly = QAStPerlGen::settingValue(c, QStringLiteral("atc_onthefly")).toBool() ||
                           QAStPerlGen::settingValue(c, QStringLiteral("att_on_fly")).toBool();
     if (onTheFly)

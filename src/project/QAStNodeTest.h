@@ -56,9 +56,10 @@ public:
     // profile, performance profile, coverage, trace, end-of-test and
     // rejected lines. The profiles, coverage and trace are the environment
     // script's $ATP_TPF_NAME, $ATQ_TQF_NAME, $ATC_TIO_NAME and
-    // $ATT_TDF_NAME (<outdir>/<test name>.tpf ...); the other three have
-    // the split's default names beside the runtime output. Absolute; empty
-    // without a configuration.
+    // $ATT_TDF_NAME (<outdir>/<test name>.tpf ...); the results are
+    // <outdir>/<test name>.rio, the end-of-test and rejected lines
+    // <intdir>/<test name>.end and .rej. Absolute; empty without a
+    // configuration.
     QStringList runtimeResultFiles() const;
 
     // The split of the running execution's runtime output; null between

@@ -110,10 +110,10 @@ private slots:
     {
         QCOMPARE(m_unit->runtimeOutputFile(), path(QStringLiteral("build/Unit tests.spt")));
         QCOMPARE(m_unit->runtimeResultFiles(),
-                 (QStringList{path("build/atlout.rio"), path("build/results/Unit tests.tpf"),
+                 (QStringList{path("build/results/Unit tests.rio"), path("build/results/Unit tests.tpf"),
                               path("build/results/Unit tests.tqf"), path("build/results/Unit tests.tio"),
-                              path("build/results/Unit tests.tdf"), path("build/atlendtest.txt"),
-                              path("build/atlout.rej")}));
+                              path("build/results/Unit tests.tdf"), path("build/Unit tests.end"),
+                              path("build/Unit tests.rej")}));
         QAStNodeUnitTesting detached(QStringLiteral("alone"), QPixmap());
         QVERIFY(detached.runtimeResultFiles().isEmpty());
         QVERIFY(detached.runtimeOutputFile().isEmpty());
