@@ -1,7 +1,13 @@
 #include "Harness.h"
 
 #include "QAStFile.h"
+#include "QAStObjectManager.h"
+#include "QAStProject.h"
 #include "QAStTagFileReader.h"
+#include "QATagFilter.h"
+#include "QATagFilterExpr.h"
+#include "QATagFilterExprGroup.h"
+#include "QATagFiltersMgr.h"
 
 #include <QDir>
 #include <QFile>
@@ -18,8 +24,56 @@ namespace {
 
 constexpr int Records = 1000000;
 
-// The benchmark's tag file: the tagging driver run once over /usr/include,
-// its records repeated until there are a million of them.
+// The tag file of /usr/include: the tagging driver run once per process.
+struct IncludeTags {
+    QList<QByteArray> header;
+    QList<QByteArray> records;
+};
+
+const IncludeTags& includeTags()
+{
+    static const IncludeTags tags = [] {
+        IncludeTags made;
+        QTemporaryDir dir;
+        const QString once = dir.filePath(QStringLiteral("include.tags"));
+        const QString driver = QStringLiteral(SDK110_INSTALL_TREE "/scripts/") +
+            QLatin1String(QAStFile::taggingScript);
+        QProcess run;
+        run.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        run.start(QStringLiteral("perl"), {driver, once, QStringLiteral("/usr/include")});
+        if (!run.waitForFinished(-1) || run.exitCode() != 0) {
+            std::fprintf(stderr, "the tagging driver failed on /usr/include\n");
+            return made;
+        }
+        QFile in(once);
+        in.open(QIODevice::ReadOnly);
+        for (const QByteArray& line : in.readAll().split('\n')) {
+            if (line.startsWith("!_"))
+                made.header.append(line);
+            else if (!line.isEmpty())
+                made.records.append(line);
+        }
+        return made;
+    }();
+    return tags;
+}
+
+// Writes the header and count records of /usr/include from first on,
+// repeated as needed; the bytes written.
+qint64 writeTagFile(const QString& path, int first, int count)
+{
+    const IncludeTags& tags = includeTags();
+    QFile out(path);
+    out.open(QIODevice::WriteOnly);
+    for (const QByteArray& line : tags.header)
+        out.write(line + '\n');
+    for (int i = first; !tags.records.isEmpty() && i < first + count; ++i)
+        out.write(tags.records.at(i % tags.records.size()) + '\n');
+    return out.size();
+}
+
+// The benchmark's tag file: the records of /usr/include repeated until
+// there are a million of them.
 struct GeneratedTags {
     QTemporaryDir dir;
     QString path;
@@ -30,34 +84,9 @@ struct GeneratedTags {
 std::shared_ptr<GeneratedTags> generateTags()
 {
     auto tags = std::make_shared<GeneratedTags>();
-    const QString once = tags->dir.filePath(QStringLiteral("include.tags"));
-    const QString driver = QStringLiteral(SDK110_INSTALL_TREE "/scripts/") +
-        QLatin1String(QAStFile::taggingScript);
-    QProcess run;
-    run.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    run.start(QStringLiteral("perl"), {driver, once, QStringLiteral("/usr/include")});
-    if (!run.waitForFinished(-1) || run.exitCode() != 0) {
-        std::fprintf(stderr, "the tagging driver failed on /usr/include\n");
-        return tags;
-    }
-    QFile in(once);
-    in.open(QIODevice::ReadOnly);
-    QList<QByteArray> header, records;
-    for (const QByteArray& line : in.readAll().split('\n')) {
-        if (line.startsWith("!_"))
-            header.append(line);
-        else if (!line.isEmpty())
-            records.append(line);
-    }
-    tags->sourceRecords = int(records.size());
+    tags->sourceRecords = int(includeTags().records.size());
     tags->path = tags->dir.filePath(QStringLiteral("million.tags"));
-    QFile out(tags->path);
-    out.open(QIODevice::WriteOnly);
-    for (const QByteArray& line : header)
-        out.write(line + '\n');
-    for (int i = 0; !records.isEmpty() && i < Records; ++i)
-        out.write(records.at(i % records.size()) + '\n');
-    tags->bytes = out.size();
+    tags->bytes = writeTagFile(tags->path, 0, Records);
     return tags;
 }
 
@@ -129,6 +158,123 @@ SDK110_BENCHMARK(tagsRead, "tags: read 1,000,000 tag records into tag items")
         Bench::keep(&fields);
     };
     m.target = 4.0;
+    m.repetitions = 5;
+    return m;
+}
+
+namespace {
+
+constexpr int BrowserFiles = 100;
+constexpr int BrowserTagsPerFile = 1000;
+
+// A project of 100 files of 1,000 tags each, from /usr/include, shown by
+// two browsers: one following tag filters, one showing everything.
+struct BrowsedProject {
+    QTemporaryDir dir;
+    std::unique_ptr<QAStProject> project;
+    QATagFiltersMgr filters;
+    std::unique_ptr<QAStObjectManager> filtered;
+    std::unique_ptr<QAStObjectManager> plain;
+};
+
+QATagFilter* benchFilter(const QString& name, bool enabled,
+                         const QList<QPair<quint32, QString>>& expressions, bool invert = false)
+{
+    auto* filter = new QATagFilter;
+    filter->setFilterName(name);
+    filter->setEnabled(enabled);
+    auto* group = new QATagFilterExprGroup;
+    group->setInvertFilter(invert);
+    for (const auto& [type, text] : expressions)
+        group->addExpr(new QATagFilterExpr(type, text, false));
+    filter->addGroup(group);
+    return filter;
+}
+
+int itemCount(const QTreeWidgetItem* item)
+{
+    int count = item->childCount();
+    for (int i = 0; i < item->childCount(); ++i)
+        count += itemCount(item->child(i));
+    return count;
+}
+
+// few: functions of the string family and every structure, about 5 % of
+// the tags; else also every tag outside a C source, that is all of them.
+std::shared_ptr<BrowsedProject> browsedProject(bool few)
+{
+    auto browsed = std::make_shared<BrowsedProject>();
+    browsed->project = std::make_unique<QAStProject>(QStringLiteral("browsed"), QPixmap());
+    browsed->project->setPath(browsed->dir.filePath(QStringLiteral("browsed.rtp")));
+    const QString chunk = browsed->dir.filePath(QStringLiteral("chunk.tags"));
+    for (int f = 0; f < BrowserFiles; ++f) {
+        writeTagFile(chunk, f * BrowserTagsPerFile, BrowserTagsPerFile);
+        QAStFile* file = browsed->project->addFile(
+            QStringLiteral("/usr/include/bench/part%1.h").arg(f, 3, 10, QLatin1Char('0')));
+        QAStTagFileReader(file).read(chunk);
+    }
+    // Functions of the string family, every structure, a disabled filter.
+    browsed->filters.addFilter(benchFilter(QStringLiteral("str functions"), true,
+                                           {{QATagFilterExpr::Kind, QStringLiteral("function")},
+                                            {QATagFilterExpr::Name, QStringLiteral("str*")}}));
+    browsed->filters.addFilter(benchFilter(QStringLiteral("structures"), true,
+                                           {{QATagFilterExpr::Kind, QStringLiteral("struct")}}));
+    browsed->filters.addFilter(benchFilter(QStringLiteral("not C sources"), !few,
+                                           {{QATagFilterExpr::File, QStringLiteral("*.c")}}, true));
+    browsed->filters.addFilter(benchFilter(QStringLiteral("not used"), false,
+                                           {{QATagFilterExpr::Name, QStringLiteral("*")}}));
+    browsed->filtered = std::make_unique<QAStObjectManager>(browsed->project.get());
+    browsed->filtered->setTagFilters(&browsed->filters);
+    browsed->plain = std::make_unique<QAStObjectManager>(browsed->project.get());
+
+    int tags = 0;
+    for (QAStFile* file : browsed->project->files())
+        tags += int(file->descendants().size());
+    std::printf("  %d tags in %d files; items shown by file, by type, alphabetical:", tags,
+                BrowserFiles);
+    for (int mode = 0; mode < 3; ++mode) {
+        browsed->filtered->sortModified(mode);
+        browsed->plain->sortModified(mode);
+        std::printf(" %d of %d%s", itemCount(browsed->filtered->invisibleRootItem()),
+                    itemCount(browsed->plain->invisibleRootItem()), mode < 2 ? "," : "\n");
+    }
+    std::fflush(stdout);
+    return browsed;
+}
+
+// The three layouts built anew, one after the other.
+void buildEveryLayout(QAStObjectManager& browser)
+{
+    for (int mode = 0; mode < 3; ++mode)
+        browser.sortModified(mode);
+}
+
+}
+
+SDK110_BENCHMARK(tagsBrowserFiltered, "tags: browser of 100,000 tags following two tag filters")
+{
+    const std::shared_ptr<BrowsedProject> browsed = browsedProject(true);
+
+    Bench::Measure m;
+    m.subject = QStringLiteral("QAStObjectManager with two enabled tag filters: the three layouts");
+    m.baseline = QStringLiteral("the same browser without filters: the three layouts of every tag");
+    m.runSubject = [browsed] { buildEveryLayout(*browsed->filtered); };
+    m.runBaseline = [browsed] { buildEveryLayout(*browsed->plain); };
+    m.target = 1.0;
+    m.repetitions = 5;
+    return m;
+}
+
+SDK110_BENCHMARK(tagsBrowserAllPass, "tags: browser of 100,000 tags, a tag filter every tag passes")
+{
+    const std::shared_ptr<BrowsedProject> browsed = browsedProject(false);
+
+    Bench::Measure m;
+    m.subject = QStringLiteral("QAStObjectManager with three enabled tag filters, one passing every tag");
+    m.baseline = QStringLiteral("the same browser without filters: the three layouts of every tag");
+    m.runSubject = [browsed] { buildEveryLayout(*browsed->filtered); };
+    m.runBaseline = [browsed] { buildEveryLayout(*browsed->plain); };
+    m.target = 1.25;
     m.repetitions = 5;
     return m;
 }

@@ -63,6 +63,9 @@ public:
     QAStATag(QARes* res, QAStData* parent = nullptr, QAStData* after = nullptr);
 
     QString filePath() const;
+    // The path as kept, without a copy: shared by the tags of one file, and
+    // absolute once the tag stands in a tree with a directory.
+    const QString& storedFilePath() const { return m_filePath; }
     void setFilePath(const QString& path);
     int line() const { return m_line; }
     void setLine(int line) { m_line = line; }
@@ -141,8 +144,6 @@ protected:
     // Reads a "tag" element; false (item not valid) when the element or its
     // data block is bad.
     bool init(const QDomElement& e, int version);
-    // The path as kept, shared by the tags of one file.
-    const QString& storedFilePath() const { return m_filePath; }
     // Sets the icon by file name unless it is the one already set.
     void useIcon(const QString& fileName);
     // The name behind the qualified name of the enclosing tag (not the

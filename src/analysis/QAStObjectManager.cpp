@@ -2,13 +2,17 @@
 
 #include "QAStAClassTag.h"
 #include "QAStAFunctionTag.h"
+#include "QAStAMethodTag.h"
 #include "QAStAPackageTag.h"
+#include "QAStAStructTag.h"
 #include "QAStFile.h"
 #include "QAStProject.h"
 #include "QAStRootFolder.h"
 #include "QAStSubProject.h"
+#include "QATagFiltersMgr.h"
 
 #include <QContextMenuEvent>
+#include <QDir>
 #include <QMenu>
 
 #include <algorithm>
@@ -28,6 +32,50 @@ bool nameLess(const QAStATag* a, const QAStATag* b)
 QString qualifiedText(const QAStATag* tag)
 {
     return tag->qualifiedName() + tag->signature();
+}
+
+const QString& kindOf(const QAStATag* tag)
+{
+    static const QString method = QStringLiteral("method");
+    static const QString function = QStringLiteral("function");
+    static const QString klass = QStringLiteral("class");
+    static const QString structure = QStringLiteral("struct");
+    static const QString package = QStringLiteral("package");
+    static const QString other = QStringLiteral("tag");
+    if (qobject_cast<const QAStAMethodTag*>(tag))
+        return method;
+    if (qobject_cast<const QAStAFunctionTag*>(tag))
+        return function;
+    if (qobject_cast<const QAStAClassTag*>(tag))
+        return klass;
+    if (qobject_cast<const QAStAStructTag*>(tag))
+        return structure;
+    if (qobject_cast<const QAStAPackageTag*>(tag))
+        return package;
+    return other;
+}
+
+// A path that needs no directory: "/x", "\\host\x", "C:/x". Cheaper than
+// QDir::isAbsolutePath, which makes a QFileInfo, for every tag of a layout.
+bool isAbsolute(const QString& path)
+{
+    if (path.isEmpty())
+        return false;
+    const QChar first = path.at(0);
+    return first == u'/' || first == u'\\' || (path.size() > 2 && path.at(1) == u':');
+}
+
+// Fills subject without copying texts: the path kept by the tag is shared
+// by the tags of one file.
+void fillSubject(const QAStATag* tag, QATagFilterSubject& subject)
+{
+    subject.name = tag->name();
+    subject.kind = kindOf(tag);
+    const QString& kept = tag->storedFilePath();
+    subject.file = isAbsolute(kept) ? kept : tag->filePath();
+    if (subject.file.contains(QLatin1Char('\\')))
+        subject.file = QDir::fromNativeSeparators(subject.file);
+    subject.qualifiers = unsigned(tag->qualifier());
 }
 }
 
@@ -61,6 +109,49 @@ void QAStObjectManager::setItemFilter(const ItemFilter& filter)
 {
     m_filter = filter;
     rebuild();
+}
+
+void QAStObjectManager::setTagFilters(QATagFiltersMgr* filters)
+{
+    if (m_tagFilters)
+        disconnect(m_tagFilters, nullptr, this, nullptr);
+    m_tagFilters = filters;
+    if (filters) {
+        connect(filters, &QAFiltersMgr::filtersChanged, this, &QAStObjectManager::scheduleRebuild);
+        connect(filters, &QObject::destroyed, this, &QAStObjectManager::scheduleRebuild);
+    }
+    rebuild();
+}
+
+QATagFiltersMgr* QAStObjectManager::tagFilters() const
+{
+    return m_tagFilters;
+}
+
+QATagFilterSubject QAStObjectManager::filterSubject(const QAStATag* tag)
+{
+    QATagFilterSubject subject;
+    fillSubject(tag, subject);
+    return subject;
+}
+
+bool QAStObjectManager::isContextItem(const QTreeWidgetItem* item) const
+{
+    return m_context.contains(item);
+}
+
+void QAStObjectManager::scheduleRebuild()
+{
+    if (m_rebuildPending)
+        return;
+    m_rebuildPending = true;
+    QMetaObject::invokeMethod(this, &QAStObjectManager::rebuildIfPending, Qt::QueuedConnection);
+}
+
+void QAStObjectManager::rebuildIfPending()
+{
+    if (m_rebuildPending)
+        rebuild();
 }
 
 QAStATag* QAStObjectManager::tagOf(const QTreeWidgetItem* item) const
@@ -121,52 +212,23 @@ void QAStObjectManager::clearItems()
 {
     m_tags.clear();
     m_items.clear();
+    m_context.clear();
     clear();
 }
 
 void QAStObjectManager::rebuild()
 {
+    m_rebuildPending = false;
     clearItems();
     if (!m_project)
         return;
-    if (m_mode == SortByType) {
-        QTreeWidgetItem* top = newItem(nullptr, tr("Test Items"), nullptr);
-        top->setIcon(0, QAStData::pixmap(QStringLiteral("project_xpm")));
-        QTreeWidgetItem* classes = newItem(top, tr("Classes"), nullptr);
-        QTreeWidgetItem* functions = newItem(top, tr("Functions"), nullptr);
-        QTreeWidgetItem* packages = newItem(top, tr("Packages"), nullptr);
-        for (QAStFile* file : files()) {
-            for (QAStATag* tag : file->descendants()) {
-                QTreeWidgetItem* header = qobject_cast<QAStAClassTag*>(tag) ? classes
-                    : qobject_cast<QAStAFunctionTag*>(tag)                  ? functions
-                    : qobject_cast<QAStAPackageTag*>(tag)                   ? packages
-                                                                            : nullptr;
-                if (header && accepts(tag))
-                    newItem(header, qualifiedText(tag), tag);
-            }
-        }
-        top->setExpanded(true);
-        return;
-    }
-    QList<QAStFile*> shown = files();
-    const bool sorted = m_mode == SortAlpha;
-    if (sorted) {
-        std::stable_sort(shown.begin(), shown.end(), [](const QAStFile* a, const QAStFile* b) {
-            return nameLess(a, b) || (!nameLess(b, a) && a->filePath() < b->filePath());
-        });
-    }
-    for (QAStFile* file : shown) {
-        if (!shows(file))
-            continue;
-        QTreeWidgetItem* item = newFileItem(file);
-        addTagTree(item, file, sorted);
-    }
-}
-
-bool QAStObjectManager::shows(const QAStFile* file) const
-{
-    const QList<QAStATag*> tags = file->descendants();
-    return std::any_of(tags.cbegin(), tags.cend(), [this](const QAStATag* t) { return accepts(t); });
+    ItemFilter accepted;
+    if (m_filter)
+        accepted = [this](const QAStATag* tag) { return accepts(tag); };
+    for (const LayoutEntry& entry : layout(files(), m_mode, accepted, m_tagFilters))
+        addEntry(nullptr, entry);
+    if (m_mode == SortByType && topLevelItemCount() > 0)
+        topLevelItem(0)->setExpanded(true);
 }
 
 bool QAStObjectManager::accepts(const QAStATag* tag) const
@@ -174,21 +236,134 @@ bool QAStObjectManager::accepts(const QAStATag* tag) const
     return !m_filter || m_filter(tag);
 }
 
-int QAStObjectManager::addTagTree(QTreeWidgetItem* parent, const QAStATag* tag, bool sorted)
+// ---- the layouts without a widget -----------------------------------------
+
+namespace {
+using LayoutEntry = QAStObjectManager::LayoutEntry;
+
+// What decides whether a tag shows: the item filter, then the tag filters
+// when one of them is enabled.
+struct TagTest {
+    TagTest(const QAStObjectManager::ItemFilter& filter, QATagFiltersMgr* tagFilters)
+        : accepts(filter)
+        , filters(tagFilters && tagFilters->filterActive() ? tagFilters : nullptr)
+    {
+    }
+    bool accepted(const QAStATag* tag) const { return !accepts || accepts(tag); }
+    bool passes(const QAStATag* tag)
+    {
+        if (!filters)
+            return true;
+        fillSubject(tag, subject);
+        return filters->match(subject);
+    }
+    bool shows(const QAStATag* tag) { return accepted(tag) && passes(tag); }
+
+    const QAStObjectManager::ItemFilter& accepts;
+    QATagFiltersMgr* filters;
+    QATagFilterSubject subject;  // reused for every tag
+};
+
+LayoutEntry tagEntry(const QString& text, QAStATag* tag)
+{
+    LayoutEntry entry;
+    entry.text = text;
+    entry.tag = tag;
+    return entry;
+}
+
+// The entries of the tags below tag, into entries: the accepted tags below
+// a tag the item filter refuses move up to here; a tag the tag filters
+// refuse stays as the context of the tags below it that pass, else goes.
+// The number added.
+int addTagEntries(QList<LayoutEntry>& entries, const QAStATag* tag, bool sorted, TagTest& test)
 {
     QList<QAStATag*> children = tag->children();
     if (sorted)
         std::stable_sort(children.begin(), children.end(), nameLess);
     int added = 0;
     for (QAStATag* c : children) {
-        if (accepts(c)) {
-            addTagTree(newItem(parent, c->displayName(), c), c, sorted);
-            ++added;
-        } else {
-            added += addTagTree(parent, c, sorted);
+        if (!test.accepted(c)) {
+            added += addTagEntries(entries, c, sorted, test);
+            continue;
         }
+        const bool passed = test.passes(c);
+        if (!passed && !c->child())
+            continue;
+        entries.append(tagEntry(c->displayName(), c));
+        const int below = addTagEntries(entries.last().children, c, sorted, test);
+        if (!passed) {
+            if (below == 0) {
+                entries.removeLast();
+                continue;
+            }
+            entries.last().context = true;
+        }
+        ++added;
     }
     return added;
+}
+
+LayoutEntry byTypeEntry(const QList<QAStFile*>& files, TagTest& test)
+{
+    LayoutEntry top = tagEntry(QAStObjectManager::tr("Test Items"), nullptr);
+    top.icon = QStringLiteral("project_xpm");
+    top.children = {tagEntry(QAStObjectManager::tr("Classes"), nullptr),
+                    tagEntry(QAStObjectManager::tr("Functions"), nullptr),
+                    tagEntry(QAStObjectManager::tr("Packages"), nullptr)};
+    for (QAStFile* file : files) {
+        for (QAStATag* tag : file->descendants()) {
+            const int header = qobject_cast<QAStAClassTag*>(tag)      ? 0
+                             : qobject_cast<QAStAFunctionTag*>(tag)   ? 1
+                             : qobject_cast<QAStAPackageTag*>(tag)    ? 2
+                                                                      : -1;
+            if (header >= 0 && test.shows(tag))
+                top.children[header].children.append(tagEntry(qualifiedText(tag), tag));
+        }
+    }
+    return top;
+}
+}
+
+QList<QAStObjectManager::LayoutEntry> QAStObjectManager::layout(const QList<QAStFile*>& files,
+                                                                int mode, const ItemFilter& filter,
+                                                                QATagFiltersMgr* tagFilters)
+{
+    TagTest test(filter, tagFilters);
+    if (mode == SortByType)
+        return {byTypeEntry(files, test)};
+    QList<QAStFile*> shown = files;
+    const bool sorted = mode == SortAlpha;
+    if (sorted) {
+        std::stable_sort(shown.begin(), shown.end(), [](const QAStFile* a, const QAStFile* b) {
+            return nameLess(a, b) || (!nameLess(b, a) && a->filePath() < b->filePath());
+        });
+    }
+    QList<LayoutEntry> entries;
+    for (QAStFile* file : shown) {
+        LayoutEntry entry = tagEntry(file->name(), file);
+        // A file with no tag shown is left out.
+        if (addTagEntries(entry.children, file, sorted, test) > 0)
+            entries.append(entry);
+    }
+    return entries;
+}
+
+// ---------------------------------------------------------------------------
+
+void QAStObjectManager::addEntry(QTreeWidgetItem* parent, const LayoutEntry& entry)
+{
+    QTreeWidgetItem* item = newItem(parent, entry.text, entry.tag);
+    if (!entry.icon.isEmpty())
+        item->setIcon(0, QAStData::pixmap(entry.icon));
+    if (entry.context) {
+        m_context.insert(item);
+        item->setForeground(0, palette().brush(QPalette::Disabled, QPalette::Text));
+    }
+    if (const auto* file = qobject_cast<const QAStFile*>(entry.tag))
+        item->setToolTip(0, file->filePath());
+    for (const LayoutEntry& child : entry.children)
+        addEntry(item, child);
 }
 
 QTreeWidgetItem* QAStObjectManager::newItem(QTreeWidgetItem* parent, const QString& text,
@@ -202,13 +377,6 @@ QTreeWidgetItem* QAStObjectManager::newItem(QTreeWidgetItem* parent, const QStri
         m_tags.insert(item, tag);
         m_items.insert(tag, item);
     }
-    return item;
-}
-
-QTreeWidgetItem* QAStObjectManager::newFileItem(QAStFile* file)
-{
-    QTreeWidgetItem* item = newItem(nullptr, file->name(), file);
-    item->setToolTip(0, file->filePath());
     return item;
 }
 

@@ -3,6 +3,7 @@
 #include "QAStPerlGen.h"
 
 #include <QDir>
+#include <QSaveFile>
 #include <QTextStream>
 
 #ifdef Q_OS_WIN
@@ -93,4 +94,25 @@ void QAFileUtil::perlList(QTextStream& out, const char* var, const QStringList& 
 void QAFileUtil::perlNumber(QTextStream& out, const char* var, qlonglong number)
 {
     QAStPerlGen::writeNumber(out, QLatin1String(var), number);
+}
+
+bool QAFileUtil::replaceFile(const QString& path, const QByteArray& bytes, QString* reason)
+{
+    // Unbuffered, and written until every byte is taken: a buffered device
+    // or a single short write (a full disk, a file size limit) would let a
+    // truncated file be committed. Writing the rest after a short write
+    // makes the system tell why it stopped.
+    QSaveFile file(path);
+    bool written = file.open(QIODevice::WriteOnly | QIODevice::Unbuffered);
+    for (qint64 done = 0; written && done < bytes.size();) {
+        const qint64 count = file.write(bytes.constData() + done, bytes.size() - done);
+        written = count > 0;
+        done += count;
+    }
+    if (written && file.commit())
+        return true;
+    if (reason)
+        *reason = file.errorString();
+    file.cancelWriting();
+    return false;
 }

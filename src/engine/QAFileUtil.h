@@ -43,4 +43,12 @@ public:
     static void perlList(QTextStream& out, const char* var, const QStringList& items);
     // $var=number;
     static void perlNumber(QTextStream& out, const char* var, qlonglong number);
+
+    // Replaces the file at path with bytes in one piece: they go to a
+    // temporary file beside it, which takes the file's place only once
+    // every byte is written. On failure (false) a file already there is
+    // left exactly as it was and reason, when given, holds the system's
+    // reason ("No space left on device", "Permission denied", ...).
+    static bool replaceFile(const QString& path, const QByteArray& bytes,
+                            QString* reason = nullptr);
 };

@@ -1,11 +1,11 @@
 #include "QAFiltersMgr.h"
 
+#include "QAFileUtil.h"
 #include "QAFilter.h"
 #include "QAFiltersMgrEditor.h"
 
 #include <QDomDocument>
 #include <QFile>
-#include <QSaveFile>
 
 #include <algorithm>
 #include <memory>
@@ -27,6 +27,12 @@ QAFiltersMgr::~QAFiltersMgr()
 
 void QAFiltersMgr::addFilter(QAFilter* filter)
 {
+    append(filter);
+    emit filtersChanged();
+}
+
+void QAFiltersMgr::append(QAFilter* filter)
+{
     m_filters.append(filter);
     if (m_editor)
         m_editor->filterAdded(filter);
@@ -39,6 +45,7 @@ bool QAFiltersMgr::remove(int index)
     delete m_filters.takeAt(index);
     if (m_editor)
         m_editor->refresh();
+    emit filtersChanged();
     return true;
 }
 
@@ -72,12 +79,15 @@ bool QAFiltersMgr::hasModification() const
 void QAFiltersMgr::setModified(bool modified)
 {
     m_modified = modified;
+    if (modified)
+        emit filtersChanged();
 }
 
 void QAFiltersMgr::updateEnabled(QAFilter* filter)
 {
     if (m_editor)
         m_editor->updateEnabled(filter);
+    emit filtersChanged();
 }
 
 QAFiltersMgrEditor* QAFiltersMgr::editor() const
@@ -118,7 +128,8 @@ bool QAFiltersMgr::xmlLoad(QDomDocument&, QDomElement&)
     return false;
 }
 
-bool QAFiltersMgr::exportFile(const QString& path, const QList<QAFilter*>& filters)
+bool QAFiltersMgr::exportFile(const QString& path, const QList<QAFilter*>& filters,
+                              QString* reason)
 {
     QDomDocument doc(documentType);
     doc.appendChild(doc.createProcessingInstruction(QStringLiteral("xml"),
@@ -130,18 +141,7 @@ bool QAFiltersMgr::exportFile(const QString& path, const QList<QAFilter*>& filte
         root.appendChild(e);
         filter->xmlSave(doc, e);
     }
-    const QByteArray text = doc.toByteArray(1);
-
-    // Unbuffered, so that a short write (a full disk, a size limit) shows in
-    // what write() returns: a buffered QSaveFile may commit a truncated file.
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
-        return false;
-    if (file.write(text) != text.size()) {
-        file.cancelWriting();
-        return false;
-    }
-    return file.commit();
+    return QAFileUtil::replaceFile(path, doc.toByteArray(1), reason);
 }
 
 QAFiltersMgr::ImportResult QAFiltersMgr::importFile(const QString& path)
@@ -165,7 +165,7 @@ QAFiltersMgr::ImportResult QAFiltersMgr::importFile(const QString& path)
         loaded.push_back(std::move(filter));
     }
     for (std::unique_ptr<QAFilter>& filter : loaded)
-        addFilter(filter.release());
+        append(filter.release());
     setModified(true);
     return ImportResult::Imported;
 }

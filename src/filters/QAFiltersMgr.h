@@ -64,9 +64,12 @@ public:
     // The manager's own flag, or any filter's.
     bool hasModification() const;
     bool modified() const { return m_modified; }
+    // Setting the flag also emits filtersChanged: the editor sets it after
+    // each change it makes (a tick, an edit, a new, removed or imported
+    // filter).
     void setModified(bool modified);
-    // Passes a change of filter's enabled flag, made outside the editor, to
-    // the open editor.
+    // Passes a change of filter's enabled flag (or of its content), made
+    // outside the editor, to the open editor and emits filtersChanged.
     void updateEnabled(QAFilter* filter);
 
     // The editor made by the first edit(); null before.
@@ -86,13 +89,25 @@ public:
     virtual bool xmlLoad(QDomDocument& doc, QDomElement& root);
 
     // Writes filters to an export file at path, replacing it in one piece:
-    // on failure (false) an older file is left whole.
-    bool exportFile(const QString& path, const QList<QAFilter*>& filters);
+    // on failure (false) an older file is left whole and reason, when
+    // given, holds the system's reason.
+    bool exportFile(const QString& path, const QList<QAFilter*>& filters,
+                    QString* reason = nullptr);
     // Reads an export file: on success appends its filters, not modified,
     // and marks the manager modified; on any failure changes nothing.
     ImportResult importFile(const QString& path);
 
+signals:
+    // The filters or their flags changed: emitted by addFilter, remove,
+    // updateEnabled, a successful import (once) and setModified(true). A
+    // viewer shows its items again. A change made to a filter directly
+    // (QAFilter::setEnabled, new groups) is announced by updateEnabled.
+    void filtersChanged();
+
 private:
+    // Appends filter and shows it in the open editor.
+    void append(QAFilter* filter);
+
     QAFilterList m_filters;
     bool m_modified = false;
     QPointer<QAFiltersMgrEditor> m_editor;

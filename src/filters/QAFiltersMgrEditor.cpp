@@ -230,8 +230,10 @@ void QAFiltersMgrEditor::exportFilters()
         && ask(this, caption, tr("%1\nalready exists.\nReplace existing file?\n").arg(path),
                QMessageBox::No) != QMessageBox::Yes)
         return;
-    if (!m_manager->exportFile(path, selected)) {
-        warn(this, tr("Export Filters"), tr("Cannot write file \"%1\".").arg(path));
+    QString reason;
+    if (!m_manager->exportFile(path, selected, &reason)) {
+        warn(this, tr("Export Filters"),
+             tr("Cannot write file \"%1\".").arg(path) + QLatin1Char('\n') + reason);
         return;
     }
     if (host)

@@ -323,7 +323,8 @@ void TestFilterDialogs::exportAsksAndWrites()
     exportTo(studio, editor, unwritable);
     QCOMPARE(studio.requests().last().caption, QStringLiteral("Export Filters"));
     QCOMPARE(studio.requestTexts(Kind::Warning),
-             QStringList{QStringLiteral("Cannot write file \"%1\".").arg(unwritable)});
+             QStringList{QStringLiteral("Cannot write file \"%1\".\nNo such file or directory")
+                             .arg(unwritable)});
     QVERIFY(studio.statusMessages().isEmpty());
     QVERIFY(!mgr.modified());
 }
