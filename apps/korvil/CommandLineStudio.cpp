@@ -2,22 +2,38 @@
 
 #include <cstdio>
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
-CommandLineStudio::CommandLineStudio() : m_terminal(::isatty(STDERR_FILENO) == 1) {}
+CommandLineStudio::CommandLineStudio() : m_terminal(::isatty(STDOUT_FILENO) == 1)
+{
+    // One line on the terminal, whatever the label's length.
+    winsize size{};
+    if (m_terminal && ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1)
+        m_width = size.ws_col - 1;
+}
 
 void CommandLineStudio::write(FILE* stream, const QString& text)
 {
     if (text.isEmpty())
         return;
-    if (m_progressShown) {
-        std::fputs("\r\033[K", stderr);
-        m_progressShown = false;
-    }
+    clearProgress();
     const QByteArray bytes = text.toLocal8Bit();
     std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stream);
     std::fflush(stream);
     m_lineOpen[stream == stderr] = !bytes.endsWith('\n');
+    // The progress line stays below the text once the text's line is ended.
+    if (m_progressActive && !m_lineOpen[0] && !m_lineOpen[1])
+        drawProgress();
+}
+
+void CommandLineStudio::clearProgress()
+{
+    if (!m_progressShown)
+        return;
+    std::fputs("\r\033[K", stdout);
+    std::fflush(stdout);
+    m_progressShown = false;
 }
 
 void CommandLineStudio::endLine()
@@ -75,6 +91,7 @@ void CommandLineStudio::startProgress(const QString& label, const QString& cance
     m_progressLabel = label;
     m_progressValue = 0;
     m_progressMaximum = maximum;
+    m_progressActive = true;
     drawProgress();
 }
 
@@ -90,24 +107,29 @@ void CommandLineStudio::setProgressLabel(const QString& label)
     drawProgress();
 }
 
-void CommandLineStudio::finishProgress()
+void CommandLineStudio::showProgress(int value, const QString& label)
 {
-    if (m_progressShown) {
-        std::fputs("\r\033[K", stderr);
-        std::fflush(stderr);
-        m_progressShown = false;
-    }
+    m_progressValue = value;
+    m_progressLabel = label;
+    drawProgress();
 }
 
-// Only on a terminal: a log file gets no carriage returns.
+void CommandLineStudio::finishProgress()
+{
+    m_progressActive = false;
+    clearProgress();
+}
+
+// Only when standard output is a terminal, and not in the middle of a
+// line: a log file or a pipe gets no carriage returns.
 void CommandLineStudio::drawProgress()
 {
-    if (!m_terminal)
+    if (!m_terminal || !m_progressActive || m_lineOpen[0] || m_lineOpen[1])
         return;
     const QString line = m_progressMaximum > 0
                              ? QStringLiteral("[%1/%2] %3").arg(m_progressValue).arg(m_progressMaximum).arg(m_progressLabel)
                              : m_progressLabel;
-    std::fprintf(stderr, "\r\033[K%s", qPrintable(line.left(200)));
-    std::fflush(stderr);
+    std::fprintf(stdout, "\r\033[K%s", qPrintable(line.left(m_width)));
+    std::fflush(stdout);
     m_progressShown = true;
 }

@@ -8,7 +8,8 @@
 // output, the message console standard error; boxes are lines on standard
 // error ("warning: ...", "error: ..."); questions take their default; a
 // save chooser answers with the path given on the command line; progress
-// is a line redrawn on standard error when it is a terminal.
+// is one line redrawn below the output when standard output is a terminal,
+// and nothing otherwise.
 class CommandLineStudio : public StudioInterface {
 public:
     CommandLineStudio();
@@ -31,6 +32,8 @@ public:
     void setProgressValue(int value) override;
     void setProgressLabel(const QString& label) override;
     void finishProgress() override;
+    // The value and the label at once, drawn once.
+    void showProgress(int value, const QString& label);
 
     // Messages that went to the message console or were boxes of kind
     // warning or error.
@@ -42,10 +45,13 @@ public:
 private:
     void write(FILE* stream, const QString& text);
     void drawProgress();
+    void clearProgress();
 
     QString m_savePath;
     bool m_terminal = false;
-    bool m_progressShown = false;
+    bool m_progressShown = false;  // the line is on the terminal now
+    bool m_progressActive = false; // between startProgress and finishProgress
+    int m_width = 79;
     QString m_progressLabel;
     int m_progressValue = 0;
     int m_progressMaximum = 0;

@@ -5,11 +5,13 @@
 #include "QAStConfiguration.h"
 #include "QAStData.h"
 #include "QAStNode.h"
+#include "QAStNodeTest.h"
 #include "QAStProject.h"
 #include "QAStSubProject.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QDir>
 #include <QEventLoop>
 #include <QFile>
 #include <QFileInfo>
@@ -21,11 +23,9 @@
 #include <cstdio>
 #include <functional>
 #include <memory>
+#include <utility>
 
 namespace Commands {
-namespace {
-
-enum Status { Success = 0, Failure = 1, Usage = 2 };
 
 void out(const QString& text)
 {
@@ -40,10 +40,68 @@ void err(const QString& text)
     std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stderr);
 }
 
+std::unique_ptr<QAStProject> load(const QString& path)
+{
+    if (!QFileInfo(path).isFile()) {
+        err(QStringLiteral("%1: no such project file").arg(path));
+        return nullptr;
+    }
+    QAStConfiguration::initialize(QAStData::studioIFace(), nullptr);
+    auto project = std::make_unique<QAStProject>(QFileInfo(path).completeBaseName(), QPixmap());
+    if (!project->open(QFileInfo(path).absoluteFilePath())) {
+        err(QStringLiteral("%1: the project could not be loaded").arg(path));
+        return nullptr;
+    }
+    return project;
+}
+
+bool isProjectFile(const QString& path)
+{
+    switch (QAStProject::fileKind(path)) {
+    case QAStProject::XmlProject:
+    case QAStProject::ResourceProject:
+    case QAStProject::ResourceWorkspace:
+        return true;
+    default:
+        break;
+    }
+    const QString suffix = QFileInfo(path).suffix().toLower();
+    return suffix == QLatin1String("rtp") || suffix == QLatin1String("rtt");
+}
+
+qint64 lineCount(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return -1;
+    qint64 lines = 0;
+    char last = '\n';
+    QByteArray block;
+    while (!(block = file.read(64 * 1024)).isEmpty()) {
+        lines += block.count('\n');
+        last = block.back();
+    }
+    return last == '\n' ? lines : lines + 1;
+}
+
+QString linesText(qint64 count, int width)
+{
+    const QString text = count < 0   ? QStringLiteral("(none)")
+                         : count == 1 ? QStringLiteral("1 line")
+                                      : QStringLiteral("%1 lines").arg(count);
+    return text.rightJustified(width);
+}
+
+namespace {
+
 struct Command {
     const char* name;
-    const char* synopsis;  // after "korvil <name> "
+    // After "korvil <name> ": the arguments, "[...]" when optional, "..."
+    // when repeated, and a required option with its value.
+    const char* synopsis;
     const char* summary;
+    // More of the help text, after the options.
+    const char* details;
     // Adds the command's options to the parser.
     std::function<void(QCommandLineParser&)> options;
     std::function<int(QCommandLineParser&, CommandLineStudio&)> run;
@@ -63,33 +121,15 @@ const QCommandLineOption asOption(QStringLiteral("as"),
 
 // --- the project
 
-// Loads the project file; the load report and the warnings reach standard
-// error through the host. Null, with a message naming the file, when it
-// does not load.
-std::unique_ptr<QAStProject> load(const QString& path)
-{
-    if (!QFileInfo(path).isFile()) {
-        err(QStringLiteral("%1: no such project file").arg(path));
-        return nullptr;
-    }
-    QAStConfiguration::initialize(QAStData::studioIFace(), nullptr);
-    auto project = std::make_unique<QAStProject>(QFileInfo(path).completeBaseName(), QPixmap());
-    if (!project->open(QFileInfo(path).absoluteFilePath())) {
-        err(QStringLiteral("%1: the project could not be loaded").arg(path));
-        return nullptr;
-    }
-    return project;
-}
-
-// The node named by spec: a path of names from the project ("Build/calc"),
+// The node named by name: a path of names from the project ("Build/calc"),
 // or a name found anywhere (the first, depth first). The project itself
-// when spec is empty.
-QAStNode* findNode(QAStProject& project, const QString& spec)
+// when name is empty.
+QAStNode* findNode(QAStProject& project, const QString& name)
 {
-    if (spec.isEmpty())
+    if (name.isEmpty())
         return &project;
     QAStData* item = &project;
-    for (const QString& part : spec.split(u'/', Qt::SkipEmptyParts)) {
+    for (const QString& part : name.split(u'/', Qt::SkipEmptyParts)) {
         QAStData* found = nullptr;
         for (QAStData* child = item->child(); child && !found; child = child->next()) {
             if (child->name() == part)
@@ -101,7 +141,7 @@ QAStNode* findNode(QAStProject& project, const QString& spec)
     }
     if (auto* node = qobject_cast<QAStNode*>(item))
         return node;
-    return qobject_cast<QAStNode*>(project.findNode(spec));
+    return qobject_cast<QAStNode*>(project.findNode(name));
 }
 
 // Makes name the current configuration of every node; false when the
@@ -226,9 +266,35 @@ int env(QCommandLineParser& parser, CommandLineStudio&)
     return Success;
 }
 
-// Runs a walk command and waits for its end.
+// The nodes of a walk from node: itself and every node below it.
+QList<QAStNode*> walkedNodes(QAStNode* node)
+{
+    QList<QAStNode*> nodes{node};
+    for (QAStData* item : node->childrenOfClass("QAStNode", true))
+        nodes.append(static_cast<QAStNode*>(item));
+    return nodes;
+}
+
+// Lists the result files of the test nodes an execution ran, with their
+// line counts; a file the run did not write is "(none)".
+void printResultFiles(const QList<QAStNodeTest*>& tests)
+{
+    for (const QAStNodeTest* test : tests) {
+        const QStringList files = test->runtimeResultFiles();
+        if (files.isEmpty())
+            continue;
+        out(QStringLiteral("Result files of \"%1\":\n").arg(test->name()));
+        const QDir base(test->directory());
+        for (const QString& file : files)
+            out(QStringLiteral("  %1  %2\n").arg(linesText(lineCount(file)), QDir::cleanPath(base.relativeFilePath(file))));
+    }
+}
+
+// Runs a walk command and waits for its end. On a terminal the progress
+// line tells which node the walk is at ("[n/m] build libcalc"). With
+// listResults the result files of the test nodes walked are listed.
 int walk(QCommandLineParser& parser, CommandLineStudio& studio, const char* verb,
-         void (QAStNode::*command)())
+         void (QAStNode::*command)(), bool listResults = false)
 {
     const QStringList args = parser.positionalArguments();
     const std::unique_ptr<QAStProject> project = load(args.value(0));
@@ -241,12 +307,31 @@ int walk(QCommandLineParser& parser, CommandLineStudio& studio, const char* verb
         err(QStringLiteral("%1: no node named \"%2\"").arg(args.value(0), args.value(1)));
         return Usage;
     }
+    const QList<QAStNode*> nodes = walkedNodes(node);
+    QList<QAStNodeTest*> executed;
+    int reached = 0;
+    for (QAStNode* walked : nodes) {
+        QObject::connect(walked, &QAStNode::buildExecuteInvoked, walked, [&, walked] {
+            // A rebuild walks the nodes twice: the count starts again.
+            reached = reached % int(nodes.size()) + 1;
+            studio.showProgress(reached, QStringLiteral("%1 %2").arg(QLatin1String(verb), walked->name()));
+            auto* test = qobject_cast<QAStNodeTest*>(walked);
+            if (test && !test->isUnSelected() && !executed.contains(test))
+                executed.append(test);
+        });
+    }
+    studio.startProgress(QLatin1String(verb), QString(), int(nodes.size()));
     QEventLoop loop;
     QObject::connect(node, &QAStNode::buildExecuteFinished, &loop, &QEventLoop::quit);
     (node->*command)();
     if (node->isWalking())
         loop.exec();
+    studio.finishProgress();
     studio.endLine();
+    for (QAStNode* walked : nodes)
+        QObject::disconnect(walked, &QAStNode::buildExecuteInvoked, walked, nullptr);
+    if (listResults)
+        printResultFiles(executed);
     if (!node->walkSucceeded()) {
         err(QStringLiteral("%1: %2 of \"%3\" failed").arg(args.value(0), QLatin1String(verb), node->name()));
         return Failure;
@@ -256,47 +341,87 @@ int walk(QCommandLineParser& parser, CommandLineStudio& studio, const char* verb
 
 int save(QCommandLineParser& parser, CommandLineStudio& studio)
 {
+    if (!parser.isSet(asOption)) {
+        err(QStringLiteral("save: --as FILE is required; see 'korvil save --help'"));
+        return Usage;
+    }
     const std::unique_ptr<QAStProject> project = load(parser.positionalArguments().value(0));
     if (!project)
         return Failure;
-    if (!parser.isSet(asOption)) {
-        err(QStringLiteral("save: --as FILE is required"));
-        return Usage;
+    // The project asks its host for the new name, which batch mode never
+    // does: out of batch mode the tool's host answers with FILE, and any
+    // box of the save is a line on standard error as always.
+    const QString file = QFileInfo(parser.value(asOption)).absoluteFilePath();
+    studio.setSavePath(file);
+    QAStProject::setModeBatch(false);
+    const bool saved = project->saveAs();
+    QAStProject::setModeBatch(true);
+    if (!saved) {
+        err(QStringLiteral("%1: the project was not saved").arg(parser.value(asOption)));
+        return Failure;
     }
-    studio.setSavePath(QFileInfo(parser.value(asOption)).absoluteFilePath());
-    return project->saveAs() ? Success : Failure;
+    return Success;
 }
 
 const QList<Command>& commands()
 {
     static const QList<Command> list = {
         {"info", "PROJECT", "Load a project and print its tree of nodes and the load report.",
+         "Each node is shown with its kind, its state and its current configuration among\n"
+         "those it has.\n",
          [](QCommandLineParser&) {}, info},
         {"env", "PROJECT NODE", "Write the Perl environment script of a node.",
+         "The script states every setting of the node's current configuration as a Perl\n"
+         "variable, as the drivers receive it.\n",
          [](QCommandLineParser& p) {
              p.addOption(configOption);
              p.addOption(outputOption);
          },
          env},
         {"build", "PROJECT [NODE]", "Build a node (the project when none is named) with the drivers.",
+         "The nodes are walked one at a time, each child's walk ending before the next\n"
+         "starts; the drivers' output goes to standard output.\n",
          [](QCommandLineParser& p) { p.addOption(configOption); },
          [](QCommandLineParser& p, CommandLineStudio& s) { return walk(p, s, "build", &QAStNode::build); }},
-        {"rebuild", "PROJECT [NODE]", "Clean, then build a node.",
+        {"rebuild", "PROJECT [NODE]", "Clean, then build a node.", "",
          [](QCommandLineParser& p) { p.addOption(configOption); },
          [](QCommandLineParser& p, CommandLineStudio& s) { return walk(p, s, "rebuild", &QAStNode::rebuild); }},
         {"execute", "PROJECT [NODE]", "Execute the test nodes of a node.",
+         "The runtime output of each test is split into its result files while it runs;\n"
+         "at the end the result files of every executed test node are listed with their\n"
+         "line counts.\n",
          [](QCommandLineParser& p) {
              p.addOption(configOption);
              p.addOption(debugOption);
          },
          [](QCommandLineParser& p, CommandLineStudio& s) {
-             return walk(p, s, "execution", p.isSet(debugOption) ? &QAStNode::debug : &QAStNode::execute);
+             return walk(p, s, "execute", p.isSet(debugOption) ? &QAStNode::debug : &QAStNode::execute, true);
          }},
-        {"clean", "PROJECT [NODE]", "Remove what a build and a run of a node made.",
+        {"clean", "PROJECT [NODE]", "Remove what a build and a run of a node made.", "",
          [](QCommandLineParser& p) { p.addOption(configOption); },
          [](QCommandLineParser& p, CommandLineStudio& s) { return walk(p, s, "clean", &QAStNode::clean); }},
         {"save", "PROJECT --as FILE", "Load a project and write it again to FILE.",
+         "FILE gets the project file and its object information file (.inf) beside it.\n",
          [](QCommandLineParser& p) { p.addOption(asOption); }, save},
+        {"tags", "[PROJECT] [FILE...]", "Analyse source files into tags and print the tag tree.",
+         "The files are the project's source files, or the FILEs given (with or without a\n"
+         "project). Each file is analysed by the tagging driver; the tree is printed in\n"
+         "one of the tag browser's layouts: by file (each file with its tags as they\n"
+         "nest), by type (classes, functions and packages) or alphabetical.\n",
+         tagsOptions, tags},
+        {"metrics", "[PROJECT] [FILE...]", "Compute the metrics of C and C++ files and print them.",
+         "The files are the project's C, C++ and header files, or the FILEs given. The\n"
+         "table has a row for each file, class, function and method, then the sum, mean\n"
+         "and maximum over each file's units and over all the files. Testing Time is\n"
+         "Effort divided by the Stroud number.\n",
+         metricsOptions, metrics},
+        {"split", "FILE", "Split a runtime output into its result files.",
+         "The lines go by their record code to atlout.rio, mendralt.tpf, tallivexlt.tqf,\n"
+         "zeltacov.tio, tracer.tdf, atlendtest.txt and atlout.rej, which are replaced.\n"
+         "With --follow the file is followed as it grows until the tool is interrupted\n"
+         "(Ctrl-C or a termination signal); a last pass then splits what remains. At the\n"
+         "end each result file is listed with its line count.\n",
+         splitOptions, split},
     };
     return list;
 }
@@ -310,10 +435,47 @@ QString toolHelp()
         text += QStringLiteral("  %1 %2\n      %3\n")
                     .arg(QLatin1String(c.name), -8)
                     .arg(QLatin1String(c.synopsis), QLatin1String(c.summary));
-    text += QStringLiteral("\n'korvil COMMAND --help' describes a command. The installation is "
-                           "$ZELTAHOME, else $KORVILDIR, else the one shipped with the tool.\n"
-                           "Exit status: 0 success, 1 a failed job, 2 bad usage.\n");
+    text += QStringLiteral("\n'korvil help COMMAND' or 'korvil COMMAND --help' describes a command.\n"
+                           "The installation is $ZELTAHOME, else $KORVILDIR, else the one shipped with "
+                           "the tool.\nExit status: 0 success, 1 a failed job, 2 bad usage.\n");
     return text;
+}
+
+QString argumentHelp(const QString& command, const QString& word)
+{
+    if (word == QLatin1String("PROJECT"))
+        return QStringLiteral("The project file (.rtp).");
+    if (word == QLatin1String("NODE"))
+        return QStringLiteral("A node: a path of names from the project (Build/calc), or a name.");
+    if (word == QLatin1String("FILE") && command == QLatin1String("split"))
+        return QStringLiteral("The runtime output to split.");
+    if (word == QLatin1String("FILE"))
+        return QStringLiteral("A source file; the project's sources when none is given.");
+    return QString();
+}
+
+// The positional arguments of a synopsis: its words but options and their
+// values. An optional one is written "[WORD]", a repeated one "WORD...".
+QStringList positionalWords(const Command& command)
+{
+    QStringList words;
+    bool optionValue = false;
+    for (const QString& word : QString::fromLatin1(command.synopsis).split(u' ', Qt::SkipEmptyParts)) {
+        if (std::exchange(optionValue, false))
+            continue;
+        if (word.startsWith(QLatin1String("--"))) {
+            optionValue = true;
+            continue;
+        }
+        words.append(word);
+    }
+    return words;
+}
+
+QString usageLine(const Command& command)
+{
+    return QStringLiteral("Usage: korvil %1 [options] %2")
+        .arg(QLatin1String(command.name), QLatin1String(command.synopsis));
 }
 
 } // namespace
@@ -325,7 +487,8 @@ int run(const QStringList& arguments, CommandLineStudio& studio)
         name == QLatin1String("help")) {
         const QString topic = name == QLatin1String("help") ? arguments.value(2) : QString();
         if (topic.isEmpty()) {
-            (name.isEmpty() ? err(QStringLiteral("no command given")) : void());
+            if (name.isEmpty())
+                err(QStringLiteral("no command given"));
             std::fputs(qPrintable(toolHelp()), name.isEmpty() ? stderr : stdout);
             return name.isEmpty() ? Usage : Success;
         }
@@ -338,7 +501,9 @@ int run(const QStringList& arguments, CommandLineStudio& studio)
     const auto command = std::find_if(commands().cbegin(), commands().cend(),
                                       [&](const Command& c) { return name == QLatin1String(c.name); });
     if (command == commands().cend()) {
-        err(QStringLiteral("unknown command \"%1\"; see 'korvil --help'").arg(name));
+        err(QStringLiteral("unknown command \"%1\"").arg(name));
+        std::fputs("Usage: korvil [--help] [--version] COMMAND [OPTIONS] ARGUMENTS\n"
+                   "'korvil --help' lists the commands.\n", stderr);
         return Usage;
     }
     QCommandLineParser parser;
@@ -347,33 +512,37 @@ int run(const QStringList& arguments, CommandLineStudio& studio)
                                   QStringLiteral("Describe this command."));
     parser.addOption(help);
     command->options(parser);
-    const QStringList words = QString::fromLatin1(command->synopsis).split(u' ');
+    const QStringList words = positionalWords(*command);
     for (const QString& word : words) {
-        if (!word.startsWith(QLatin1String("--")) && word != QLatin1String("FILE"))
-            parser.addPositionalArgument(word, QString(), word);
+        QString bare = word;
+        bare.remove(u'[').remove(u']').remove(QStringLiteral("..."));
+        parser.addPositionalArgument(bare, argumentHelp(name, bare), word);
     }
     QStringList parsed = arguments;
     parsed.removeAt(1);
     parsed[0] = QStringLiteral("korvil ") + name;
-    if (!parser.parse(parsed)) {
-        err(QStringLiteral("%1: %2").arg(name, parser.errorText()));
+    const auto usage = [&](const QString& fault) {
+        err(QStringLiteral("%1: %2").arg(name, fault));
+        std::fprintf(stderr, "%s\n'korvil %s --help' describes it.\n", qPrintable(usageLine(*command)),
+                     command->name);
         return Usage;
-    }
+    };
+    if (!parser.parse(parsed))
+        return usage(parser.errorText());
     if (parser.isSet(help)) {
-        out(parser.helpText());
+        // The parser names the program by its path: the first line is ours.
+        const QString text = parser.helpText();
+        out(usageLine(*command) + text.mid(text.indexOf(u'\n')) + u'\n' + QLatin1String(command->details));
         return Success;
     }
-    const int required = int(std::count_if(words.cbegin(), words.cend(), [](const QString& w) {
-        return !w.startsWith(u'[') && !w.startsWith(QLatin1String("--")) && w != QLatin1String("FILE");
-    }));
-    const int allowed = int(std::count_if(words.cbegin(), words.cend(), [](const QString& w) {
-        return !w.startsWith(QLatin1String("--")) && w != QLatin1String("FILE");
-    }));
+    const bool repeated = std::any_of(words.cbegin(), words.cend(),
+                                      [](const QString& w) { return w.endsWith(QLatin1String("...")) ||
+                                                                    w.endsWith(QLatin1String("...]")); });
+    const int required = int(std::count_if(words.cbegin(), words.cend(),
+                                           [](const QString& w) { return !w.startsWith(u'['); }));
     const int given = int(parser.positionalArguments().size());
-    if (given < required || given > allowed) {
-        err(QStringLiteral("%1: expects %2; see 'korvil %1 --help'").arg(name, QLatin1String(command->synopsis)));
-        return Usage;
-    }
+    if (given < required || (!repeated && given > words.size()))
+        return usage(given < required ? QStringLiteral("missing arguments") : QStringLiteral("too many arguments"));
     return command->run(parser, studio);
 }
 

@@ -1,0 +1,347 @@
+// The command-line tool end to end: the real binary as a child process, on
+// a copy of the example project, with the real drivers, interpreter and
+// compilers.
+#include "TestFiles.h"
+#include "TestPaths.h"
+
+#include <QProcess>
+#include <QRegularExpression>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <memory>
+
+namespace {
+
+struct Run {
+    int status = -1;
+    QString out;
+    QString err;
+};
+
+// The line of text that starts with start (after blanks); empty when none.
+QString lineStarting(const QString& text, const QString& start)
+{
+    for (const QString& line : text.split(u'\n')) {
+        if (line.trimmed().startsWith(start))
+            return line;
+    }
+    return QString();
+}
+
+}
+
+class TestKorvil : public QObject {
+    Q_OBJECT
+
+    // Runs the tool in directory (the project's copy by default) and waits
+    // for its end.
+    Run korvil(const QStringList& arguments, const QString& directory = QString(),
+               const QProcessEnvironment& environment = QProcessEnvironment::systemEnvironment())
+    {
+        QProcess process;
+        process.setWorkingDirectory(directory.isEmpty() ? m_dir->path() : directory);
+        process.setProcessEnvironment(environment);
+        process.start(QStringLiteral(KORVIL_BINARY), arguments);
+        Run run;
+        if (!process.waitForFinished(300000)) {
+            process.kill();
+            process.waitForFinished();
+            run.err = QStringLiteral("korvil did not end");
+            return run;
+        }
+        run.status = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+        run.out = QString::fromLocal8Bit(process.readAllStandardOutput());
+        run.err = QString::fromLocal8Bit(process.readAllStandardError());
+        return run;
+    }
+
+    QString path(const QString& relative) const { return m_dir->filePath(relative); }
+
+    std::unique_ptr<QTemporaryDir> m_dir;
+
+private slots:
+    void initTestCase()
+    {
+        m_dir = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_dir->isValid());
+        TestFiles::copyTree(TestPaths::sourceDir() + QStringLiteral("/examples/calculator"), m_dir->path());
+    }
+
+    // --- usage
+
+    void badUsage_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("message");
+        const QString project = QStringLiteral("calculator.rtp");
+        QTest::newRow("no command") << QStringList{} << "no command given";
+        QTest::newRow("unknown command") << QStringList{"frobnicate"} << "unknown command \"frobnicate\"";
+        QTest::newRow("unknown option") << QStringList{"info", "--bogus", project} << "Usage: korvil info";
+        QTest::newRow("missing argument") << QStringList{"env", project} << "Usage: korvil env";
+        QTest::newRow("too many") << QStringList{"info", project, "extra"} << "too many arguments";
+        QTest::newRow("option value missing") << QStringList{"build", project, "--config"} << "Usage: korvil build";
+        QTest::newRow("unknown layout") << QStringList{"tags", "--layout", "sideways", project} << "sideways";
+        QTest::newRow("save without --as") << QStringList{"save", project} << "--as FILE";
+        QTest::newRow("bad Stroud number") << QStringList{"metrics", "--stroud", "0", project} << "Stroud";
+        QTest::newRow("tags of nothing") << QStringList{"tags"} << "give a project file or source files";
+        QTest::newRow("split of nothing") << QStringList{"split"} << "Usage: korvil split";
+        QTest::newRow("unknown configuration") << QStringList{"build", "-c", "Nightly", project} << "Nightly";
+        QTest::newRow("unknown node") << QStringList{"build", project, "Nowhere"} << "Nowhere";
+    }
+
+    // Exit status 2 and a message on standard error; nothing is run.
+    void badUsage()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, message);
+        const Run run = korvil(arguments);
+        QCOMPARE(run.status, 2);
+        QVERIFY2(run.err.contains(message), qPrintable(run.err));
+        QVERIFY(run.out.isEmpty());
+    }
+
+    void help()
+    {
+        const Run tool = korvil({"--help"});
+        QCOMPARE(tool.status, 0);
+        for (const char* command : {"info", "env", "build", "rebuild", "execute", "clean", "save", "tags",
+                                    "metrics", "split"}) {
+            QVERIFY2(tool.out.contains(QStringLiteral("\n  %1 ").arg(QLatin1String(command))), command);
+            const Run own = korvil({QLatin1String(command), "--help"});
+            QCOMPARE(own.status, 0);
+            QVERIFY2(own.out.startsWith(QStringLiteral("Usage: korvil %1").arg(QLatin1String(command))),
+                     qPrintable(own.out));
+            // "help CMD" says the same as "CMD --help".
+            QCOMPARE(korvil({"help", QLatin1String(command)}).out, own.out);
+        }
+        QVERIFY(korvil({"tags", "--help"}).out.contains("--layout <LAYOUT>"));
+        QVERIFY(korvil({"split", "--help"}).out.contains("--follow"));
+        const Run version = korvil({"--version"});
+        QCOMPARE(version.status, 0);
+        QVERIFY(QRegularExpression(QStringLiteral("^korvil \\d+\\.\\d+")).match(version.out).hasMatch());
+    }
+
+    // --- bad input
+
+    // A project that is not well-formed, and one that is missing: status 1
+    // and a message naming the file.
+    void badProjectFiles()
+    {
+        TestFiles::writeFile(path("broken.rtp"), "<?xml version=\"1.0\"?>\n<!DOCTYPE project>\n<project>\n<group>\n");
+        const Run broken = korvil({"info", "broken.rtp"});
+        QCOMPARE(broken.status, 1);
+        QVERIFY2(broken.err.contains("broken.rtp"), qPrintable(broken.err));
+        QVERIFY(broken.out.isEmpty());
+        QVERIFY2(TestFiles::readFile(path("broken.rtp")).endsWith("<group>\n"), "the file is left as it was");
+
+        const Run missing = korvil({"build", "nowhere.rtp"});
+        QCOMPARE(missing.status, 1);
+        QVERIFY(missing.err.contains("nowhere.rtp: no such project file"));
+    }
+
+    // --- the project
+
+    void info()
+    {
+        const Run run = korvil({"info", "calculator.rtp"});
+        QCOMPARE(run.status, 0);
+        QVERIFY(run.out.startsWith("calculator  (project, selected, configuration Debug of Debug, Release)\n"));
+        QVERIFY(run.out.contains("\n    calc  (application"));
+        QVERIFY(run.out.contains("\n  Unit tests  (unit testing"));
+    }
+
+    // Built and executed with the installation found beside the tool (no
+    // ZELTAHOME): every test node's result files are listed with their
+    // line counts, and a pipe gets no progress line.
+    void buildAndExecute()
+    {
+        if (QStandardPaths::findExecutable(QStringLiteral("gcc")).isEmpty() ||
+            QStandardPaths::findExecutable(QStringLiteral("perl")).isEmpty())
+            QSKIP("gcc or perl is not installed");
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.remove(QStringLiteral("ZELTAHOME"));
+        environment.remove(QStringLiteral("KORVILDIR"));
+
+        const Run build = korvil({"build", "calculator.rtp"}, QString(), environment);
+        QVERIFY2(build.status == 0, qPrintable(build.out + build.err));
+        QVERIFY(QFileInfo::exists(path("build/calc")));
+
+        const Run execute = korvil({"execute", "calculator.rtp"}, QString(), environment);
+        QVERIFY2(execute.status == 0, qPrintable(execute.out + execute.err));
+        QVERIFY(!execute.out.contains(u'\r') && !execute.out.contains(u'\033'));
+        for (const char* node : {"calc", "Unit tests", "System tests"}) {
+            const int block = int(execute.out.indexOf(QStringLiteral("Result files of \"%1\":\n").arg(QLatin1String(node))));
+            QVERIFY2(block >= 0, qPrintable(execute.out));
+            // The block's lines: "<n> lines  <file>" or "(none)  <file>".
+            const QStringList lines = execute.out.mid(block).split(u'\n').mid(1, 7);
+            int withLines = 0;
+            for (const QString& line : lines) {
+                const QRegularExpressionMatch m =
+                    QRegularExpression(QStringLiteral("^ +(\\d+) lines?  (.+)$")).match(line);
+                if (!m.hasMatch()) {
+                    QVERIFY2(line.trimmed().startsWith("(none)"), qPrintable(line));
+                    continue;
+                }
+                const QString file = QDir(m_dir->path()).filePath(m.captured(2));
+                QCOMPARE(QString::number(TestFiles::readFile(file).count('\n')), m.captured(1));
+                withLines += m.captured(1).toInt() > 0;
+            }
+            QVERIFY2(withLines > 0, node);
+        }
+    }
+
+    // A second save of a saved project writes the same bytes, project file
+    // and object information file.
+    void saveRoundTrip()
+    {
+        QVERIFY(QDir().mkpath(path("saved")));
+        QCOMPARE(korvil({"save", "calculator.rtp", "--as", "saved/first.rtp"}).status, 0);
+        const QByteArray project = TestFiles::readFile(path("saved/first.rtp"));
+        const QByteArray objects = TestFiles::readFile(path("saved/first.inf"));
+        QVERIFY(project.contains("<project>"));
+        QVERIFY(project.contains("<project_file>../sub/printer/printer.rtp</project_file>"));
+        QVERIFY(objects.contains("<objects>") || objects.contains("<objects "));
+        QCOMPARE(korvil({"save", "saved/first.rtp", "--as", "saved/first.rtp"}).status, 0);
+        QCOMPARE(TestFiles::readFile(path("saved/first.rtp")), project);
+        QCOMPARE(TestFiles::readFile(path("saved/first.inf")), objects);
+    }
+
+    // --- analysis
+
+    void tags_data()
+    {
+        QTest::addColumn<QString>("layout");
+        QTest::addColumn<QStringList>("expected"); // lines, in this order
+        QTest::newRow("file") << "file"
+                              << QStringList{"include/calc.h", "src/calc.c",
+                                             "  calc_add(long a,long b,long * result)  (line 8)", "src/main.cpp",
+                                             "  (anonymous)  (line 10)",
+                                             "    evaluate(const std::string & expression)  (line 12)"};
+        QTest::newRow("type") << "type"
+                              << QStringList{"Test Items (3)", "  Classes (0)", "  Functions (", "    calc_add(",
+                                             "    (anonymous)::evaluate(", "  Packages (1)",
+                                             "    (anonymous)  (main.cpp:10)"};
+        QTest::newRow("alpha") << "alpha"
+                               << QStringList{"src/calc.c", "  calc_add(", "  calc_divide(", "  read_number(",
+                                              "include/calc.h", "src/main.cpp", "  (anonymous)", "    evaluate(",
+                                              "  main(", "sub/printer/src/printer.c", "tests/unit/test_calc.c"};
+    }
+
+    // The project's source files analysed by the tagging driver, printed in
+    // each layout of the tag browser.
+    void tags()
+    {
+        if (QStandardPaths::findExecutable(QStringLiteral("ctags")).isEmpty())
+            QSKIP("Universal Ctags is not installed");
+        QFETCH(QString, layout);
+        QFETCH(QStringList, expected);
+        const Run run = korvil({"tags", "calculator.rtp", "--layout", layout});
+        QVERIFY2(run.status == 0, qPrintable(run.out + run.err));
+        const QStringList lines = run.out.split(u'\n');
+        int at = 0;
+        for (const QString& want : expected) {
+            while (at < lines.size() && !lines.at(at).startsWith(want))
+                ++at;
+            QVERIFY2(at < lines.size(), qPrintable(QStringLiteral("%1 missing in order from:\n%2").arg(want, run.out)));
+        }
+    }
+
+    // Files given without a project; a missing one is told, the others are
+    // analysed, and the status says something failed.
+    void tagsOfFiles()
+    {
+        if (QStandardPaths::findExecutable(QStringLiteral("ctags")).isEmpty())
+            QSKIP("Universal Ctags is not installed");
+        const Run run = korvil({"tags", path("src/main.cpp"), "missing.c", path("Makefile")});
+        QCOMPARE(run.status, 1);
+        QVERIFY(run.err.contains("missing.c: no such file"));
+        QVERIFY2(run.err.contains("Makefile: not a C, C++, Ada, Java or header file"), qPrintable(run.err));
+        QVERIFY2(run.out.contains("main.cpp\n  (anonymous)  (line 10)\n    evaluate("), qPrintable(run.out));
+    }
+
+    // A row per file and unit with its metrics, the aggregates of each file
+    // and of the project, testing times from the Stroud number.
+    void metrics()
+    {
+        if (QStandardPaths::findExecutable(QStringLiteral("perl")).isEmpty())
+            QSKIP("perl is not installed");
+        const Run run = korvil({"metrics", "calculator.rtp", "--stroud", "36"});
+        QVERIFY2(run.status == 0, qPrintable(run.out + run.err));
+        QVERIFY(run.out.startsWith("Metrics of 6 files (Stroud number 36)\n"));
+        const QStringList header = lineStarting(run.out, "element").split(u' ', Qt::SkipEmptyParts);
+        QCOMPARE(header, (QStringList{"element", "kind", "line", "VG", "Statements", "NestedLevel", "Effort",
+                                      "TestingTime", "Src1", "Src2"}));
+        // src/main.cpp: file, line 1, then the seven values.
+        const QStringList file = lineStarting(run.out, "src/main.cpp").split(u' ', Qt::SkipEmptyParts);
+        QCOMPARE(file.size(), 10);
+        QCOMPARE(file.mid(1, 3), (QStringList{"file", "1", "9"}));
+        QVERIFY(qAbs(file.at(7).toDouble() - file.at(6).toDouble() / 36) < 0.01);
+        QVERIFY(lineStarting(run.out, "main").contains("function"));
+        // The file's sum of VG over its two functions is its own VG.
+        const int fileRow = int(run.out.indexOf("src/main.cpp"));
+        const QStringList sum = lineStarting(run.out.mid(fileRow), "_SUM over 2 units").split(u' ', Qt::SkipEmptyParts);
+        QCOMPARE(sum.value(4), QStringLiteral("9"));
+        QVERIFY(lineStarting(run.out, "_MEAN over 6 files").size() > 0);
+        QVERIFY(lineStarting(run.out, "_MAX over 6 files").size() > 0);
+    }
+
+    // --- split
+
+    void split()
+    {
+        const QString input = path("run/out.spt");
+        TestFiles::writeFile(input, "BT \"t\"\nNT \"cov\"\nSF \"trace\"\nCS \"trace\"\nPU \"mem\"\nQU \"perf\"\n"
+                                    "td \"end\"\nZZ \"unknown pair\"\nRL \"last\"");
+        const Run here = korvil({"split", input});
+        QCOMPARE(here.status, 0);
+        QVERIFY2(here.out.contains(QStringLiteral("     3 lines  %1\n").arg(path("run/atlout.rio"))), qPrintable(here.out));
+        QVERIFY(here.out.contains(QStringLiteral("     2 lines  %1\n").arg(path("run/tracer.tdf"))));
+        QVERIFY(here.out.contains(QStringLiteral("      1 line  %1\n").arg(path("run/atlendtest.txt"))));
+        QVERIFY(!here.out.contains("atlout.rej"));
+
+        const Run there = korvil({"split", input, "--out", "results"});
+        QCOMPARE(there.status, 0);
+        QCOMPARE(TestFiles::readFile(path("results/zeltacov.tio")), QByteArray("NT \"cov\"\n"));
+        QCOMPARE(TestFiles::readFile(path("results/atlout.rio")), TestFiles::readFile(path("run/atlout.rio")));
+
+        const Run missing = korvil({"split", "nothing.spt"});
+        QCOMPARE(missing.status, 1);
+        QVERIFY(missing.err.contains("nothing.spt: no such file"));
+        const Run itself = korvil({"split", path("run/atlout.rio")});
+        QCOMPARE(itself.status, 1);
+        QVERIFY(itself.err.contains("atlout.rio"));
+    }
+
+    // Following a growing file until terminated: lines written meanwhile
+    // are split, and the final pass takes the last line without "\n".
+    void splitFollow()
+    {
+        const QString input = path("live/out.spt");
+        TestFiles::writeFile(input, "NT \"first\"\n");
+        QProcess process;
+        process.setWorkingDirectory(m_dir->path());
+        process.start(QStringLiteral(KORVIL_BINARY), {"split", "--follow", input, "--out", "live-results"});
+        QVERIFY(process.waitForStarted());
+        QTRY_VERIFY_WITH_TIMEOUT(TestFiles::readFile(path("live-results/zeltacov.tio")) == "NT \"first\"\n", 20000);
+        {
+            QFile file(input);
+            QVERIFY(file.open(QIODevice::Append));
+            file.write("SF \"trace\"\nNT \"second\"\nRL \"unended");
+        }
+        QTRY_VERIFY_WITH_TIMEOUT(TestFiles::readFile(path("live-results/tracer.tdf")) == "SF \"trace\"\n", 20000);
+        QVERIFY(!QFileInfo::exists(path("live-results/atlout.rio")));
+        process.terminate();
+        QVERIFY(process.waitForFinished(20000));
+        QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(process.exitCode(), 0);
+        QCOMPARE(TestFiles::readFile(path("live-results/zeltacov.tio")), QByteArray("NT \"first\"\nNT \"second\"\n"));
+        QCOMPARE(TestFiles::readFile(path("live-results/atlout.rio")), QByteArray("RL \"unended\n"));
+        const QString out = QString::fromLocal8Bit(process.readAllStandardOutput());
+        QVERIFY2(out.contains("2 lines  live-results/zeltacov.tio"), qPrintable(out));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestKorvil)
+#include "tst_korvil.moc"
