@@ -1,0 +1,466 @@
+// The window host driven as a user would: a copy of the example project
+// opened in the window, its tree edited, its settings changed, its output
+// followed to the editor, its tags browsed and filtered, a node built.
+// Every box the window shows is answered by a modal answerer.
+#include "ProjectTree.h"
+#include "PropertySheet.h"
+#include "StudioWindow.h"
+
+#include "QAPropertyTextWidget.h"
+#include "QAStConfiguration.h"
+#include "QAStData.h"
+#include "QAStFile.h"
+#include "QAStObjectManager.h"
+#include "QAStOutputWidget.h"
+#include "QAStProject.h"
+#include "QAStRootFolder.h"
+#include "QATagFilter.h"
+#include "QATagFilterExpr.h"
+#include "QATagFilterExprGroup.h"
+#include "QATagFiltersMgr.h"
+#include "TestFiles.h"
+#include "TestPaths.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QComboBox>
+#include <QInputDialog>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMessageBox>
+#include <QPlainTextEdit>
+#include <QProgressDialog>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QStandardPaths>
+#include <QTabWidget>
+#include <QTemporaryDir>
+#include <QTextBlock>
+#include <QToolButton>
+#include <QtTest>
+
+#include <functional>
+#include <memory>
+
+namespace {
+
+// Answers the modal boxes as they come: each scripted handler takes the
+// next box; a box nobody expected is noted and rejected, so that a test
+// never hangs on it.
+class ModalAnswerer : public QObject {
+public:
+    using Handler = std::function<void(QWidget*)>;
+
+    ModalAnswerer()
+    {
+        connect(&m_poll, &QTimer::timeout, this, [this] {
+            QWidget* box = QApplication::activeModalWidget();
+            // The progress dialog of a long run is the window's own business.
+            if (!box || box == m_last || qobject_cast<QProgressDialog*>(box))
+                return;
+            m_last = box;
+            QPointer<QWidget> guard(box);
+            if (!m_handlers.isEmpty()) {
+                m_handlers.takeFirst()(box);
+            } else {
+                auto* message = qobject_cast<QMessageBox*>(box);
+                m_unexpected << box->windowTitle() + QLatin1String(": ") + (message ? message->text() : QString());
+                if (auto* dialog = qobject_cast<QDialog*>(box))
+                    dialog->reject();
+            }
+            if (!guard)
+                m_last = nullptr;
+        });
+        m_poll.start(20);
+    }
+    void then(const Handler& handler) { m_handlers.append(handler); }
+    // Clicks a button of the next message box, keeping its text.
+    void click(QMessageBox::StandardButton button)
+    {
+        then([this, button](QWidget* box) {
+            auto* message = qobject_cast<QMessageBox*>(box);
+            QVERIFY(message);
+            m_texts << message->text();
+            message->button(button)->click();
+        });
+    }
+    bool idle() const { return m_handlers.isEmpty(); }
+    QStringList unexpected() const { return m_unexpected; }
+    QStringList texts() const { return m_texts; }
+    void reset()
+    {
+        m_unexpected.clear();
+        m_texts.clear();
+    }
+
+private:
+    QTimer m_poll;
+    QList<Handler> m_handlers;
+    QStringList m_unexpected;
+    QStringList m_texts;
+    QPointer<QWidget> m_last;
+};
+
+QTreeWidgetItem* row(QTreeWidget* tree, const QString& text)
+{
+    const QList<QTreeWidgetItem*> found = tree->findItems(text, Qt::MatchExactly | Qt::MatchRecursive);
+    return found.isEmpty() ? nullptr : found.first();
+}
+
+QStringList childTexts(const QTreeWidgetItem* parent)
+{
+    QStringList texts;
+    for (int i = 0; parent && i < parent->childCount(); ++i)
+        texts << parent->child(i)->text(0);
+    return texts;
+}
+
+} // namespace
+
+class TestStudioWindow : public QObject {
+    Q_OBJECT
+
+    QString path(const QString& relative) const { return m_dir->filePath(relative); }
+    ProjectTree* tree() const { return m_window->projectTree(); }
+    // Selects the project item named name in the project view.
+    QAStData* select(const QString& name)
+    {
+        QTreeWidgetItem* found = row(tree(), name);
+        if (!found)
+            return nullptr;
+        tree()->setCurrentItem(found);
+        return tree()->dataOf(found);
+    }
+
+    std::unique_ptr<QTemporaryDir> m_dir;
+    std::unique_ptr<StudioWindow> m_window;
+    std::unique_ptr<ModalAnswerer> m_boxes;
+
+private slots:
+    void initTestCase()
+    {
+        m_dir = std::make_unique<QTemporaryDir>();
+        TestFiles::copyTree(TestPaths::sourceDir() + QStringLiteral("/examples/calculator"), m_dir->path());
+        m_boxes = std::make_unique<ModalAnswerer>();
+        m_window = std::make_unique<StudioWindow>();
+        QCOMPARE(QAStData::studioIFace(), static_cast<StudioInterface*>(m_window.get()));
+        m_window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+        QVERIFY(m_window->openProject(path(QStringLiteral("calculator.rtp"))));
+    }
+
+    void cleanup()
+    {
+        const QStringList unexpected = m_boxes->unexpected();
+        const bool idle = m_boxes->idle();
+        m_boxes->reset();
+        QVERIFY2(unexpected.isEmpty(), qPrintable(unexpected.join('\n')));
+        QVERIFY(idle);
+    }
+
+    void cleanupTestCase()
+    {
+        m_window.reset();
+        QCOMPARE(QAStData::studioIFace(), nullptr);
+    }
+
+    // The project's nodes and its file tree, each under its own top row;
+    // the chooser offers the project's configurations.
+    void showsTheOpenedProject()
+    {
+        QCOMPARE(tree()->topLevelItemCount(), 2);
+        QCOMPARE(tree()->dataOf(tree()->topLevelItem(0)), m_window->project());
+        QCOMPARE(childTexts(tree()->topLevelItem(0)),
+                 (QStringList{"printer", "Build", "Unit tests", "System tests"}));
+        QVERIFY(row(tree(), QStringLiteral("Headers")));
+        QVERIFY(row(tree(), QStringLiteral("calc.h")));
+        QComboBox* chooser = m_window->configurationChooser();
+        QCOMPARE(chooser->count(), 2);
+        QCOMPARE(chooser->currentText(), QStringLiteral("Debug"));
+        QVERIFY(m_window->windowTitle().startsWith(QLatin1String("calculator.rtp")));
+        QVERIFY(!m_window->isModified());
+    }
+
+    // The sheet shows the selected node's configuration: its own values
+    // marked, inherited ones not; an edit becomes a local value of that
+    // configuration even when the library pointed the shared descriptor
+    // elsewhere meanwhile, and a reset brings the inherited value back.
+    void propertySheetEditsTheSelectedConfiguration()
+    {
+        auto* library = qobject_cast<QAStNode*>(select(QStringLiteral("libcalc")));
+        QVERIFY(library);
+        PropertySheet* sheet = m_window->propertySheet();
+        QCOMPARE(sheet->node(), library);
+        QAStConfiguration* config = library->currentConfiguration();
+        QCOMPARE(sheet->configuration(), config);
+        QVERIFY(sheet->isMarkedOverridden(QStringLiteral("generationFormat")));
+        QVERIFY(sheet->rowOf(QStringLiteral("cflags")));
+        QVERIFY(!sheet->isMarkedOverridden(QStringLiteral("cflags")));
+        QVERIFY(!sheet->resetButtonOf(QStringLiteral("cflags"))->isEnabled());
+
+        // Writing the project binds the descriptor to every configuration.
+        QString text;
+        QTextStream out(&text);
+        m_window->project()->write(out, 0);
+
+        auto* editor = qobject_cast<QAPropertyTextWidget*>(sheet->editorOf(QStringLiteral("cflags")));
+        QVERIFY(editor);
+        QCOMPARE(editor->lineEdit()->text(), QStringLiteral("-g -O0"));
+        editor->lineEdit()->setFocus();
+        editor->lineEdit()->selectAll();
+        QTest::keyClicks(editor->lineEdit(), QStringLiteral("-g -O1"));
+        QTest::keyClick(editor->lineEdit(), Qt::Key_Return);
+        QCOMPARE(config->localProperty(QStringLiteral("cflags")).toString(), QStringLiteral("-g -O1"));
+        QVERIFY(!m_window->project()->configuration(QStringLiteral("Debug"))->hasProperty(QStringLiteral("cflags")) ||
+                m_window->project()->configuration(QStringLiteral("Debug"))->localProperty(QStringLiteral("cflags")) ==
+                    QStringLiteral("-g -O0"));
+        QVERIFY(sheet->isMarkedOverridden(QStringLiteral("cflags")));
+        QVERIFY(m_window->isModified());
+
+        QToolButton* reset = sheet->resetButtonOf(QStringLiteral("cflags"));
+        QVERIFY(reset->isEnabled());
+        reset->click();
+        QVERIFY(!config->hasProperty(QStringLiteral("cflags")));
+        QVERIFY(!sheet->isMarkedOverridden(QStringLiteral("cflags")));
+        QCOMPARE(editor->lineEdit()->text(), QStringLiteral("-g -O0"));
+
+        // Another configuration: the sheet follows the chooser.
+        m_window->setCurrentConfiguration(QStringLiteral("Release"));
+        QCOMPARE(sheet->configuration(), library->configuration(QStringLiteral("Release")));
+        editor = qobject_cast<QAPropertyTextWidget*>(sheet->editorOf(QStringLiteral("cflags")));
+        QCOMPARE(editor->lineEdit()->text(), QStringLiteral("-O2"));
+        m_window->setCurrentConfiguration(QStringLiteral("Debug"));
+    }
+
+    // Adding from the add menu, deleting, and both undone and redone
+    // through the library's undo manager; the view follows each step.
+    void addDeleteUndoRedo()
+    {
+        QVERIFY(select(QStringLiteral("Build")));
+        QMenu* add = m_window->addMenu();
+        QVERIFY(add->isEnabled());
+        QAction* library = nullptr;
+        for (QAction* action : add->actions())
+            if (action->data().toString() == QLatin1String("library"))
+                library = action;
+        QVERIFY(library);
+        library->trigger();
+        QAStNode* fresh = m_window->selectedNode();
+        QVERIFY(fresh && fresh->inherits("QAStNodeLibrary"));
+        QCOMPARE(fresh->configurations(), (QStringList{"Debug", "Release"}));
+        const QString name = fresh->name();
+        QTreeWidgetItem* build = row(tree(), QStringLiteral("Build"));
+        QCOMPARE(childTexts(build).last(), name);
+        QVERIFY(m_window->action(QStringLiteral("undo"))->isEnabled());
+
+        m_window->undo();
+        QVERIFY(!childTexts(build).contains(name));
+        QVERIFY(m_window->action(QStringLiteral("redo"))->isEnabled());
+        m_window->redo();
+        QCOMPARE(childTexts(build).last(), name);
+
+        QVERIFY(select(name));
+        QVERIFY(m_window->deleteSelected());
+        QVERIFY(!row(tree(), name));
+        QCOMPARE(m_window->selectedData()->name(), QStringLiteral("Build"));
+        m_window->undo();
+        QVERIFY(row(tree(), name));
+        m_window->undo();
+        QTRY_VERIFY(!row(tree(), name));
+
+        // A row is renamed through the item, and only where it may be.
+        QAStData* headers = select(QStringLiteral("Headers"));
+        row(tree(), QStringLiteral("Headers"))->setText(0, QStringLiteral("Include files"));
+        QCOMPARE(headers->name(), QStringLiteral("Include files"));
+    }
+
+    // Cut and paste move a node into a group and a file into another
+    // folder; each move is undone as one step. A node never goes into its
+    // own subtree.
+    void cutAndPasteMove()
+    {
+        QAStData* system = select(QStringLiteral("System tests"));
+        QVERIFY(m_window->cutSelected());
+        QVERIFY(!row(tree(), QStringLiteral("System tests")));
+        QVERIFY(select(QStringLiteral("Build")));
+        QAStData* pasted = m_window->pasteIntoSelected();
+        QVERIFY(pasted);
+        QCOMPARE(pasted->parent()->name(), QStringLiteral("Build"));
+        QCOMPARE(row(tree(), QStringLiteral("System tests"))->parent(), row(tree(), QStringLiteral("Build")));
+        m_window->undo();
+        m_window->undo();
+        QCOMPARE(row(tree(), QStringLiteral("System tests"))->parent(), tree()->topLevelItem(0));
+        Q_UNUSED(system);
+
+        QAStData* header = select(QStringLiteral("calc.h"));
+        QVERIFY(header->inherits("QAStFile"));
+        QVERIFY(m_window->cutSelected());
+        tree()->setCurrentItem(tree()->topLevelItem(1));
+        QAStData* moved = m_window->pasteIntoSelected();
+        QVERIFY(moved && moved->inherits("QAStFile"));
+        QCOMPARE(moved->parent(), m_window->project()->rootFolder());
+        QCOMPARE(row(tree(), QStringLiteral("calc.h"))->parent(), tree()->topLevelItem(1));
+
+        QAStData* build = m_window->project()->findNode(QStringLiteral("Build"));
+        QAStData* libcalc = m_window->project()->findNode(QStringLiteral("libcalc"));
+        QVERIFY(ProjectTree::canHold(build, m_window->project()->findNode(QStringLiteral("Unit tests"))));
+        QVERIFY(!ProjectTree::canHold(libcalc, build));
+        QVERIFY(!ProjectTree::canHold(build, build));
+    }
+
+    // A line naming a file and a line, double-clicked in the output
+    // console, opens the file read-only with the cursor on that line.
+    void outputLineOpensTheFile()
+    {
+        m_window->displayMessage(QAStData::OutputConsole, QStringLiteral("compiling\n"));
+        m_window->displayMessage(QAStData::OutputConsole, QStringLiteral("src/calc.c:12: error: expected ';'\n"));
+        QAStOutputWidget* console = m_window->console(QAStData::OutputConsole);
+        QTextCursor cursor(console->document()->findBlockByNumber(console->document()->blockCount() - 1));
+        while (cursor.block().text().isEmpty() && cursor.block().previous().isValid())
+            cursor = QTextCursor(cursor.block().previous());
+        QVERIFY(cursor.block().text().startsWith(QLatin1String("src/calc.c:12")));
+        console->setTextCursor(cursor);
+        console->ensureCursorVisible();
+        QTest::mouseDClick(console->viewport(), Qt::LeftButton, {}, console->cursorRect(cursor).center() + QPoint(4, 0));
+
+        QPlainTextEdit* editor = m_window->editorOf(path(QStringLiteral("src/calc.c")));
+        QVERIFY(editor);
+        QVERIFY(editor->isReadOnly());
+        QCOMPARE(m_window->editorTabs()->currentWidget(), editor);
+        QCOMPARE(editor->textCursor().blockNumber(), 11);
+        QCOMPARE(editor->toPlainText(), QString::fromUtf8(TestFiles::readFile(path(QStringLiteral("src/calc.c")))));
+
+        // Opening it again keeps one tab; a missing file is told in a box.
+        const int tabs = m_window->editorTabs()->count();
+        m_window->editFile(path(QStringLiteral("src/calc.c")), 3);
+        QCOMPARE(m_window->editorTabs()->count(), tabs);
+        QCOMPARE(editor->textCursor().blockNumber(), 2);
+        m_boxes->click(QMessageBox::Ok);
+        m_window->editFile(path(QStringLiteral("src/missing.c")), 1);
+        QVERIFY(m_boxes->texts().value(0).startsWith(path(QStringLiteral("src/missing.c")) + "\n\n"));
+        QCOMPARE(m_window->editorTabs()->count(), tabs);
+    }
+
+    // Analysed through the library behind the progress dialog, the tags
+    // show in the three layouts; an enabled filter set in the Filters
+    // dialog hides the tags it refuses.
+    void tagBrowserLayoutsAndFilters()
+    {
+        if (QStandardPaths::findExecutable(QStringLiteral("ctags")).isEmpty())
+            QSKIP("ctags is not installed");
+        QString cancelText;
+        m_window->startProgress(QStringLiteral("probe"), QStringLiteral("Abort"), 3);
+        auto* progress = m_window->findChild<QProgressDialog*>(QStringLiteral("progress"));
+        QVERIFY(progress);
+        const QList<QPushButton*> buttons = progress->findChildren<QPushButton*>();
+        QVERIFY(!buttons.isEmpty());
+        QCOMPARE(buttons.first()->text(), QStringLiteral("Abort"));
+        buttons.first()->click();
+        QVERIFY(m_window->progressWasCanceled());
+        m_window->finishProgress();
+
+        QVERIFY(m_window->analyseSources());
+        QTRY_VERIFY_WITH_TIMEOUT(m_window->action(QStringLiteral("analyse"))->isEnabled(), 60000);
+        QAStObjectManager* browser = m_window->tagBrowser();
+        QComboBox* layout = m_window->tagLayoutChooser();
+
+        layout->setCurrentIndex(QAStObjectManager::SortByType);
+        emit layout->activated(QAStObjectManager::SortByType);
+        QCOMPARE(browser->sortMode(), int(QAStObjectManager::SortByType));
+        QCOMPARE(browser->topLevelItem(0)->text(0), QStringLiteral("Test Items"));
+        const int functions = browser->topLevelItem(0)->child(1)->childCount();
+        QVERIFY(functions > 4);
+        QCOMPARE(m_window->project()->sortMethod(), int(QAStObjectManager::SortByType));
+
+        emit layout->activated(QAStObjectManager::SortAlpha);
+        QCOMPARE(browser->sortMode(), int(QAStObjectManager::SortAlpha));
+        QCOMPARE(browser->topLevelItem(0)->text(0), QStringLiteral("calc.c"));
+        emit layout->activated(QAStObjectManager::SortByType);
+
+        auto* filter = new QATagFilter;
+        filter->setFilterName(QStringLiteral("divide only"));
+        filter->setEnabled(true);
+        QAFilterExprGroup* group = filter->createGroup();
+        group->addExpr(new QATagFilterExpr(QATagFilterExpr::Name, QStringLiteral("*divide*"), false));
+        filter->addGroup(group);
+        m_window->tagFilters()->addFilter(filter);
+        m_boxes->then([](QWidget* dialog) { static_cast<QDialog*>(dialog)->accept(); });
+        m_window->action(QStringLiteral("filters"))->trigger();
+        const QTreeWidgetItem* shown = browser->topLevelItem(0)->child(1);
+        QCOMPARE(shown->childCount(), 2);
+        QVERIFY(shown->child(0)->text(0).startsWith(QLatin1String("calc_divide")));
+
+        filter->setEnabled(false);
+        m_window->applyTagFilters();
+        QCOMPARE(browser->topLevelItem(0)->child(1)->childCount(), functions);
+    }
+
+    // The host's boxes are real and answered: a question returns the
+    // button chosen (or the way out when closed), text input returns the
+    // text typed, and closing a modified project asks to save it.
+    void hostBoxesAreAnswered()
+    {
+        m_boxes->click(QMessageBox::No);
+        QCOMPARE(m_window->question(nullptr, QStringLiteral("Q"), QStringLiteral("Go on?"),
+                                    QMessageBox::Yes | QMessageBox::No, QMessageBox::Yes,
+                                    QMessageBox::Question),
+                 QMessageBox::No);
+        m_boxes->then([](QWidget* box) { static_cast<QDialog*>(box)->reject(); });
+        QCOMPARE(m_window->question(nullptr, QStringLiteral("Q"), QStringLiteral("Go on?"),
+                                    QMessageBox::Yes | QMessageBox::Cancel, QMessageBox::Yes,
+                                    QMessageBox::Question),
+                 QMessageBox::Cancel);
+        m_boxes->then([](QWidget* box) {
+            auto* input = qobject_cast<QInputDialog*>(box);
+            QVERIFY(input);
+            input->setTextValue(QStringLiteral("typed"));
+            input->accept();
+        });
+        bool ok = false;
+        QCOMPARE(m_window->getText(nullptr, QStringLiteral("T"), QStringLiteral("Name:"), QStringLiteral("proposed"), &ok),
+                 QStringLiteral("typed"));
+        QVERIFY(ok);
+        m_boxes->click(QMessageBox::Ok);
+        m_window->warning(nullptr, QStringLiteral("W"), QStringLiteral("careful"));
+        QCOMPARE(m_boxes->texts().last(), QStringLiteral("careful"));
+
+        // Closing a modified project: Cancel keeps it, Discard closes it
+        // without writing; the file on disk is the one of before.
+        QVERIFY(m_window->isModified());
+        const QByteArray before = TestFiles::readFile(path(QStringLiteral("calculator.rtp")));
+        m_boxes->click(QMessageBox::Cancel);
+        QVERIFY(!m_window->closeProject());
+        QVERIFY(m_window->project());
+        m_boxes->click(QMessageBox::Discard);
+        QVERIFY(m_window->closeProject());
+        QVERIFY(!m_window->project());
+        QCOMPARE(tree()->topLevelItemCount(), 0);
+        QCOMPARE(TestFiles::readFile(path(QStringLiteral("calculator.rtp"))), before);
+        QVERIFY(m_window->openProject(path(QStringLiteral("calculator.rtp"))));
+    }
+
+    // A node built for real: its row says how the walk went, and the
+    // compiler's lines reach the output console.
+    void buildShowsTheNodeState()
+    {
+        if (QStandardPaths::findExecutable(QStringLiteral("gcc")).isEmpty() ||
+            QStandardPaths::findExecutable(QStringLiteral("perl")).isEmpty())
+            QSKIP("gcc or perl is not installed");
+        auto* library = qobject_cast<QAStNode*>(select(QStringLiteral("libcalc")));
+        QVERIFY(library);
+        QSignalSpy finished(library, &QAStNode::buildExecuteFinished);
+        QVERIFY(m_window->buildSelected());
+        QCOMPARE(row(tree(), QStringLiteral("libcalc"))->text(ProjectTree::StateColumn), ProjectTree::runningText());
+        QVERIFY(!m_window->action(QStringLiteral("build"))->isEnabled());
+        QVERIFY(finished.wait(180000));
+        const QString output = m_window->console(QAStData::OutputConsole)->toPlainText();
+        QVERIFY2(library->walkSucceeded(), qPrintable(output));
+        QCOMPARE(row(tree(), QStringLiteral("libcalc"))->text(ProjectTree::StateColumn), ProjectTree::succeededText());
+        QVERIFY(QFileInfo::exists(path(QStringLiteral("build/libcalc.a"))));
+        QVERIFY(output.contains(QLatin1String("calc.c")));
+        QVERIFY(m_window->action(QStringLiteral("build"))->isEnabled());
+    }
+};
+
+QTEST_MAIN(TestStudioWindow)
+#include "tst_studio_window.moc"
