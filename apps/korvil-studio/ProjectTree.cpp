@@ -290,15 +290,7 @@ bool ProjectTree::canHold(const QAStData* parent, const QAStData* item)
 {
     if (!parent || !item || parent == item || item->isAncestorOf(parent))
         return false;
-    if (parent->acceptDrop(const_cast<QAStData*>(item)))
-        return true;
-    const auto* node = qobject_cast<const QAStNode*>(parent);
-    if (!node || !item->inherits("QAStNode"))
-        return false;
-    const QStringList classes = node->allowedChildClasses();
-    return std::any_of(classes.cbegin(), classes.cend(), [item](const QString& className) {
-        return item->inherits(className.toLatin1().constData());
-    });
+    return parent->acceptDrop(const_cast<QAStData*>(item));
 }
 
 bool ProjectTree::dropPlace(QDropEvent* event, QAStData* item, QAStData** parent,

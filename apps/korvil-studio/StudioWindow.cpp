@@ -598,18 +598,11 @@ QAStData* StudioWindow::pasteIntoSelected()
         statusMessage(tr("The clipboard holds no project item"));
         return nullptr;
     }
-    QAStData* pasted = nullptr;
-    if (target->acceptDrop(item)) {
-        // The library's own paste, which the target agreed to.
-        delete item;
-        pasted = target->paste();
-    } else if (ProjectTree::canHold(target, item) && target->userAdd(item, target->last())) {
-        pasted = item;
-    } else {
+    const bool accepted = target->acceptDrop(item);
+    if (!accepted)
         statusMessage(tr("%1 cannot hold %2").arg(target->name(), item->name()));
-        delete item;
-        return nullptr;
-    }
+    delete item;
+    QAStData* pasted = accepted ? target->paste() : nullptr;
     if (pasted) {
         treeEdited();
         m_tree->setCurrentData(pasted);

@@ -401,6 +401,16 @@ QStringList QAStNode::allowedChildClasses() const
     return QStringList();
 }
 
+bool QAStNode::acceptDrop(QAStData* item) const
+{
+    if (!item || item == this || item->isAncestorOf(this) || !item->inherits("QAStNode"))
+        return false;
+    const QStringList classes = allowedChildClasses();
+    return std::any_of(classes.cbegin(), classes.cend(), [item](const QString& className) {
+        return item->inherits(className.toLatin1().constData());
+    });
+}
+
 QStringList QAStNode::addableChildKinds() const
 {
     return QStringList();

@@ -145,6 +145,10 @@ public:
     // The classes a child read from the file must inherit; empty for kinds
     // that hold no children (they have no child element to read).
     virtual QStringList allowedChildClasses() const;
+    // Takes a node whose class inherits one of allowedChildClasses(),
+    // neither this node nor one above it, so that paste and drops move
+    // nodes within the rules the project file holds.
+    bool acceptDrop(QAStData* item) const override;
     // The element tags of the kinds a user may add below the node, in menu
     // order; none by default.
     virtual QStringList addableChildKinds() const;

@@ -202,6 +202,7 @@ private slots:
     void linkedNode();
     void absoluteFilePath();
     void exampleFile();
+    void pasteAndDropFollowTheNesting();
 
 private:
     RecordingStudio m_studio;
@@ -540,3 +541,35 @@ void TestNodeKinds::exampleFile()
 
 QTEST_MAIN(TestNodeKinds)
 #include "tst_node_kinds.moc"
+
+void TestNodeKinds::pasteAndDropFollowTheNesting()
+{
+    QAStNodeGroup group(u"Group"_s, QPixmap());
+    auto* application = new QAStNodeApplication(u"App"_s, QPixmap(), &group);
+    auto* source = new QAStNodeSource(u"main.c"_s, QPixmap(), application);
+    auto* inner = new QAStNodeGroup(u"Inner"_s, QPixmap(), &group, application);
+
+    // Where the project file allows the kind, and never into itself or
+    // below itself.
+    QVERIFY(group.acceptDrop(application));
+    QVERIFY(inner->acceptDrop(application));
+    QVERIFY(application->acceptDrop(source));
+    QVERIFY(!source->acceptDrop(application));
+    QVERIFY(!application->acceptDrop(&group));
+    QVERIFY(!inner->acceptDrop(inner));
+    QVERIFY(!inner->acceptDrop(&group));
+
+    application->copy();
+    QAStData* pasted = inner->paste();
+    QVERIFY(pasted);
+    QCOMPARE(pasted->parent(), static_cast<QAStData*>(inner));
+    QCOMPARE(pasted->name(), u"App"_s);
+    QCOMPARE(classNames(pasted->childItems()), QStringList{u"QAStNodeSource"_s});
+    QVERIFY(QAStData::isUndoAvailable());
+    QAStData::undo();
+    QCOMPARE(inner->childCount(), 0);
+
+    group.copy();
+    QVERIFY(!source->paste());
+    QCOMPARE(source->childCount(), 0);
+}
