@@ -2,6 +2,7 @@
 
 #include "QAStData.h"
 #include "QAStProject.h"
+#include "QAXML.h"
 #include "QMetElement.h"
 #include "QMetMetric.h"
 #include "QMetTree.h"
@@ -68,7 +69,7 @@ QDomElement QMetReader::readXmlFile(const QString& file)
     QDomDocument document;
     QString message;
     int line = 0, column = 0;
-    if (!document.setContent(&device, &message, &line, &column)) {
+    if (!QAXML::setContent(document, &device, &message, &line, &column)) {
         reportParsingError(file, QStringLiteral("line %1, column %2: %3").arg(line).arg(column).arg(message));
         return QDomElement();
     }

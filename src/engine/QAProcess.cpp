@@ -162,18 +162,31 @@ void QAProcess::commandLineToArgs(const QString& line, QStringList& args)
         QRegularExpression(QStringLiteral(R"([\&])")),
     };
 
+    // Every match runs on the same text from another offset: its UTF-16 is
+    // checked once here (a lone surrogate becomes a replacement character),
+    // not by each match over the whole line, which made a long line
+    // quadratic.
+    QString text = line;
+    const bool valid = line.isValidUtf16();
+    for (qsizetype i = 0; !valid && i < text.size(); ++i) {
+        if (text.at(i).isHighSurrogate() && i + 1 < text.size() && text.at(i + 1).isLowSurrogate())
+            ++i;
+        else if (text.at(i).isSurrogate())
+            text[i] = QChar::ReplacementCharacter;
+    }
     args.clear();
     qsizetype pos = 0;
-    while (pos < line.size()) {
-        if (line.at(pos).isSpace()) {
+    while (pos < text.size()) {
+        if (text.at(pos).isSpace()) {
             ++pos;
             continue;
         }
         bool matched = false;
         for (qsizetype form = 0; form < qsizetype(std::size(forms)); ++form) {
             const QRegularExpressionMatch match =
-                forms[form].match(line, pos, QRegularExpression::NormalMatch,
-                                  QRegularExpression::AnchorAtOffsetMatchOption);
+                forms[form].match(text, pos, QRegularExpression::NormalMatch,
+                                  QRegularExpression::AnchorAtOffsetMatchOption
+                                      | QRegularExpression::DontCheckSubjectStringMatchOption);
             if (!match.hasMatch())
                 continue;
             const QString token = match.captured(0);

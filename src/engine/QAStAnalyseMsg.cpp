@@ -50,10 +50,30 @@ const std::array<QRegularExpression, forms.size()>& formExpressions()
     return expressions;
 }
 
+// The text that every match of a line runs on: valid UTF-16, a lone
+// surrogate replaced. It is checked here once, so the matches skip the
+// check, which would go over the whole line at each of them (quadratic on
+// a long line).
+QString checkedText(const QString& line)
+{
+    if (line.isValidUtf16())
+        return line;
+    QString text = line;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        if (text.at(i).isHighSurrogate() && i + 1 < text.size() && text.at(i + 1).isLowSurrogate())
+            ++i;
+        else if (text.at(i).isSurrogate())
+            text[i] = QChar::ReplacementCharacter;
+    }
+    return text;
+}
+
+// text comes from checkedText.
 QRegularExpressionMatch matchAt(const QRegularExpression& re, const QString& text, int from)
 {
     return re.match(text, from, QRegularExpression::NormalMatch,
-                    QRegularExpression::AnchorAtOffsetMatchOption);
+                    QRegularExpression::AnchorAtOffsetMatchOption
+                        | QRegularExpression::DontCheckSubjectStringMatchOption);
 }
 
 // A line of gcc's source excerpt: "   12 |   code" or "      |   ^~~~".
@@ -118,10 +138,14 @@ struct Start {
     bool includeChain = false; // the line is one of gcc's include chain
 };
 
+// line comes from checkedText.
 Start findStart(const QString& line)
 {
     Start start;
-    if (excerptLine().match(line).hasMatch())
+    if (excerptLine()
+            .match(line, 0, QRegularExpression::NormalMatch,
+                   QRegularExpression::DontCheckSubjectStringMatchOption)
+            .hasMatch())
         return start;
     int pos = skipBlanks(line, 0);
     for (;;) {
@@ -177,7 +201,7 @@ void QAStAnalyseMsg::clear()
 bool QAStAnalyseMsg::analyze(const QString& line)
 {
     clear();
-    QString text = withoutLineEnd(line);
+    QString text = withoutLineEnd(checkedText(line));
     const Start start = findStart(text);
     if (start.pos < 0)
         return false;
@@ -211,7 +235,7 @@ bool QAStAnalyseMsg::analyzeLineNumber(const QString& line, int from, const char
                  qPrintable(re.errorString()));
         return false;
     }
-    return take(matchAt(re, line, from));
+    return take(matchAt(re, checkedText(line), from));
 }
 
 bool QAStAnalyseMsg::take(const QRegularExpressionMatch& match)
@@ -228,7 +252,7 @@ bool QAStAnalyseMsg::take(const QRegularExpressionMatch& match)
 
 int QAStAnalyseMsg::fileNameStart(const QString& line)
 {
-    return findStart(line).pos;
+    return findStart(checkedText(line)).pos;
 }
 
 QString QAStAnalyseMsg::resolvedFile(const QString& file, const QString& baseDirectory)

@@ -2,7 +2,7 @@
 
 #include "QAFileUtil.h"
 
-#include <QSaveFile>
+#include <QIODevice>
 #include <QStringConverter>
 #include <QTextStream>
 
@@ -36,22 +36,14 @@ bool failed(QString* error, const QString& path, const QString& reason)
 template <typename Script>
 bool saveScript(const QString& path, const Script& script, QString* error)
 {
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return failed(error, path, file.errorString());
-    QTextStream out(&file);
+    QByteArray bytes;
+    QTextStream out(&bytes, QIODevice::WriteOnly);
     out.setEncoding(QStringConverter::Utf8);
     QAStWizardScript::write(out, script);
     out << "1;\n";
     out.flush();
-    if (out.status() != QTextStream::Ok) {
-        const QString reason = file.errorString();
-        file.cancelWriting();
-        return failed(error, path, reason);
-    }
-    if (!file.commit())
-        return failed(error, path, file.errorString());
-    return true;
+    QString reason;
+    return QAFileUtil::replaceFile(path, bytes, &reason) || failed(error, path, reason);
 }
 
 }

@@ -3,6 +3,7 @@
 #include "QAFileUtil.h"
 #include "QAFilter.h"
 #include "QAFiltersMgrEditor.h"
+#include "QAXML.h"
 
 #include <QDomDocument>
 #include <QFile>
@@ -150,7 +151,7 @@ QAFiltersMgr::ImportResult QAFiltersMgr::importFile(const QString& path)
     if (!file.open(QIODevice::ReadOnly))
         return ImportResult::CannotOpen;
     QDomDocument doc;
-    if (!doc.setContent(&file))
+    if (!QAXML::setContent(doc, &file))
         return ImportResult::NotWellFormed;
     QDomElement root = doc.documentElement();
     if (root.tagName() != rootTag || !xmlLoad(doc, root))

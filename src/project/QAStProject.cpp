@@ -22,6 +22,7 @@
 #include "QAStPropertyFilters.h"
 #include "QAStRootFolder.h"
 #include "QAStSubProject.h"
+#include "QAXML.h"
 #include "StudioInterface.h"
 
 #include <QDir>
@@ -30,7 +31,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QMainWindow>
-#include <QSaveFile>
 #include <QSignalBlocker>
 #include <QTextStream>
 
@@ -261,7 +261,7 @@ bool QAStProject::loadXmlProject()
     QString message;
     int line = 0;
     int column = 0;
-    if (!document.setContent(&in, &message, &line, &column)) {
+    if (!QAXML::setContent(document, &in, &message, &line, &column)) {
         return failLoad(tr("%1\n\nUnable to read the project :%2 at line #%3 column #%4")
                             .arg(path(), message, QString::number(line), QString::number(column)));
     }
@@ -471,20 +471,12 @@ bool QAStProject::writeFiles(const QString& file)
 
 bool QAStProject::writeProjectFile(const QString& file) const
 {
-    QSaveFile out(file);
-    if (!out.open(QIODevice::WriteOnly))
-        return reportSaveFailure(file, out.errorString());
-    QTextStream s(&out);
+    QByteArray bytes;
+    QTextStream s(&bytes, QIODevice::WriteOnly);
     QAStProject::write(s, 0);
     s.flush();
-    if (s.status() != QTextStream::Ok) {
-        const QString reason = out.errorString();
-        out.cancelWriting();
-        return reportSaveFailure(file, reason);
-    }
-    if (!out.commit())
-        return reportSaveFailure(file, out.errorString());
-    return true;
+    QString reason;
+    return QAFileUtil::replaceFile(file, bytes, &reason) || reportSaveFailure(file, reason);
 }
 
 bool QAStProject::reportSaveFailure(const QString& file, const QString& reason)

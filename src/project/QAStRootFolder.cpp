@@ -4,12 +4,12 @@
 #include "QAInstall.h"
 #include "QAStATag.h"
 #include "QAStFile.h"
+#include "QAXML.h"
 
 #include <QDomDocument>
 #include <QDomElement>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <QSet>
 #include <QTextStream>
 
@@ -74,7 +74,7 @@ bool QAStRootFolder::open(const QString& file)
     QString message;
     int line = 0;
     int column = 0;
-    if (!document.setContent(&in, &message, &line, &column)) {
+    if (!QAXML::setContent(document, &in, &message, &line, &column)) {
         appendLoadReport(tr("Unable to read the object information file %1 :%2 at line #%3 "
                             "column #%4\n")
                              .arg(file, message)
@@ -103,19 +103,15 @@ bool QAStRootFolder::write(const QString& file)
 {
     const QString formerDirectory = m_directory;
     setDirectory(QFileInfo(file).absolutePath());
-    QSaveFile out(file);
-    if (!out.open(QIODevice::WriteOnly)) {
-        setDirectory(formerDirectory);
-        return reportSaveFailure(file, out.errorString());
-    }
-    QTextStream s(&out);
+    QByteArray bytes;
+    QTextStream s(&bytes, QIODevice::WriteOnly);
     writeDocument(s);
     s.flush();
-    if (!out.commit()) {
-        setDirectory(formerDirectory);
-        return reportSaveFailure(file, out.errorString());
-    }
-    return true;
+    QString reason;
+    if (QAFileUtil::replaceFile(file, bytes, &reason))
+        return true;
+    setDirectory(formerDirectory);
+    return reportSaveFailure(file, reason);
 }
 
 bool QAStRootFolder::reportSaveFailure(const QString& file, const QString& reason)

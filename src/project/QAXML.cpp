@@ -1,7 +1,11 @@
 #include "QAXML.h"
 
+#include <QCoreApplication>
+#include <QDomDocument>
 #include <QDomElement>
+#include <QIODevice>
 #include <QTextStream>
+#include <QXmlStreamReader>
 
 QString QAXML::stringToXMLValue(const QString& s)
 {
@@ -159,4 +163,36 @@ void QAXML::toStream(QTextStream& s, const char* tag, const QString& value, int 
 {
     indent(s, depth);
     s << '<' << tag << '>' << value << "</" << tag << ">\n";
+}
+
+bool QAXML::setContent(QDomDocument& document, QIODevice* device, QString* message, int* line,
+                       int* column)
+{
+    return setContent(document, device->readAll(), message, line, column);
+}
+
+bool QAXML::setContent(QDomDocument& document, const QByteArray& text, QString* message,
+                       int* line, int* column)
+{
+    // A first pass with the stream reader, which takes linear time whatever
+    // the depth; a malformed text is left for the DOM parser to report.
+    QXmlStreamReader reader(text);
+    int depth = 0;
+    while (!reader.atEnd()) {
+        const QXmlStreamReader::TokenType token = reader.readNext();
+        if (token == QXmlStreamReader::EndElement) {
+            --depth;
+        } else if (token == QXmlStreamReader::StartElement && ++depth > maxDepth) {
+            if (message)
+                *message = QCoreApplication::translate("QAXML", "elements nested more than %1 deep")
+                               .arg(maxDepth);
+            if (line)
+                *line = int(reader.lineNumber());
+            if (column)
+                *column = int(reader.columnNumber());
+            document.clear();
+            return false;
+        }
+    }
+    return document.setContent(text, message, line, column);
 }

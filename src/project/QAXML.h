@@ -6,7 +6,9 @@
 #include <QString>
 #include <QStringList>
 
+class QDomDocument;
 class QDomElement;
+class QIODevice;
 class QTextStream;
 
 // Helpers shared by every writer and reader of the project's XML files:
@@ -23,6 +25,18 @@ class QTextStream;
 // that held "&lt;" literally.
 class SDK110_EXPORT QAXML {
 public:
+    // The deepest nesting of elements that setContent accepts: far beyond
+    // any file the library writes, and short of where QDomDocument's parse,
+    // which slows down with the square of the depth, takes seconds.
+    static constexpr int maxDepth = 1000;
+    // QDomDocument::setContent for the files the library reads, refusing a
+    // text nested deeper than maxDepth; on false, message, line and column
+    // say what is wrong and where.
+    static bool setContent(QDomDocument& document, QIODevice* device, QString* message = nullptr,
+                           int* line = nullptr, int* column = nullptr);
+    static bool setContent(QDomDocument& document, const QByteArray& text,
+                           QString* message = nullptr, int* line = nullptr, int* column = nullptr);
+
     static QString stringToXMLValue(const QString& s);
     static QString xmlValueToString(const QString& s);
     static QString stringListToXMLValue(const QStringList& l);

@@ -24,7 +24,12 @@ QAPropertyTextWidget::QAPropertyTextWidget(QAProperty* property, QWidget* parent
     connect(m_button, &QToolButton::clicked, this, &QAPropertyTextWidget::buttonClicked);
 }
 
-QAPropertyTextWidget::~QAPropertyTextWidget() = default;
+// The line edit loses its focus while QWidget's destructor runs, when this
+// editor is no longer one: its editingFinished must not reach us then.
+QAPropertyTextWidget::~QAPropertyTextWidget()
+{
+    m_lineEdit->disconnect(this);
+}
 
 void QAPropertyTextWidget::refresh()
 {
