@@ -4,7 +4,14 @@
 #
 #   tools/dev.sh setup   install the Debian packages the build needs
 #   tools/dev.sh build   set-up, configure and build (build/)
-#   tools/dev.sh test    build and run every test with CTest
+#   tools/dev.sh test    build and run every test with CTest, then the
+#                        sanitizer build and its tests, then a short fuzz
+#                        run of every reader (FUZZ_SECONDS each, 15)
+#   tools/dev.sh sanitize  build everything with ASan+UBSan (build-asan) and
+#                        run every test there
+#   tools/dev.sh fuzz [SECONDS]  build the fuzz targets (clang, build-fuzz)
+#                        and run each for SECONDS (60); crash inputs are kept
+#                        in build-fuzz/crashes
 #   tools/dev.sh main    build and run the main job
 #   tools/dev.sh bench   build and run every benchmark
 set -euo pipefail
@@ -17,6 +24,8 @@ packages=(
   build-essential cmake ninja-build pkg-config
   qt6-base-dev qt6-base-dev-tools libgl-dev
   perl universal-ctags libxml2-utils
+  xvfb xauth
+  clang libclang-rt-dev
 )
 
 as_root() {
@@ -45,17 +54,107 @@ build() {
   cmake --build "$build" -j "$jobs"
 }
 
+asan_build="${ASAN_BUILD_DIR:-$root/build-asan}"
+fuzz_build="${FUZZ_BUILD_DIR:-$root/build-fuzz}"
+
+# Sanitizer reports end the process with a failure; leaks are checked, with
+# the suppressions of tools/lsan.supp (Qt's and the system's own only).
+sanitizer_env() {
+  export ASAN_OPTIONS="detect_leaks=1:abort_on_error=1:check_initialization_order=1:strict_init_order=1"
+  export UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1"
+  export LSAN_OPTIONS="suppressions=$root/tools/lsan.supp:print_suppressions=0"
+}
+
+# The library and every test with gcc's AddressSanitizer and
+# UndefinedBehaviorSanitizer, in build-asan; the installed-package test is
+# left out (its consumer is not instrumented).
+sanitize() {
+  setup
+  cmake -S "$root" -B "$asan_build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+    -DCMAKE_CXX_FLAGS_RELWITHDEBINFO="-O1 -g1 -DNDEBUG" \
+    -DSDK110_SANITIZE=ON -DSDK110_BUILD_BENCH=OFF >/dev/null
+  cmake --build "$asan_build" -j "$jobs"
+  sanitizer_env
+  QT_QPA_PLATFORM=offscreen ctest --test-dir "$asan_build" --output-on-failure -j "$jobs" -LE package
+}
+
+# Every fuzz target for the given seconds each. New inputs go to
+# build-fuzz/corpus/<reader> (the seeds of fuzz/corpus stay as they are),
+# crashes, leaks and inputs slower than a second to
+# build-fuzz/crashes/<reader>-*, each run's log to build-fuzz/logs.
+fuzz() {
+  local seconds="${1:-60}" failed=() source name reader log
+  setup
+  CC=clang CXX=clang++ cmake -S "$root" -B "$fuzz_build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+    -DCMAKE_CXX_FLAGS_RELWITHDEBINFO="-O1 -gline-tables-only -DNDEBUG" -DSDK110_FUZZ=ON \
+    -DSDK110_BUILD_TESTS=OFF -DSDK110_BUILD_BENCH=OFF >/dev/null
+  cmake --build "$fuzz_build" --target fuzzers -j "$jobs"
+  sanitizer_env
+  mkdir -p "$fuzz_build/crashes" "$fuzz_build/logs"
+  for source in "$root"/fuzz/fuzz_*.cpp; do
+    name=$(basename "$source" .cpp)
+    reader=${name#fuzz_}
+    log="$fuzz_build/logs/$reader.log"
+    mkdir -p "$fuzz_build/corpus/$reader"
+    if "$fuzz_build/fuzz/$name" -max_total_time="$seconds" -timeout=1 -rss_limit_mb=2048 \
+         -max_len=65536 -print_final_stats=1 -artifact_prefix="$fuzz_build/crashes/$reader-" \
+         "$fuzz_build/corpus/$reader" "$root/fuzz/corpus/$reader" >"$log" 2>&1; then
+      printf '%-14s %s; %s\n' "$reader" "$(grep -a '^Done ' "$log" | tail -1)" \
+        "$(grep -aE '^#[0-9]+' "$log" | tail -1 | grep -oE 'cov: [0-9]+ ft: [0-9]+ corp: [0-9]+')"
+    else
+      failed+=("$reader")
+      printf '%-14s FAILED, see %s\n' "$reader" "$log"
+      tail -30 "$log"
+    fi
+  done
+  if [ ${#failed[@]} -gt 0 ]; then
+    echo "fuzzing found faults in: ${failed[*]} (inputs in $fuzz_build/crashes)"
+    return 1
+  fi
+}
+
+# Runs a stage and tells how long it took.
+stage() {
+  local start=$SECONDS
+  echo "== $1"
+  "${@:2}"
+  echo "== $1: $((SECONDS - start)) s"
+}
+
+unit_tests() {
+  build
+  QT_QPA_PLATFORM=offscreen ctest --test-dir "$build" --output-on-failure -j "$jobs"
+}
+
 case "${1:-}" in
   setup) setup ;;
   build) build ;;
   test)
-    build
-    export QT_QPA_PLATFORM=offscreen
-    ctest --test-dir "$build" --output-on-failure -j "$jobs"
+    stage "build and tests" unit_tests
+    stage "sanitizer build and tests" sanitize
+    stage "fuzzing" fuzz "${FUZZ_SECONDS:-15}"
     ;;
+  sanitize) sanitize ;;
+  fuzz) fuzz "${2:-60}" ;;
   main)
     build
-    "$build/bench/sdk110-bench"
+    # The example project, copied to a scratch directory of the build tree
+    # (examples/ is never written), run by korvil with the installation
+    # it finds beside itself or in the source tree.
+    work="$build/main-job"
+    rm -rf "$work"
+    mkdir -p "$work"
+    cp -R "$root/examples/calculator" "$work/"
+    rm -rf "$work/calculator/build" "$work/calculator/.korvil" \
+           "$work/calculator/sub/printer/build" "$work/calculator/sub/printer/.korvil"
+    korvil() { (cd "$work/calculator" && env -u ZELTAHOME -u KORVILDIR "$build/apps/korvil" "$@"); }
+    step() { printf '\n== korvil %s\n' "$*"; korvil "$@"; }
+    echo "example project: $work/calculator"
+    step info calculator.rtp
+    step build calculator.rtp
+    step execute calculator.rtp
+    step tags calculator.rtp --layout file
+    step metrics calculator.rtp
     ;;
   bench)
     build
@@ -63,7 +162,7 @@ case "${1:-}" in
     "$build/bench/sdk110-bench" "$@"
     ;;
   *)
-    sed -n '2,10p' "$0" | sed 's/^# \{0,1\}//'
+    sed -n '2,16p' "$0" | sed 's/^# \{0,1\}//'
     exit 2
     ;;
 esac
