@@ -10,8 +10,8 @@ class QAStAPackageTag;
 // Element "function": the "tested_tag" form.
 //
 // Declaration and implementation: the same function may stand as a
-// prototype in a declaration file (a header file, an Ada specification
-// ".ads") and as a body in another file. declaration() and
+// prototype in a declaration file (a header file, an Ada declaration
+// file ".ads") and as a body in another file. declaration() and
 // implementation() find those tags among the tags of the tree: the same
 // kind of tag with the same qualified name and the same signature once
 // parameter names, default values and blanks are left out; when no
@@ -48,7 +48,7 @@ public:
     bool canBeTested() const override;
 
     // Whether a file holds declarations: a header file, or an Ada
-    // specification (".ads").
+    // declaration file (".ads").
     static bool isDeclarationFile(const QString& path);
     // A signature reduced for comparison: parameter types only, no names,
     // default values or blanks that do not separate words; "(void)" is

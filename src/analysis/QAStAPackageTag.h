@@ -33,7 +33,7 @@ public:
     // GenericUnit bit (0x800) nor the Instantiation bit (0x20000).
     bool isTestable() const;
     // Testable, and standing in a body file: not a header file, not an
-    // Ada specification (".ads").
+    // Ada declaration file (".ads").
     bool isInstrumentable() const;
     bool canBeTested() const override;
 
@@ -46,7 +46,7 @@ protected:
     // Reads a "package" element; false (item not valid) when it is bad.
     bool init(const QDomElement& e, int version);
     // The file of the package of the same qualified name in a body file
-    // (an Ada body for a specification), else the package's own.
+    // (an Ada body for a declaration file), else the package's own.
     QString testedSourceFile() const override;
 
 private:

@@ -138,7 +138,7 @@ void TestTagging::driverTagsEachLanguage_data()
         "  class Listener q1",
         "    method changed(Account account) q1",
         "  method compareTo(Account other) q1"};
-    QTest::newRow("Ada specification") << "ada/stacks.ads" << QStringList{
+    QTest::newRow("Ada declaration file") << "ada/stacks.ads" << QStringList{
         "package Stacks",
         "  function Push",
         "  function Pop",
