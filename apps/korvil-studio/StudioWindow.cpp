@@ -62,6 +62,23 @@ QString decodedText(const QByteArray& bytes)
 
 } // namespace
 
+namespace {
+
+// Two panes one above the other, the upper taking 3/5 of what is gained.
+QSplitter* stacked(const QString& name, QWidget* top, QWidget* bottom, const QList<int>& sizes)
+{
+    auto* splitter = new QSplitter(Qt::Vertical);
+    splitter->setObjectName(name);
+    splitter->addWidget(top);
+    splitter->addWidget(bottom);
+    splitter->setStretchFactor(0, 3);
+    splitter->setStretchFactor(1, 2);
+    splitter->setSizes(sizes);
+    return splitter;
+}
+
+} // namespace
+
 StudioWindow::StudioWindow(QWidget* parent) : QMainWindow(parent)
 {
     setObjectName(QStringLiteral("studioWindow"));
@@ -128,13 +145,7 @@ void StudioWindow::createParts()
     tagLayout->addLayout(tagBar);
     tagLayout->addWidget(m_tagBrowser);
 
-    auto* left = new QSplitter(Qt::Vertical);
-    left->setObjectName(QStringLiteral("leftSplitter"));
-    left->addWidget(m_tree);
-    left->addWidget(tagPanel);
-    left->setStretchFactor(0, 3);
-    left->setStretchFactor(1, 2);
-    left->setSizes({460, 320});
+    auto* left = stacked(QStringLiteral("leftSplitter"), m_tree, tagPanel, {460, 320});
 
     m_editors = new QTabWidget;
     m_editors->setObjectName(QStringLiteral("editorTabs"));
@@ -155,13 +166,7 @@ void StudioWindow::createParts()
     m_consoles->addTab(m_output, tr("Output"));
     m_consoles->addTab(m_messages, tr("Messages"));
 
-    auto* middle = new QSplitter(Qt::Vertical);
-    middle->setObjectName(QStringLiteral("middleSplitter"));
-    middle->addWidget(m_editors);
-    middle->addWidget(m_consoles);
-    middle->setStretchFactor(0, 3);
-    middle->setStretchFactor(1, 2);
-    middle->setSizes({480, 300});
+    auto* middle = stacked(QStringLiteral("middleSplitter"), m_editors, m_consoles, {480, 300});
 
     m_sheet = new PropertySheet;
     connect(m_sheet, &PropertySheet::edited, this, [this] { setModified(true); });

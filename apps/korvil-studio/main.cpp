@@ -15,22 +15,11 @@
 #include <QTimer>
 #include <QWindow>
 
+#include "../HostInstallation.h"
+
 #include <cstdio>
 
 namespace {
-
-// The installation the window uses when neither ZELTAHOME nor KORVILDIR
-// says: the one installed beside it (<prefix>/share/korvil), else the
-// source tree's of the build.
-void chooseInstallation()
-{
-    if (!qEnvironmentVariableIsEmpty("ZELTAHOME") || !qEnvironmentVariableIsEmpty("KORVILDIR"))
-        return;
-    const QString installed =
-        QDir(QCoreApplication::applicationDirPath()).absoluteFilePath(QStringLiteral("../share/korvil"));
-    const QString tree = QFileInfo(installed).isDir() ? installed : QStringLiteral(KORVIL_SOURCE_INSTALL_TREE);
-    qputenv("ZELTAHOME", QDir::cleanPath(tree).toLocal8Bit());
-}
 
 // Grabs the window once it is on screen and painted, writes the picture
 // and ends the application: status 0 when the file was written.
@@ -64,7 +53,7 @@ int main(int argc, char** argv)
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("korvil-studio"));
     QApplication::setApplicationVersion(QStringLiteral(KORVIL_VERSION));
-    chooseInstallation();
+    chooseHostInstallation(QStringLiteral(KORVIL_SOURCE_INSTALL_TREE));
 
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral("The window host of the Korvil project library."));

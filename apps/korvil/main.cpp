@@ -12,22 +12,11 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include "../HostInstallation.h"
+
 #include <cstdio>
 
 namespace {
-
-// The installation the tool uses when neither ZELTAHOME nor KORVILDIR
-// says: the one installed beside it (<prefix>/share/korvil), else the
-// source tree's of the build.
-void chooseInstallation()
-{
-    if (!qEnvironmentVariableIsEmpty("ZELTAHOME") || !qEnvironmentVariableIsEmpty("KORVILDIR"))
-        return;
-    const QString installed =
-        QDir(QCoreApplication::applicationDirPath()).absoluteFilePath(QStringLiteral("../share/korvil"));
-    const QString tree = QFileInfo(installed).isDir() ? installed : QStringLiteral(KORVIL_SOURCE_INSTALL_TREE);
-    qputenv("ZELTAHOME", QDir::cleanPath(tree).toLocal8Bit());
-}
 
 // The library's trace lines on the Qt warning channel ("Terminated process
 // pid = ...", the walk's steps) are for developers: shown with
@@ -48,7 +37,7 @@ int main(int argc, char** argv)
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("korvil"));
     QCoreApplication::setApplicationVersion(QStringLiteral(KORVIL_VERSION));
-    chooseInstallation();
+    chooseHostInstallation(QStringLiteral(KORVIL_SOURCE_INSTALL_TREE));
 
     CommandLineStudio studio;
     QAStData::initialize(&studio);

@@ -6,6 +6,7 @@
 #include "QAStProject.h"
 #include "RecordingStudio.h"
 #include "TestFiles.h"
+#include "TestWalk.h"
 #include "TestPaths.h"
 
 #include <QSignalSpy>
@@ -17,17 +18,6 @@
 
 class TestExampleRun : public QObject {
     Q_OBJECT
-
-    // Runs a command on node and waits for the end of its walk; true when
-    // it ended well.
-    static bool walk(QAStNode* node, void (QAStNode::*command)())
-    {
-        QSignalSpy finished(node, &QAStNode::buildExecuteFinished);
-        (node->*command)();
-        if (finished.isEmpty() && !finished.wait(180000))
-            return false;
-        return finished.size() == 1 && node->walkSucceeded();
-    }
 
     QString path(const QString& relative) const { return m_dir->filePath(relative); }
 
