@@ -459,16 +459,23 @@ KRT_SILENT static struct krt_block krt_block_remove(uintptr_t address)
     return found;
 }
 
+/* Sets the runtime up once, takes the lock and gives the function that
+   holds caller (a return address), for a memory record. */
+KRT_SILENT static struct krt_function *krt_locked_caller(void *caller)
+{
+    pthread_once(&krt_once, krt_init);
+    int first = 0;
+    pthread_mutex_lock(&krt_lock);
+    return krt_function_of(krt_function_start((uintptr_t)caller), &first);
+}
+
 KRT_SILENT static void krt_allocated(void *block, size_t size, void *caller)
 {
     if (!block || krt_busy || krt_ended)
         return;
     krt_busy = 1;
-    pthread_once(&krt_once, krt_init);
     char field[NameSize + 16];
-    int first = 0;
-    pthread_mutex_lock(&krt_lock);
-    struct krt_function *owner = krt_function_of(krt_function_start((uintptr_t)caller), &first);
+    struct krt_function *owner = krt_locked_caller(caller);
     krt_block_add((uintptr_t)block, size, owner);
     krt_record("PB %zu 0x%lx %s", size, (unsigned long)(uintptr_t)block,
                owner ? krt_quoted(owner->name, field, sizeof field) : "\"?\"");
@@ -481,11 +488,8 @@ KRT_SILENT static void krt_freed(void *block, void *caller)
     if (!block || krt_busy || krt_ended)
         return;
     krt_busy = 1;
-    pthread_once(&krt_once, krt_init);
     char field[NameSize + 16];
-    int first = 0;
-    pthread_mutex_lock(&krt_lock);
-    struct krt_function *by = krt_function_of(krt_function_start((uintptr_t)caller), &first);
+    struct krt_function *by = krt_locked_caller(caller);
     const char *name = by ? krt_quoted(by->name, field, sizeof field) : "\"?\"";
     const struct krt_block found = krt_block_remove((uintptr_t)block);
     ++krt_frees;
