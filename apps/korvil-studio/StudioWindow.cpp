@@ -99,14 +99,7 @@ StudioWindow::StudioWindow(QWidget* parent) : QMainWindow(parent)
 
 StudioWindow::~StudioWindow()
 {
-    if (m_analyse)
-        m_analyse->stop();
-    QAProcess::killAll();
-    m_tree->setProject(nullptr);
-    m_sheet->setNode(nullptr);
-    m_tagBrowser->setProject(nullptr);
-    m_project.reset();
-    QAStData::undoManager()->clear();
+    dropProject();
     if (QAStData::studioIFace() == this)
         QAStData::initialize(nullptr);
 }
@@ -380,6 +373,15 @@ bool StudioWindow::closeProject()
         return true;
     if (!maybeSave())
         return false;
+    dropProject();
+    showProject();
+    return true;
+}
+
+// Stops every run, detaches the views and deletes the project, without a
+// question.
+void StudioWindow::dropProject()
+{
     if (m_analyse)
         m_analyse->stop();
     QAProcess::killAll();
@@ -389,8 +391,6 @@ bool StudioWindow::closeProject()
     m_project.reset();
     // The entries would name items of the project gone.
     QAStData::undoManager()->clear();
-    showProject();
-    return true;
 }
 
 void StudioWindow::setModified(bool modified)

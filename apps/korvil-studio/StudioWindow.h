@@ -173,6 +173,7 @@ private:
     // Asks whether to save a modified project: true to go on (saved or
     // discarded), false to stay.
     bool maybeSave();
+    void dropProject();
     bool startWalk(void (QAStNode::*command)(), const QString& what);
     void treeContextMenu(const QPoint& position);
     void openDataInEditor(QAStData* data);
