@@ -536,24 +536,9 @@ void StudioWindow::treeEdited()
 QAStNode* StudioWindow::addChild(const QString& tag)
 {
     QAStNode* parent = selectedNode();
-    if (!parent || !parent->addableChildKinds().contains(tag))
-        return nullptr;
-    // Named after its kind, unique in the tree, as the library names fresh
-    // nodes; made detached, so that adding it is one undo entry.
-    const QString label = QAStNode::kindLabel(tag);
-    QString name = label;
-    for (int n = 2; parent->root()->findNode(name); ++n)
-        name = label + QLatin1Char(' ') + QString::number(n);
-    QAStNode* fresh = QAStNode::createNode(tag, name, nullptr, nullptr);
+    QAStNode* fresh = parent ? parent->addNewChild(tag) : nullptr;
     if (!fresh)
         return nullptr;
-    for (const QString& configuration : parent->configurations())
-        fresh->addConfiguration(configuration);
-    fresh->setCurrentConfigurationName(parent->currentConfigurationName());
-    if (!parent->userAdd(fresh, parent->last())) {
-        delete fresh;
-        return nullptr;
-    }
     treeEdited();
     m_tree->setCurrentData(fresh);
     statusMessage(tr("%1 added to %2").arg(fresh->name(), parent->name()));

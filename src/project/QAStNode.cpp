@@ -420,12 +420,17 @@ QAStNode* QAStNode::addNewChild(const QString& tag)
 {
     if (!addableChildKinds().contains(tag))
         return nullptr;
-    QAStNode* fresh = createNode(tag, freshChildName(tag), this, last());
+    // Made detached and added as the user adds, so that it is one undo entry.
+    QAStNode* fresh = createNode(tag, freshChildName(tag), nullptr, nullptr);
     if (!fresh)
         return nullptr;
     for (const QString& name : configurations())
         fresh->addConfiguration(name);
     fresh->setCurrentConfigurationName(currentConfigurationName());
+    if (!userAdd(fresh, last())) {
+        delete fresh;
+        return nullptr;
+    }
     return fresh;
 }
 

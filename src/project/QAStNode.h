@@ -154,8 +154,8 @@ public:
     virtual QStringList addableChildKinds() const;
     // A fresh node of an addable kind as the last child, named after its
     // kind (made unique in the tree) and given this node's configuration
-    // names (empty, inheriting everything) and current configuration. Null
-    // for a tag that is not addable here.
+    // names (empty, inheriting everything) and current configuration; the
+    // addition is an undo entry. Null for a tag that is not addable here.
     QAStNode* addNewChild(const QString& tag);
     // A menu, parented to parent, titled "Add", with one action per
     // addable kind; an action adds that kind (addNewChild). The caller owns
