@@ -45,8 +45,9 @@ struct SDK110_EXPORT QAStTagRecord {
 // are ignored. A malformed line is reported with its expecting-message
 // ("<tag file>:<line>: expecting a tab") on the message console and costs
 // only its own tag. Texts are decoded in the preferences' source encoding
-// (ISO-8859-1 when none or unknown), since they are the sources' own
-// bytes; the backslash escapes \\, \t, \r and \n of a field are undone.
+// (UTF-8 while none is set, ISO-8859-1 when unknown), since they are the
+// sources' own bytes; the backslash escapes \\, \t, \r and \n of a field
+// are undone.
 //
 // Parents: a record's parent field is looked up among the tags this reader
 // created ("Search class = %s", ... as trace lines); the new tag goes below

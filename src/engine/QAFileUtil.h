@@ -34,12 +34,13 @@ public:
     static QString shortPath(const QString& path,
                              QAInstall::Platform platform = QAInstall::nativePlatform());
 
-    // Lines of a Perl script, each ended by "\n": $var='path'; with the
-    // path read back by Perl exactly as given.
+    // Lines of a Perl script, each ended by "\n", whose values Perl reads
+    // back exactly as given (escaped by QAStPerlGen::safePath and safeStr):
+    // $var='path';
     static void perlPath(QTextStream& out, const char* var, const QString& path);
-    // $var='text'; with the text escaped as free text (QAStPerlGen::safeStr).
+    // $var='text'; with the text as free text.
     static void perlString(QTextStream& out, const char* var, const QString& text);
-    // @var=('a', 'b'); with each item escaped as a path; @var=(); when empty.
+    // @var=('a', 'b'); with each item as a path; @var=(); when empty.
     static void perlList(QTextStream& out, const char* var, const QStringList& items);
     // $var=number;
     static void perlNumber(QTextStream& out, const char* var, qlonglong number);

@@ -21,10 +21,13 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QHash>
+#include <QRegularExpression>
 #include <QSet>
+#include <QStringConverter>
 #include <QTextStream>
 #include <QVariant>
 
+#include <algorithm>
 #include <charconv>
 #include <iterator>
 
@@ -40,33 +43,67 @@ QString expanded(const QString& value, QAStNode* node)
     return node ? QAStAnalyseMacro::analyse(value, node, QStringLiteral("Prompt Dialog")) : value;
 }
 
-// Every single quote preceded by a backslash.
-QString escapeQuotes(const QString& text)
+// Characters that leave the single-quoted text: perl's source reader drops
+// a carriage return before a line feed even inside a string, and a raw
+// line break would split the statement's line.
+bool isControl(QChar c)
 {
-    QString escaped = text;
-    return escaped.replace(quote, QStringLiteral("\\'"));
+    return c.unicode() < 0x20 || c.unicode() == 0x7f;
 }
 
-// Every run of backslashes that stands before a quote or at the end doubled,
-// the other runs kept.
-QString doubleClosingRuns(const QString& text)
+bool needsEscape(QChar c)
 {
-    QString result;
-    result.reserve(text.size() + 8);
-    qsizetype i = 0;
-    while (i < text.size()) {
-        if (text.at(i) != backslash) {
-            result += text.at(i++);
+    return c == backslash || c == quote || isControl(c);
+}
+
+const char hexDigits[] = "0123456789ABCDEF";
+
+// A control character as a double-quoted Perl escape.
+void appendControlEscape(QString& out, QChar c)
+{
+    switch (c.unicode()) {
+    case '\t':
+        out += QLatin1String("\\t");
+        break;
+    case '\n':
+        out += QLatin1String("\\n");
+        break;
+    case '\r':
+        out += QLatin1String("\\r");
+        break;
+    default:
+        out += QLatin1String("\\x{");
+        out += QLatin1Char(hexDigits[c.unicode() >> 4]);
+        out += QLatin1Char(hexDigits[c.unicode() & 0xf]);
+        out += QLatin1Char('}');
+    }
+}
+
+// text as it stands between the single quotes of a Perl string that reads
+// it back exactly: every backslash doubled, every quote escaped, and each
+// run of control characters a double-quoted escape joined to the quoted
+// parts around it ('a'."\r\n".'b').
+QString perlQuoted(const QString& text)
+{
+    if (std::none_of(text.cbegin(), text.cend(), needsEscape))
+        return text;
+    QString out;
+    out.reserve(text.size() + 16);
+    for (qsizetype i = 0; i < text.size();) {
+        const QChar c = text.at(i);
+        if (isControl(c)) {
+            out += QLatin1String("'.\"");
+            for (; i < text.size() && isControl(text.at(i)); ++i)
+                appendControlEscape(out, text.at(i));
+            out += QLatin1String("\".'");
             continue;
         }
-        const qsizetype start = i;
-        while (i < text.size() && text.at(i) == backslash)
-            ++i;
-        const qsizetype run = i - start;
-        const bool closing = i == text.size() || text.at(i) == quote;
-        result += QString(closing ? 2 * run : run, backslash);
+        if (c == backslash || c == quote)
+            out += backslash;
+        out += c;
+        ++i;
     }
-    return result;
+    return out;
 }
 
 using Escape = QString (*)(const QString&, QAStNode*);
@@ -353,6 +390,48 @@ const char* const packageNotFound = QT_TRANSLATE_NOOP(
     "QAStPerlGen",
     "Error: Unable to generate the Target Deployment Port path because the target package "
     "named [%1] cannot be found in the installation");
+
+const char* const unencodable = QT_TRANSLATE_NOOP(
+    "QAStPerlGen",
+    "%1: %3 cannot encode every character of %2 in the environment script; those it lacks "
+    "are written \"?\"\n");
+
+// The encoding the script is written in: the preferences', ISO-8859-1 for
+// a name Qt does not know.
+QStringConverter::Encoding scriptEncoding()
+{
+    const QString name = QAStData::preferences()->encodingName();
+    return QStringConverter::encodingForName(name.toLatin1().constData())
+        .value_or(QStringConverter::Latin1);
+}
+
+bool encodes(const QString& text, QStringConverter::Encoding encoding)
+{
+    QStringEncoder encoder(encoding);
+    // The encoder counts what it cannot write only as it converts.
+    const QByteArray converted = encoder.encode(text);
+    return !encoder.hasError();
+}
+
+// The variables whose lines hold a character the encoding cannot write,
+// each once, in script order. A line that begins no statement (an item of
+// a list written one a line) belongs to the statement begun last.
+QStringList unencodableVariables(const QString& script, QStringConverter::Encoding encoding)
+{
+    QStringList variables;
+    if (encodes(script, encoding))
+        return variables;
+    static const QRegularExpression statement(QStringLiteral(R"(^([$@]\w+(?:\{.*?\})?)\s*=)"));
+    QString current;
+    for (const QString& line : script.split(u'\n')) {
+        const QRegularExpressionMatch begun = statement.match(line);
+        if (begun.hasMatch())
+            current = begun.captured(1);
+        if (!encodes(line, encoding) && !variables.contains(current))
+            variables.append(current);
+    }
+    return variables;
+}
 
 // --- the common part, step by step
 
@@ -830,13 +909,10 @@ void writeMisra(QAStNode* node, SettingsWriter& s)
 void writePreferences(QString& out)
 {
     const QAStProjectPref* preferences = QAStData::preferences();
-    const QString encoding = preferences ? preferences->encodingName() : QString();
-    if (encoding.isEmpty())
-        out += QLatin1String("$MIME_NAME = 'ISO-8859-1';\n");
-    else
-        out += QLatin1String("$MIME_NAME = '") + QAStPerlGen::safeStr(encoding) + QLatin1String("';\n");
-    out += (preferences && preferences->verbose()) ? QLatin1String("$ENV{'ZELTASTUDIO_VERBOSE'} = '1';\n")
-                                                   : QLatin1String("$ENV{'ZELTASTUDIO_VERBOSE'} = '0';\n");
+    out += QLatin1String("$MIME_NAME = '") + QAStPerlGen::safeStr(preferences->encodingName()) +
+           QLatin1String("';\n");
+    out += preferences->verbose() ? QLatin1String("$ENV{'ZELTASTUDIO_VERBOSE'} = '1';\n")
+                                  : QLatin1String("$ENV{'ZELTASTUDIO_VERBOSE'} = '0';\n");
 }
 
 bool generateCommonPart(QString& out, QAStData* item)
@@ -895,14 +971,12 @@ QString QAStPerlGen::safePath(const QString& value, QAStNode* node)
 {
     if (value.isEmpty())
         return value;
-    return escapeQuotes(QAFileUtil::perlDirPath(expanded(value, node)));
+    return perlQuoted(expanded(value, node));
 }
 
 QString QAStPerlGen::safeStr(const QString& value, QAStNode* node)
 {
-    if (value.isEmpty())
-        return value;
-    return escapeQuotes(doubleClosingRuns(expanded(value, node)));
+    return safePath(value, node);
 }
 
 namespace {
@@ -1017,6 +1091,24 @@ QVariant QAStPerlGen::settingValue(const QAStConfiguration* c, const QString& ke
 QString QAStPerlGen::targetPackageNotFoundText()
 {
     return tr(packageNotFound);
+}
+
+void QAStPerlGen::createEnvironmentFile(QTextStream& out, QAStData* item)
+{
+    QString script;
+    QTextStream text(&script);
+    item->generateEnv(text);
+    text.flush();
+    const QStringConverter::Encoding encoding = scriptEncoding();
+    const QStringList lost = unencodableVariables(script, encoding);
+    if (!lost.isEmpty()) {
+        const QString encodingName = QLatin1String(QStringConverter::nameForEncoding(encoding));
+        QAStData::displayMessage(QAStData::MessageConsole,
+                                 tr(unencodable).arg(item->name(), lost.join(QLatin1String(", ")),
+                                                     encodingName));
+    }
+    out.setEncoding(encoding);
+    out << script;
 }
 
 bool QAStPerlGen::generateEnv(QTextStream& stream, QAStData* item)

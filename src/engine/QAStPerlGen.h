@@ -19,18 +19,28 @@ class QTextStream;
 // the lines in order.
 //
 // Values go between single quotes ('...'), where Perl reads \\ as one
-// backslash and \' as a quote and keeps every other backslash. Three line
-// forms exist: $VAR='text'; (S), $VAR=number; (N) and @VAR=('a', 'b'); (L).
+// backslash and \' as a quote. Three line forms exist: $VAR='text'; (S),
+// $VAR=number; (N) and @VAR=('a', 'b'); (L).
 class SDK110_EXPORT QAStPerlGen {
 public:
-    // A path as Perl reads it back exactly: backslashes doubled, quotes
-    // escaped. With a node the value is first expanded by the macro
+    // The value as it stands between the single quotes of a Perl string
+    // that reads it back exactly: every backslash doubled, every quote
+    // escaped, and each run of control characters a double-quoted escape
+    // joined to the quoted parts around it ('a'."\r\n".'b'), since perl's
+    // source reader drops a carriage return before a line feed even inside
+    // a string. With a node the value is first expanded by the macro
     // interpreter in the node's context. Empty gives empty.
     static QString safePath(const QString& value, QAStNode* node = nullptr);
-    // Free text: quotes escaped and backslashes left to Perl, except a run
-    // of backslashes before a quote or at the very end, which is doubled so
-    // that it cannot end the string early. Node and empty value as safePath.
+    // Free text (options, conditions, environment values): escaped as a
+    // path, so that it too reads back exactly.
     static QString safeStr(const QString& value, QAStNode* node = nullptr);
+
+    // The whole script of item as the driver loads it: out's encoding set
+    // to the preferences' (ISO-8859-1 for a name Qt does not know), then
+    // item's generateEnv. When a value holds a character that encoding
+    // cannot write, it is written "?" and the message console says so
+    // once, naming item and the variables.
+    static void createEnvironmentFile(QTextStream& out, QAStData* item);
 
     // The common part of item's script, the header to the verbosity line.
     // Without an item, or for an item without a configuration, a warning
@@ -65,7 +75,7 @@ public:
     // @var=('a', 'b'); with the items as paths; @var=(); when empty.
     static void writePathList(QTextStream& out, const QString& var, const QStringList& items,
                               QAStNode* node = nullptr);
-    // @var=('a', 'b'); with the items as free text.
+    // @var=('a', 'b'); with the items as free text (safeStr).
     static void writeStringList(QTextStream& out, const QString& var, const QStringList& items,
                                 QAStNode* node = nullptr);
 

@@ -11,8 +11,8 @@ class QTextStream;
 // The short Perl script that a start wizard of the studio writes for a
 // one-off run, the driver loading it with "do". Each wizard fills one of the
 // plain structs below; the script sets one Perl variable per member, one line
-// each, in the order listed. Paths and list items are read back by Perl
-// exactly as given, free text is escaped as QAStPerlGen::safeStr says.
+// each, in the order listed. Perl reads every value back exactly as given
+// (QAStPerlGen::safePath and safeStr).
 //
 // Unit testing:
 //   $LOGFILENAME2, $SCRIPTFILE, $TESTEDFILE (paths), $TESTEDCOMPONENT (text),

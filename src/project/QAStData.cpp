@@ -20,13 +20,11 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QGuiApplication>
-#include <QStringConverter>
 #include <QTextStream>
 #include <QtDebug>
 
 #include <algorithm>
 #include <memory>
-#include <optional>
 
 namespace {
 
@@ -524,11 +522,7 @@ void QAStData::generateEnv(QTextStream& out)
 
 void QAStData::createEnvironmentFile(QTextStream& out)
 {
-    const QString encoding = preferences()->encodingName();
-    const std::optional<QStringConverter::Encoding> known =
-        encoding.isEmpty() ? std::nullopt : QStringConverter::encodingForName(encoding.toLatin1().constData());
-    out.setEncoding(known.value_or(QStringConverter::Latin1));
-    generateEnv(out);
+    QAStPerlGen::createEnvironmentFile(out, this);
 }
 
 // --- driver runs

@@ -184,10 +184,9 @@ public:
     // the settings of the plug-in features of its kind. Kinds append their
     // own lines after their base's.
     virtual void generateEnv(QTextStream& out);
-    // The whole script as the driver loads it: out's encoding set to the
-    // preferences' source encoding (ISO-8859-1 when none or unknown; a
-    // character it cannot hold is lost, so choose UTF-8 for any text),
-    // then generateEnv. The driver run adds the closing "1;".
+    // The whole script as the driver loads it, in the preferences' source
+    // encoding (QAStPerlGen::createEnvironmentFile): generateEnv's lines.
+    // The driver run adds the closing "1;".
     virtual void createEnvironmentFile(QTextStream& out);
     // The directory the item's relative paths refer to: the parent's, empty
     // at the root.

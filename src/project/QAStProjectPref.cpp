@@ -70,6 +70,11 @@ void QAStProjectPref::resetToDefaults()
     m_encodingName.clear();
 }
 
+QString QAStProjectPref::encodingName() const
+{
+    return m_encodingName.isEmpty() ? QStringLiteral("UTF-8") : m_encodingName;
+}
+
 QStringList QAStProjectPref::tdpDirectories() const
 {
     QStringList dirs;

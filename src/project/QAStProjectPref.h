@@ -26,7 +26,8 @@ class QSettings;
 //   tdpDirList           empty  further target package directories
 //   fileTypes            empty  user file types: type name -> wildcard
 //                               patterns separated by ";"
-//   encodingName         empty  encoding of the sources (empty: ISO-8859-1)
+//   encodingName         unset  encoding of the sources and of the environment
+//                               script; unset means UTF-8
 class SDK110_EXPORT QAStProjectPref {
 public:
     QAStProjectPref();
@@ -49,7 +50,9 @@ public:
     void setTdpDirList(const QStringList& dirs) { m_tdpDirList = dirs; }
     QMap<QString, QString> fileTypes() const { return m_fileTypes; }
     void setFileTypes(const QMap<QString, QString>& types) { m_fileTypes = types; }
-    QString encodingName() const { return m_encodingName; }
+    // The name set, "UTF-8" while none is.
+    QString encodingName() const;
+    // An empty name unsets the encoding.
     void setEncodingName(const QString& name) { m_encodingName = name; }
 
     // The target package directories to scan: the installation's targets

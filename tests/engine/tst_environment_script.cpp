@@ -1,6 +1,8 @@
 // The Perl environment script of whole nodes: every node of the example
 // project, the values the real interpreter reads back, the lines of the
-// kinds and of plug-in settings, and what is written when it cannot be.
+// kinds and of plug-in settings, the encoding the file is written in, and
+// what is written when it cannot be.
+#include "PerlScripts.h"
 #include "QAINodePlugin.h"
 #include "QAINodeSettingsPlugin.h"
 #include "QAPropertyBool.h"
@@ -21,6 +23,7 @@
 #include <QDirIterator>
 #include <QRegularExpression>
 #include <QScopeGuard>
+#include <QSettings>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -28,52 +31,8 @@
 
 namespace {
 
-// perl with args, the script saved as its last argument but the given
-// ones; false with perl's errors shown when it fails.
-bool runPerl(QStringList args, const QByteArray& script, QByteArray* output = nullptr)
-{
-    QTemporaryDir dir;
-    const QString file = dir.filePath(QStringLiteral("env.pl"));
-    TestFiles::writeFile(file, script);
-    args.replaceInStrings(QStringLiteral("<script>"), file);
-    QProcess perl;
-    perl.start(QStringLiteral("perl"), args);
-    if (!perl.waitForFinished(30000) || perl.exitStatus() != QProcess::NormalExit
-        || perl.exitCode() != 0) {
-        qWarning().noquote() << perl.readAllStandardError();
-        return false;
-    }
-    if (output)
-        *output = perl.readAllStandardOutput();
-    return true;
-}
-
-bool perlCompiles(const QByteArray& script)
-{
-    return runPerl({QStringLiteral("-c"), QStringLiteral("<script>")}, script);
-}
-
-// Loads the script with do, then evaluates each Perl expression in list
-// context: the values of each, decoded from UTF-8 (perl prints the bytes
-// the script holds as they are).
-bool evaluate(const QByteArray& script, const QStringList& expressions, QList<QStringList>* values)
-{
-    static const QString program = QStringLiteral(
-        "my $file = shift @ARGV; defined(do $file) or die($@ || $!); binmode STDOUT;"
-        "for my $e (@ARGV) { my @v = eval $e; die $@ if $@;"
-        " print scalar(@v), \"\\0\", map({ \"$_\\0\" } @v); }");
-    QByteArray output;
-    if (!runPerl(QStringList{QStringLiteral("-e"), program, QStringLiteral("<script>")} + expressions,
-                 script, &output))
-        return false;
-    const QStringList fields = QString::fromUtf8(output).split(QChar(0));
-    for (qsizetype i = 0; i + 1 < fields.size();) {
-        const int count = fields.at(i++).toInt();
-        values->append(fields.mid(i, count));
-        i += count;
-    }
-    return values->size() == expressions.size();
-}
+using PerlScripts::evaluate;
+using PerlScripts::perlCompiles;
 
 // The script of item as the driver loads it, closed by "1;".
 QByteArray scriptOf(QAStData* item)
@@ -229,9 +188,7 @@ private slots:
     {
         m_studio = std::make_unique<RecordingStudio>();
         QVERIFY(QAStConfiguration::initialize(nullptr, nullptr));
-        QProcess perl;
-        perl.start(QStringLiteral("perl"), {QStringLiteral("-v")});
-        m_perl = perl.waitForFinished(30000) && perl.exitCode() == 0;
+        m_perl = PerlScripts::perlPresent();
     }
     void cleanup()
     {
@@ -297,7 +254,7 @@ private slots:
     }
 
     // Quotes, backslashes, blanks and non-ASCII text as perl reads them
-    // from a UTF-8 script. Free text keeps a backslash Perl keeps (\d).
+    // from a UTF-8 script: exactly as set.
     void valuesReadBack_data()
     {
         QTest::addColumn<QString>("expression");
@@ -372,12 +329,126 @@ private slots:
 
         // No environment variables: the verbosity is the only entry of %ENV.
         QCOMPARE(outside.count(QStringLiteral("\n$ENV{'")), 1);
-        QVERIFY(outside.contains(u'\n' + verbosityLine() + u'\n'));
+        QVERIFY(outside.endsWith(u'\n' + verbosityLine() + QStringLiteral("\n\n1;\n")));
+    }
 
-        Encoding none{QString()};
-        const QString latin1 = textOf(group);
-        QVERIFY(latin1.contains(QStringLiteral("\n$MIME_NAME = 'ISO-8859-1';\n")));
-        QVERIFY(latin1.endsWith(verbosityLine() + QStringLiteral("\n\n1;\n")));
+    // Random values through every form of setting, the environment lines,
+    // a plug-in's map and the names, read back byte for byte from the
+    // script in the default encoding, UTF-8.
+    void randomValuesReadBack()
+    {
+        if (!m_perl)
+            QSKIP("perl is not installed");
+        Encoding unset{QString()};
+        // Setting values are expanded as macros first: these hold none.
+        QStringList values = PerlScripts::randomValues(7, 300);
+        for (QString& value : values)
+            value.remove(QStringLiteral("${x}")).replace(u'@', QStringLiteral("@ "));
+        QVariantMap environment, map;
+        for (int i = 0; i < 100; ++i) {
+            environment.insert(QStringLiteral("ZT_R%1").arg(i, 3, 10, QLatin1Char('0')), values.at(200 + i));
+            map.insert(values.at(i), values.at(299 - i));
+        }
+        Tree tree;
+        tree.project.setName(values.at(5));
+        QAStNode* group = tree.add("group", values.at(6), nullptr,
+                                   {{"cflags", values.at(7)},
+                                    {"computerName", values.at(8)},
+                                    {"intdir", values.at(9)},
+                                    {"ge_incdir", values.mid(0, 100)},
+                                    {"tcflags", values.mid(100, 100)},
+                                    {"envVariables", environment}});
+        MapProperty mapProperty(QStringLiteral("RANDOM_MAP"), map);
+        QList<QAProperty*> properties{&mapProperty};
+        QByteArray script;
+        QTextStream out(&script);
+        group->createEnvironmentFile(out);
+        QAStPerlGen::generatePerlVariables(out, &properties, nullptr);
+        out << "1;\n";
+        out.flush();
+        QVERIFY(perlCompiles(script));
+
+        QStringList mapped;
+        for (auto it = map.cbegin(); it != map.cend(); ++it)
+            mapped << it.key() << it.value().toString();
+        const QList<std::pair<QString, QStringList>> expected{
+            {"$MIME_NAME", {"UTF-8"}},
+            {"$PROJECT_NAME", {values.at(5)}},
+            {"$NAME", {values.at(6)}},
+            {"$CFLAGS", {values.at(7)}},
+            {"$HOSTNAME", {values.at(8)}},
+            {"$INTDIR", {values.at(9)}},
+            {"@INCLUDE_DIR_LIST", values.mid(0, 100)},
+            {"@GENERATION_CONDITION", values.mid(100, 100)},
+            {"map { $ENV{sprintf('ZT_R%03d', $_)} } 0..99", values.mid(200, 100)},
+            {"map { %$_ } @RANDOM_MAP", mapped}};
+        QStringList expressions;
+        for (const auto& [expression, read] : expected)
+            expressions << expression;
+        QList<QStringList> read;
+        QVERIFY(evaluate(script, expressions, &read));
+        for (qsizetype i = 0; i < expected.size(); ++i)
+            QCOMPARE(read.at(i), expected.at(i).second);
+        QCOMPARE(m_studio->messages(QAStData::MessageConsole), QStringList());
+    }
+
+    // The encoding preference as the settings store holds it: never set or
+    // saved unset means UTF-8, a name set is kept, and a name Qt does not
+    // know writes ISO-8859-1. $MIME_NAME names the preference.
+    void scriptEncoding_data()
+    {
+        QTest::addColumn<QVariant>("stored");
+        QTest::addColumn<QString>("mime");
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::newRow("never set") << QVariant() << "UTF-8" << QByteArray("\xc3\xa9");
+        QTest::newRow("saved unset") << QVariant(QString()) << "UTF-8" << QByteArray("\xc3\xa9");
+        QTest::newRow("ISO-8859-1 set") << QVariant("ISO-8859-1") << "ISO-8859-1" << QByteArray("\xe9");
+        QTest::newRow("unknown name") << QVariant("x-unknown") << "x-unknown" << QByteArray("\xe9");
+    }
+    void scriptEncoding()
+    {
+        QFETCH(QVariant, stored);
+        QFETCH(QString, mime);
+        QFETCH(QByteArray, bytes);
+        QTemporaryDir dir;
+        QSettings settings(dir.filePath(QStringLiteral("preferences.ini")), QSettings::IniFormat);
+        if (stored.isValid())
+            settings.setValue(QStringLiteral("encodingName"), stored);
+        Encoding unset{QString()};
+        QAStData::preferences()->load(settings);
+        Tree tree;
+        const QByteArray script = scriptOf(tree.add("group", QStringLiteral("g"), nullptr, {{"cflags", "é"}}));
+        QVERIFY(script.contains("\n$MIME_NAME = '" + mime.toLatin1() + "';\n"));
+        QVERIFY(script.contains("\n$CFLAGS='" + bytes + "';\n"));
+    }
+
+    // Under ISO-8859-1 a character beyond Latin-1 is written "?", and the
+    // message console says so once for the script, naming the node and
+    // the variables (a list written one item a line included); Latin-1
+    // text keeps its one byte.
+    void unencodableValues()
+    {
+        Encoding latin1(QStringLiteral("ISO-8859-1"));
+        Tree tree;
+        QAStNode* st = tree.add("system_testing", QStringLiteral("grüppe"), nullptr,
+                                {{"computerName", "hôte Ω"},
+                                 {"cflags", "-DX=é"},
+                                 {"ge_incdir", QStringList{"inc", "日本"}},
+                                 {"envVariables", QStringList{"ZT_UNI=Ωmega"}}});
+        st->addOutputFile(QStringLiteral("RIO"), {QStringLiteral("a.rio"), QStringLiteral("Ω.rio")});
+        const QByteArray script = scriptOf(st);
+        QCOMPARE(m_studio->messages(QAStData::MessageConsole),
+                 QStringList{"grüppe: ISO-8859-1 cannot encode every character of $HOSTNAME, "
+                             "@INCLUDE_DIR_LIST, $ENV{'ZT_UNI'}, @RIO_LIST in the environment script; "
+                             "those it lacks are written \"?\"\n"});
+        m_studio->reset();
+        if (!m_perl)
+            return;
+        QVERIFY(perlCompiles(script));
+        QList<QStringList> v;
+        QVERIFY(evaluate(script, {"$MIME_NAME", "$CFLAGS", "$HOSTNAME", "$NAME"}, &v,
+                         QStringConverter::Latin1));
+        QCOMPARE(v, (QList<QStringList>{{"ISO-8859-1"}, {"-DX=é"}, {"hôte ?"}, {"grüppe"}}));
     }
 
     // A target directory without a package: both directory lines say so,
