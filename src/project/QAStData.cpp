@@ -34,6 +34,8 @@ struct Services {
     QARes* preferenceResources = nullptr;
     QString loadReport;
     quint32 nextQuid = 1;
+    // Live QAStData::KeepGivenPlace guards.
+    int keepGivenPlace = 0;
 };
 
 Services& services()
@@ -322,9 +324,19 @@ void QAStData::addChild(QAStData* child, QAStData* after)
     emit childAdded(child);
 }
 
+QAStData::KeepGivenPlace::KeepGivenPlace()
+{
+    ++services().keepGivenPlace;
+}
+
+QAStData::KeepGivenPlace::~KeepGivenPlace()
+{
+    --services().keepGivenPlace;
+}
+
 void QAStData::privAttach(QAStData* child, QAStData* after)
 {
-    if (isAlphabeticallySorted())
+    if (isAlphabeticallySorted() && services().keepGivenPlace == 0)
         after = sortedPredecessor(child);
     else if (after && after->m_parent != this)
         after = nullptr;
@@ -747,10 +759,16 @@ bool QAStData::init(const QDomElement& e, int)
         m_valid = false;
 
     const QDomElement quidElement = e.firstChildElement(QStringLiteral("quid"));
-    if (checkTag(quidElement, "quid"))
-        setQuid(QAXML::toUInt(quidElement.text()));
-    else
+    if (checkTag(quidElement, "quid")) {
+        bool number = false;
+        const uint quid = QAXML::toUInt(quidElement.text(), &number);
+        if (number)
+            setQuid(quid);
+        else
+            reportBadQuid(quidElement.text());
+    } else {
         m_valid = false;
+    }
 
     const QDomElement icon = e.firstChildElement(QStringLiteral("icon"));
     if (!icon.isNull()) {
@@ -779,8 +797,12 @@ bool QAStData::init(QARes* res)
         return false;
     readStrVal(res, QStringLiteral("name"), m_name);
     QAStIntAttribute quid;
-    if (readIntVal(res, QStringLiteral("quid"), quid))
-        setQuid(quint32(quid.value()));
+    if (readIntVal(res, QStringLiteral("quid"), quid)) {
+        if (quid.value() >= 0)
+            setQuid(quint32(quid.value()));
+        else
+            reportBadQuid(QString::number(quid.value()));
+    }
     if (readStrVal(res, QStringLiteral("icon"), m_iconFileName))
         m_icon.reset();
     readBoolVal(res, QStringLiteral("renameable"), m_renameable);
@@ -793,6 +815,7 @@ bool QAStData::init(QARes* res)
 
 void QAStData::initChildren(const QDomElement& e, int version, const QStringList& allowedClasses)
 {
+    const KeepGivenPlace keepFileOrder;
     QAStData* lastCreated = nullptr;
     for (QDomElement child = e.firstChildElement(); !child.isNull();
          child = child.nextSiblingElement()) {
@@ -812,6 +835,14 @@ void QAStData::initChildren(const QDomElement& e, int version, const QStringList
             addChild(item, lastCreated);
         lastCreated = item;
     }
+}
+
+void QAStData::reportBadQuid(const QString& text)
+{
+    // The item keeps the fresh quid it was made with.
+    appendLoadReport(tr("The quid \"%1\" of %2 is not a number: it is given the quid %3\n")
+                         .arg(text, m_name.value())
+                         .arg(m_quid));
 }
 
 void QAStData::reportIgnoredTag(const QString& reportLine, const QString& tag)

@@ -39,7 +39,8 @@ class StudioInterface;
 // use QObject::destroyed. remove() and deleteChildren() emit the signals.
 //
 // Children keep their insertion order, or alphabetical order by name when
-// the sorted flag is set (case-insensitive, ties case-sensitive).
+// the sorted flag is set (case-insensitive, ties case-sensitive). Items read
+// from a file keep the file's order, sorted parent or not.
 //
 // quid: a fresh item takes the next number of a process-wide counter; every
 // quid read from a file raises the counter above it, so a new item never
@@ -138,8 +139,21 @@ public:
     QAStProject* rootProject() const;
     bool isAncestorOf(const QAStData* item) const;
 
+    // While one lives, an item attached to a sorted parent takes the place
+    // it is given, not its place by name: the factory builds items from
+    // elements with one, since an item is attached before its name is
+    // read, and children keep the order of their file.
+    class SDK110_EXPORT KeepGivenPlace {
+    public:
+        KeepGivenPlace();
+        ~KeepGivenPlace();
+        KeepGivenPlace(const KeepGivenPlace&) = delete;
+        KeepGivenPlace& operator=(const KeepGivenPlace&) = delete;
+    };
+
     // Inserts child behind after (front when after is null or not a child
-    // of this; by name when sorted), taking it from its former parent.
+    // of this; by name when sorted, unless a KeepGivenPlace lives), taking
+    // it from its former parent.
     // Calls privAttach, childAddEvent, then emits added on the child and
     // childAdded. Refuses null, this item and its ancestors.
     virtual void addChild(QAStData* child, QAStData* after);
@@ -415,6 +429,7 @@ private:
     void collectChildrenOfClass(const char* className, bool recursive,
                                 QList<QAStData*>& found) const;
     void reportIgnoredTag(const QString& reportLine, const QString& tag);
+    void reportBadQuid(const QString& text);
     // Set an attribute or a plain field, emitting attributeChanged when the
     // value differs.
     template <typename T>

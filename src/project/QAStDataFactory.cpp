@@ -3,6 +3,7 @@
 #include "QAIActivityPlugin.h"
 #include "QAIProjectPlugin.h"
 #include "QAITestNodePlugin.h"
+#include "QAStData.h"
 #include "QAStNodePluginCenter.h"
 
 #include <QDomElement>
@@ -73,6 +74,9 @@ QAStData* QAStDataFactory::create(const QDomElement& e, int version, QAStData* p
 {
     if (e.isNull())
         return nullptr;
+    // The item is attached before its name is read: it takes its place in
+    // file order, not by its (still empty) name.
+    const QAStData::KeepGivenPlace keepFileOrder;
     const QString tag = e.tagName();
     const auto row = classTable().constFind(tag);
     if (row != classTable().cend())

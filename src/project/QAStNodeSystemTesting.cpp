@@ -22,11 +22,8 @@ using Attributes = QList<std::pair<const char*, QString>>;
 // The element's attributes, each value encoded and in double quotes.
 void writeAttributes(QTextStream& s, const Attributes& attributes)
 {
-    for (const auto& [name, value] : attributes) {
-        QString encoded = QAXML::stringToXMLValue(value);
-        encoded.replace(QLatin1Char('"'), QLatin1String("&quot;"));
-        s << ' ' << name << "=\"" << encoded << '"';
-    }
+    for (const auto& [name, value] : attributes)
+        s << ' ' << name << "=\"" << QAXML::attributeToXMLValue(value) << '"';
 }
 
 // One line: an empty element with its attributes.

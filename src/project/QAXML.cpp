@@ -7,30 +7,227 @@
 #include <QTextStream>
 #include <QXmlStreamReader>
 
+#include <algorithm>
+
+namespace {
+
+// Characters an XML 1.0 document cannot hold, not even as a character
+// reference: the C0 controls but tab, line feed and carriage return,
+// U+FFFE, U+FFFF, and halves of surrogate pairs that stand alone.
+bool isUnrepresentable(const QString& s, qsizetype i)
+{
+    const char16_t c = s.at(i).unicode();
+    if (c < 0x20)
+        return c != '\t' && c != '\n' && c != '\r';
+    if (c == 0xFFFE || c == 0xFFFF)
+        return true;
+    if (QChar::isHighSurrogate(c))
+        return i + 1 >= s.size() || !s.at(i + 1).isLowSurrogate();
+    if (QChar::isLowSurrogate(c))
+        return i == 0 || !s.at(i - 1).isHighSurrogate();
+    return false;
+}
+
+bool isHexDigit(QChar c)
+{
+    return (c >= QLatin1Char('0') && c <= QLatin1Char('9'))
+           || (c >= QLatin1Char('a') && c <= QLatin1Char('f'))
+           || (c >= QLatin1Char('A') && c <= QLatin1Char('F'));
+}
+
+bool isXmlSpace(QChar c)
+{
+    return c == QLatin1Char(' ') || c == QLatin1Char('\t') || c == QLatin1Char('\n')
+           || c == QLatin1Char('\r');
+}
+
+bool isBlank(const QString& s)
+{
+    return !s.isEmpty() && std::all_of(s.cbegin(), s.cend(), isXmlSpace);
+}
+
+void appendCodeEscape(QString& out, char16_t c)
+{
+    out += QLatin1String("#x") + QString::number(c, 16).toUpper() + QLatin1Char('#');
+}
+
+constexpr QLatin1String commaEscape("#comma#");
+constexpr int maxHexDigits = 4;
+
+// The length of the escape that starts at i ("#comma#" or "#x" with one to
+// four hexadecimal digits and "#"), 0 when none does; code receives the
+// character of a "#x" escape.
+qsizetype escapeAt(QStringView s, qsizetype i, char16_t* code = nullptr)
+{
+    if (s.mid(i).startsWith(commaEscape)) {
+        if (code)
+            *code = ',';
+        return commaEscape.size();
+    }
+    if (i + 3 >= s.size() || s.at(i + 1) != QLatin1Char('x'))
+        return 0;
+    qsizetype end = i + 2;
+    while (end < s.size() && end - i - 2 < maxHexDigits && isHexDigit(s.at(end)))
+        ++end;
+    if (end == i + 2 || end >= s.size() || s.at(end) != QLatin1Char('#'))
+        return 0;
+    if (code)
+        *code = char16_t(s.mid(i + 2, end - i - 2).toUInt(nullptr, 16));
+    return end - i + 1;
+}
+
+}
+
+namespace {
+
+// The text in the value encoding; a map's key also escapes "=", which ends
+// it.
+QString encodeText(const QString& s, bool mapKey)
+{
+    const bool blank = isBlank(s);
+    QString out;
+    out.reserve(s.size() + 8);
+    // Where a "#" of the text went: one that starts what would read as an
+    // escape is escaped itself once the rest is written.
+    QList<qsizetype> hashes;
+    for (qsizetype i = 0; i < s.size(); ++i) {
+        const QChar c = s.at(i);
+        // A text of blanks only would be dropped by the parser as spacing
+        // between elements: its first character is escaped.
+        if ((blank && i == 0) || isUnrepresentable(s, i) || (mapKey && c == QLatin1Char('='))) {
+            appendCodeEscape(out, c.unicode());
+            continue;
+        }
+        switch (c.unicode()) {
+        case '&': out += QLatin1String("&amp;"); break;
+        case '<': out += QLatin1String("&lt;"); break;
+        case '>': out += QLatin1String("&gt;"); break;
+        case ',': out += commaEscape; break;
+        // A parser turns a carriage return of the text into a line feed,
+        // but keeps one given by reference.
+        case '\r': out += QLatin1String("&#13;"); break;
+        case '#':
+            hashes.append(out.size());
+            out += c;
+            break;
+        default: out += c;
+        }
+    }
+    // Right to left, so that each test sees the final text after it.
+    for (auto it = hashes.crbegin(); it != hashes.crend(); ++it) {
+        if (escapeAt(out, *it))
+            out.replace(*it, 1, QLatin1String("#x23#"));
+    }
+    return out;
+}
+
+}
+
 QString QAXML::stringToXMLValue(const QString& s)
 {
-    QString r = s;
-    r.replace(QLatin1Char('&'), QLatin1String("&amp;"));
-    r.replace(QLatin1Char('<'), QLatin1String("&lt;"));
-    r.replace(QLatin1Char('>'), QLatin1String("&gt;"));
-    r.replace(QLatin1Char(','), QLatin1String("#comma#"));
-    return r;
+    return encodeText(s, false);
+}
+
+QString QAXML::attributeToXMLValue(const QString& s)
+{
+    // A parser turns tabs and line feeds of an attribute into blanks.
+    QString out = stringToXMLValue(s);
+    out.replace(QLatin1Char('"'), QLatin1String("&quot;"));
+    out.replace(QLatin1Char('\t'), QLatin1String("&#9;"));
+    out.replace(QLatin1Char('\n'), QLatin1String("&#10;"));
+    return out;
+}
+
+QString QAXML::parsedTextToXMLValue(const QString& parsedText)
+{
+    QString out;
+    out.reserve(parsedText.size());
+    for (const QChar c : parsedText) {
+        switch (c.unicode()) {
+        case '&': out += QLatin1String("&amp;"); break;
+        case '<': out += QLatin1String("&lt;"); break;
+        case '>': out += QLatin1String("&gt;"); break;
+        case '\r': out += QLatin1String("&#13;"); break;
+        default: out += c;
+        }
+    }
+    return out;
 }
 
 QString QAXML::commaToString(const QString& parsedText)
 {
-    QString r = parsedText;
-    r.replace(QLatin1String("#comma#"), QLatin1String(","));
-    return r;
+    if (!parsedText.contains(QLatin1Char('#')))
+        return parsedText;
+    QString out;
+    out.reserve(parsedText.size());
+    for (qsizetype i = 0; i < parsedText.size();) {
+        char16_t code = 0;
+        const qsizetype length =
+            parsedText.at(i) == QLatin1Char('#') ? escapeAt(parsedText, i, &code) : 0;
+        if (length) {
+            out += QChar(code);
+            i += length;
+        } else {
+            out += parsedText.at(i++);
+        }
+    }
+    return out;
+}
+
+namespace {
+
+// The character of the entity or character reference at i (of length
+// *length), for the entities the encoding writes and numeric references;
+// 0 length when none starts there.
+QChar entityAt(QStringView s, qsizetype i, qsizetype* length)
+{
+    static const std::pair<QLatin1String, char16_t> named[] = {
+        {QLatin1String("&amp;"), '&'},   {QLatin1String("&lt;"), '<'},
+        {QLatin1String("&gt;"), '>'},    {QLatin1String("&quot;"), '"'},
+        {QLatin1String("&apos;"), '\''},
+    };
+    const QStringView rest = s.mid(i);
+    for (const auto& [text, c] : named) {
+        if (rest.startsWith(text)) {
+            *length = text.size();
+            return QChar(c);
+        }
+    }
+    *length = 0;
+    if (!rest.startsWith(QLatin1String("&#")))
+        return QChar();
+    const qsizetype end = rest.indexOf(QLatin1Char(';'));
+    if (end < 3 || end > 10)
+        return QChar();
+    const bool hex = rest.at(2) == QLatin1Char('x');
+    bool ok = false;
+    const uint code = rest.mid(hex ? 3 : 2, end - (hex ? 3 : 2)).toUInt(&ok, hex ? 16 : 10);
+    if (!ok || code > 0xFFFF)
+        return QChar();
+    *length = end + 1;
+    return QChar(char16_t(code));
+}
+
 }
 
 QString QAXML::xmlValueToString(const QString& s)
 {
-    QString r = commaToString(s);
-    r.replace(QLatin1String("&gt;"), QLatin1String(">"));
-    r.replace(QLatin1String("&lt;"), QLatin1String("<"));
-    r.replace(QLatin1String("&amp;"), QLatin1String("&"));
-    return r;
+    if (!s.contains(QLatin1Char('&')))
+        return commaToString(s);
+    // Entities first, as a parser resolves them before the text is decoded.
+    QString parsed;
+    parsed.reserve(s.size());
+    for (qsizetype i = 0; i < s.size();) {
+        qsizetype length = 0;
+        const QChar c = s.at(i) == QLatin1Char('&') ? entityAt(s, i, &length) : QChar();
+        if (length) {
+            parsed += c;
+            i += length;
+        } else {
+            parsed += s.at(i++);
+        }
+    }
+    return commaToString(parsed);
 }
 
 namespace {
@@ -89,7 +286,7 @@ QString QAXML::stringMapToXMLValue(const QMap<QString, QString>& m)
 {
     QStringList pairs;
     for (auto it = m.cbegin(); it != m.cend(); ++it)
-        pairs << stringToXMLValue(it.key()) + QLatin1Char('=') + stringToXMLValue(it.value());
+        pairs << encodeText(it.key(), true) + QLatin1Char('=') + stringToXMLValue(it.value());
     return pairs.join(QLatin1Char(','));
 }
 

@@ -15,14 +15,26 @@ class QTextStream;
 // the value encoding of strings, lists, maps, Booleans and numbers, and the
 // indentation of written lines.
 //
-// Strings are encoded by replacing "&" with "&amp;" first, then "<", ">" and
-// ","; decoding undoes it in the reverse order, so every text reads back
-// unchanged.
+// A string is written so that it reads back equal, whatever it holds
+// (docs/formats/project-file.md, "Values"):
+//   "&", "<", ">"            the entities "&amp;", "&lt;", "&gt;"
+//   ","                      "#comma#"
+//   carriage return          "&#13;" (a parser turns a bare one into a
+//                            line feed)
+//   a character XML 1.0 cannot hold (C0 controls but tab, line feed and
+//   carriage return; U+FFFE, U+FFFF; a lone surrogate), and the first
+//   character of a text of blanks only (which a parser drops as spacing)
+//                            "#x" + its hexadecimal code + "#", e.g. "#x1B#"
+//   a "#" that would start one of these escapes
+//                            "#x23#"
+// Decoding reads the escapes left to right in one pass. A text written
+// before "#x…#" escapes existed reads back unchanged unless it held such a
+// sequence literally.
 //
 // An XML parser has already resolved the entities of the text it hands out,
-// so readers of a DOM element use the dom* forms, which only turn "#comma#"
-// back into ",": decoding the entities a second time would change a text
-// that held "&lt;" literally.
+// so readers of a DOM element use the dom* forms, which only read the "#"
+// escapes: decoding the entities a second time would change a text that
+// held "&lt;" literally.
 class SDK110_EXPORT QAXML {
 public:
     // The deepest nesting of elements that setContent accepts: far beyond
@@ -38,12 +50,19 @@ public:
                            QString* message = nullptr, int* line = nullptr, int* column = nullptr);
 
     static QString stringToXMLValue(const QString& s);
+    // The same for an attribute's value in double quotes: quotes, tabs and
+    // line feeds are written as references too.
+    static QString attributeToXMLValue(const QString& s);
     static QString xmlValueToString(const QString& s);
     static QString stringListToXMLValue(const QStringList& l);
     static QStringList xmlValueToStringList(const QString& s);
     static QString stringMapToXMLValue(const QMap<QString, QString>& m);
     static QMap<QString, QString> xmlValueToStringMap(const QString& s);
     static QString boolToXMLValue(bool b);
+
+    // The text an XML parser read, written again as it stood in the file:
+    // the entities put back, the "#" escapes left as they are.
+    static QString parsedTextToXMLValue(const QString& parsedText);
 
     // The decoded text of an element read by an XML parser, and its list and
     // map forms.

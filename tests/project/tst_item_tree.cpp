@@ -1,10 +1,12 @@
 #include "QARes.h"
 #include "QAStData.h"
+#include "QAXML.h"
 #include "RecordingStudio.h"
 #include "TestItems.h"
 
 #include <QDomDocument>
 #include <QDomElement>
+#include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QTextStream>
 #include <QtTest>
@@ -69,9 +71,13 @@ private slots:
     void faultsOfTheDataBlock();
     void checkTagOnANonElement();
     void quidsStayUniqueAfterARead();
+    void quidThatIsNotANumber_data();
+    void quidThatIsNotANumber();
+    void anyTextReadsBack();
     void initFromResources();
     void readBoolValAcceptsText();
 
+    void childrenKeepFileOrder_data();
     void childrenKeepFileOrder();
     void unknownTagIsReportedAndSkipped();
     void badPlaceIsReportedAndDropped();
@@ -331,6 +337,15 @@ void TestItemTree::encodedNamesReadBack_data()
     QTest::newRow("ampersand") << QStringLiteral("R&D");
     QTest::newRow("entity text") << QStringLiteral("&lt;not a tag&gt;");
     QTest::newRow("all") << QStringLiteral(" a, <b> & c ");
+    QTest::newRow("blanks only") << QStringLiteral("   ");
+    QTest::newRow("tab and line feed only") << QStringLiteral("\t\n");
+    QTest::newRow("carriage returns") << QStringLiteral("a\r\nb\rc\r");
+    QTest::newRow("control characters") << QStringLiteral("esc\x1b[0m bell\x07 vt\x0b");
+    QTest::newRow("escape texts literally") << QStringLiteral("#comma# #x41# ##x41# #x#comma#");
+    QTest::newRow("hash before an escape") << QStringLiteral("#x4,#xA\x01#");
+    QTest::newRow("non-characters") << QString(QChar(0xFFFE)) + QChar(0xFFFF) + QChar(0xD800)
+                                           + QStringLiteral("x") + QChar(0xDC00);
+    QTest::newRow("surrogate pair") << QString::fromUtf8("\xF0\x9F\x98\x80 Gr\xC3\xB6\xC3\x9F" "e");
 }
 
 void TestItemTree::encodedNamesReadBack()
@@ -410,6 +425,70 @@ void TestItemTree::quidsStayUniqueAfterARead()
     QVERIFY(child->quid() > before);
 }
 
+void TestItemTree::quidThatIsNotANumber_data()
+{
+    QTest::addColumn<QString>("quid");
+    QTest::newRow("word") << QStringLiteral("abc");
+    QTest::newRow("negative") << QStringLiteral("-5");
+    QTest::newRow("exponent") << QStringLiteral("1e29");
+    QTest::newRow("too large") << QStringLiteral("4294967296");
+}
+
+// Said in the load report, and a fresh quid rather than 0 for every such
+// item.
+void TestItemTree::quidThatIsNotANumber()
+{
+    QFETCH(QString, quid);
+    const QString xml = dataBlock(QStringLiteral("<name>n</name><quid>%1</quid>").arg(quid));
+    QAStData first(parseElement(xml), 1);
+    QAStData second(parseElement(xml), 1);
+    QVERIFY(first.isValid());
+    QVERIFY(first.quid() != 0);
+    QVERIFY(first.quid() != second.quid());
+    QCOMPARE(QAStData::loadReport(),
+             QStringLiteral("The quid \"%1\" of n is not a number: it is given the quid %2\n"
+                            "The quid \"%1\" of n is not a number: it is given the quid %3\n")
+                 .arg(quid)
+                 .arg(first.quid())
+                 .arg(second.quid()));
+}
+
+// Random texts over the characters that need care, as a value, a list and
+// a map, each through a real parse: what is written reads back equal, and
+// the undecoded form decodes the same way.
+void TestItemTree::anyTextReadsBack()
+{
+    const QList<char16_t> pool = {'a', ' ', ',', '=', '#', 'x', '4', '1', 'c', 'o', 'm', '&', '<',
+                                  '>', ';', '"', '\'', '\t', '\n', '\r', 0x00, 0x01, 0x1B, 0xE9,
+                                  0xFFFE, 0xD83D, 0xDE00};
+    QRandomGenerator random(1803);
+    const auto randomText = [&] {
+        QString text;
+        for (int i = random.bounded(8); i > 0; --i)
+            text += QChar(pool.at(random.bounded(int(pool.size()))));
+        return text;
+    };
+    for (int round = 0; round < 3000; ++round) {
+        const QString text = randomText();
+        const QStringList list{randomText(), randomText()};
+        const QMap<QString, QString> map{{randomText(), randomText()}, {randomText(), randomText()}};
+        const QString xml = QStringLiteral("<v><s>%1</s><l>%2</l><m>%3</m><a x=\"%4\"/></v>")
+                                .arg(QAXML::stringToXMLValue(text),
+                                     QAXML::stringListToXMLValue(list),
+                                     QAXML::stringMapToXMLValue(map),
+                                     QAXML::attributeToXMLValue(text));
+        QDomDocument doc;
+        QString message;
+        QVERIFY2(doc.setContent(xml, &message), qPrintable(message + QLatin1Char(' ') + xml));
+        const QDomElement v = doc.documentElement();
+        QCOMPARE(QAXML::domValue(v.firstChildElement(QStringLiteral("s"))), text);
+        QCOMPARE(QAXML::commaToString(v.firstChildElement(QStringLiteral("a")).attribute("x")), text);
+        QCOMPARE(QAXML::xmlValueToString(QAXML::stringToXMLValue(text)), text);
+        QCOMPARE(QAXML::domValueList(v.firstChildElement(QStringLiteral("l"))), list);
+        QCOMPARE(QAXML::domValueMap(v.firstChildElement(QStringLiteral("m"))), map);
+    }
+}
+
 void TestItemTree::initFromResources()
 {
     std::unique_ptr<QARes> res(QARes::readText(QStringLiteral("name = \"from res\"\n"
@@ -465,25 +544,48 @@ void TestItemTree::readBoolValAcceptsText()
     QVERIFY(c.value() && !c.isOverriden());
 }
 
+void TestItemTree::childrenKeepFileOrder_data()
+{
+    QTest::addColumn<bool>("sorted");
+    QTest::newRow("insertion order") << false;
+    QTest::newRow("sorted parent") << true;
+}
+
+// Items are attached before their names are read: under a sorted parent
+// each would go to the front and the order would flip at every load.
 void TestItemTree::childrenKeepFileOrder()
 {
+    QFETCH(bool, sorted);
     TestItem root(QStringLiteral("root"));
+    root.setAlphabeticallySorted(sorted);
     new TestLeaf(QStringLiteral("z"), &root, nullptr);
     new TestLeaf(QStringLiteral("a"), &root, root.last());
     auto* m = new TestFolder(QStringLiteral("m"), &root, root.last());
+    m->setAlphabeticallySorted(sorted);
     new TestLeaf(QStringLiteral("m2"), m, nullptr);
     new TestLeaf(QStringLiteral("m1"), m, m->last());
+    const QStringList order = childNames(&root);
 
+    const QString text = root.toString();
     QDomDocument doc;
-    QVERIFY(doc.setContent(root.toString()));
+    QVERIFY(doc.setContent(text));
     TestItem read(doc.documentElement(), 1, nullptr, nullptr);
     QVERIFY(read.isValid());
-    QCOMPARE(childNames(&read), (QStringList{"z", "a", "m"}));
-    QCOMPARE(read.child()->metaObject()->className(), "TestLeaf");
-    QAStData* readM = read.last();
+    QCOMPARE(childNames(&read), order);
+    QCOMPARE(read.toString(), text);
+    QAStData* readM = read.findNode(QStringLiteral("m"));
     QCOMPARE(readM->metaObject()->className(), "TestFolder");
-    QCOMPARE(linkedNames(readM), (QStringList{"m2", "m1"}));
+    QCOMPARE(linkedNames(readM), sorted ? (QStringList{"m1", "m2"}) : (QStringList{"m2", "m1"}));
     QVERIFY(QAStData::loadReport().isEmpty());
+
+    // A file whose order is not the sorted one keeps it too.
+    TestItem handWritten(parseElement(QStringLiteral(
+        "<test_item><data><name>g</name><quid>1</quid><sorted>true</sorted></data><children>"
+        "<test_leaf><data><name>c</name><quid>2</quid></data></test_leaf>"
+        "<test_leaf><data><name>a</name><quid>3</quid></data></test_leaf>"
+        "<test_leaf><data><name>b</name><quid>4</quid></data></test_leaf>"
+        "</children></test_item>")), 1, nullptr, nullptr);
+    QCOMPARE(linkedNames(&handWritten), (QStringList{"c", "a", "b"}));
 }
 
 void TestItemTree::unknownTagIsReportedAndSkipped()
