@@ -13,13 +13,43 @@ quint32 quidOf(const QAStData* item)
     return item ? item->quid() : 0;
 }
 
-QAStData* findByQuid(QAStData* top, quint32 quid)
+// The item standing for the file in which the children of parent are
+// kept: the nearest project, parent included, else the top of its tree
+// (a project's file tree).
+QAStData* fileOf(QAStData* parent)
 {
-    if (top->quid() == quid)
-        return top;
-    for (QAStData* c = top->child(); c; c = c->next()) {
-        if (QAStData* found = findByQuid(c, quid))
-            return found;
+    if (!parent)
+        return nullptr;
+    QAStData* project = parent->projectItem();
+    return project ? project : parent->root();
+}
+
+// Whether item is kept in the file of file: file itself, or below it with
+// no other project file in between.
+bool isKeptIn(const QAStData* item, const QAStData* file)
+{
+    for (const QAStData* p = item; p; p = p->parent()) {
+        if (p == file)
+            return true;
+        if (p != item && p->inherits("QAStProject"))
+            return false;
+    }
+    return false;
+}
+
+// The item of that quid kept in the file of file. Quids are unique within
+// one file only, so nested project files are not searched.
+QAStData* findByQuid(QAStData* file, quint32 quid)
+{
+    if (file->quid() == quid)
+        return file;
+    for (QAStData* c = file->child(); c; c = c->next()) {
+        if (c->quid() == quid)
+            return c;
+        if (!c->inherits("QAStProject")) {
+            if (QAStData* found = findByQuid(c, quid))
+                return found;
+        }
     }
     return nullptr;
 }
@@ -28,7 +58,7 @@ QAStData* findByQuid(QAStData* top, quint32 quid)
 
 QAStDataUndoAction::QAStDataUndoAction(QAStDataUndoAction::Action action, QAStData* item)
     : m_action(action),
-      m_root(item ? item->root() : nullptr),
+      m_file(fileOf(item ? item->parent() : nullptr)),
       m_item(item),
       m_parent(item ? item->parent() : nullptr),
       m_preceding(item ? item->previous() : nullptr),
@@ -41,13 +71,13 @@ QAStDataUndoAction::QAStDataUndoAction(QAStDataUndoAction::Action action, QAStDa
 
 QAStData* QAStDataUndoAction::find(const QPointer<QAStData>& pointer, quint32 quid) const
 {
-    if (!m_root)
+    if (!m_file)
         return nullptr;
     QAStData* item = pointer.data();
-    if (item && (item == m_root || m_root->isAncestorOf(item)))
+    if (item && isKeptIn(item, m_file))
         return item;
     // Quid 0 stands for "no item" (a removed item's missing predecessor).
-    return quid != 0 ? findByQuid(m_root, quid) : nullptr;
+    return quid != 0 ? findByQuid(m_file, quid) : nullptr;
 }
 
 QAStData* QAStDataUndoAction::item() const

@@ -14,10 +14,13 @@ class QAStData;
 //
 // Items can go behind the action's back (a parent deleted, an item rebuilt
 // by an earlier undo, the project closed). The action holds guarded
-// pointers and the quids of the items, and finds each item again, under
-// the same root as when the action was made, by pointer while it is still
-// there and else by quid (a rebuilt item keeps its quid). An action whose
-// items cannot be found is not applicable and does nothing.
+// pointers and the quids of the items, and finds each item again in the
+// same project file as when the action was made (the parent's nearest
+// project, not the sub-projects inside it; for the file tree, its root
+// folder): by pointer while it is still kept there, else by quid (a
+// rebuilt item keeps its quid). Quids are unique only within one file, so
+// an item is never looked for in another. An action whose items cannot be
+// found is not applicable and does nothing.
 class SDK110_EXPORT QAStDataUndoAction {
 public:
     enum Action { Added = 0, Removed = 1 };
@@ -42,12 +45,13 @@ public:
     QAStData* rebuild() const;
 
 private:
-    // An item found again: the guarded pointer while it is still under the
-    // root, else the item with that quid under the root.
+    // An item found again: the guarded pointer while it is still kept in
+    // the file, else the item with that quid kept in the file.
     QAStData* find(const QPointer<QAStData>& pointer, quint32 quid) const;
 
     Action m_action;
-    QPointer<QAStData> m_root;
+    // The item standing for the file the edit was made in.
+    QPointer<QAStData> m_file;
     QPointer<QAStData> m_item;
     QPointer<QAStData> m_parent;
     QPointer<QAStData> m_preceding;

@@ -1,6 +1,8 @@
 #include "QAStData.h"
 #include "QAStDataUndoAction.h"
 #include "QAStDataUndoActionManager.h"
+#include "QAStProject.h"
+#include "QAStSubProject.h"
 #include "RecordingStudio.h"
 #include "TestItems.h"
 
@@ -46,6 +48,8 @@ private slots:
     void adjacentRemovalsInOneEntry();
     void childComesBackIntoItsRebuiltParent();
     void loadingRecordsNothing();
+    void sortedParentTakesItBackInPlace();
+    void quidsOfAnotherProjectFileAreNotSearched();
 
 private:
     // root: a, b[b1 b2], c
@@ -252,6 +256,42 @@ void TestUndo::loadingRecordsNothing()
     QCOMPARE(shape(loaded.get()), shape(m_root.get()));
     m_root->deleteChildren();
     QVERIFY(!QAStData::isUndoAvailable());
+}
+
+// The rebuilt item is attached before its name is read: it must not go to
+// the front of its sorted parent.
+void TestUndo::sortedParentTakesItBackInPlace()
+{
+    m_root->setAlphabeticallySorted(true);
+    QCOMPARE(shape(m_root.get()), QStringLiteral("a b[b1 b2] c"));
+    QVERIFY(m_b->del());
+    flushDeletes();
+    QAStData::undo();
+    QCOMPARE(shape(m_root.get()), QStringLiteral("a b[b1 b2] c"));
+    QAStData::redo();
+    flushDeletes();
+    QAStData::undo();
+    QCOMPARE(shape(m_root.get()), QStringLiteral("a b[b1 b2] c"));
+}
+
+// Quids are unique within one project file: a sub-project made apart from
+// its including project uses the same numbers, and undo must not put an
+// item of the project into the sub-project's file.
+void TestUndo::quidsOfAnotherProjectFileAreNotSearched()
+{
+    QAStProject project(QStringLiteral("p"), QPixmap());
+    auto* sub = new QAStSubProject(QStringLiteral("sub/sub.rtp"), &project, nullptr);
+    auto* inSub = new TestItem(QStringLiteral("in the sub-project"), sub, nullptr);
+    auto* group = new TestItem(QStringLiteral("group"), &project, sub);
+    inSub->setQuid(group->quid());
+    QAStData* item = new TestItem(QStringLiteral("item"), group, nullptr);
+
+    QVERIFY(item->del());
+    QVERIFY(group->del());
+    flushDeletes();
+    QAStData::undo();
+    QAStData::undo();
+    QCOMPARE(shape(&project), QStringLiteral("sub[in the sub-project] group[item]"));
 }
 
 QTEST_MAIN(TestUndo)
