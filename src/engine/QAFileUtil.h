@@ -3,6 +3,8 @@
 #include "QAInstall.h"
 #include "sdk110_export.h"
 
+#include <QByteArray>
+#include <QList>
 #include <QString>
 #include <QStringList>
 
@@ -52,4 +54,18 @@ public:
     // reason ("No space left on device", "Permission denied", ...).
     static bool replaceFile(const QString& path, const QByteArray& bytes,
                             QString* reason = nullptr);
+
+    // One file of replaceFiles: its path and its whole new content.
+    struct FileContent {
+        QString path;
+        QByteArray bytes;
+    };
+    // Replaces several files as one: every content is written in full to a
+    // temporary file beside its file first; only then do they take the
+    // files' places, each in one step. On failure (false) every file is
+    // left as it was (a file put in place before the failure is put back),
+    // failedPath names the file that failed and reason the system's
+    // reason.
+    static bool replaceFiles(const QList<FileContent>& files, QString* failedPath = nullptr,
+                             QString* reason = nullptr);
 };

@@ -227,9 +227,15 @@ bool QAStProject::loadProjectFile()
 {
     close();
     clearLoadReport();
-    // Without the settings descriptor the configurations would lose every
-    // setting; it is loaded once and for all.
+    // The settings descriptor is loaded once and for all. Without it the
+    // configurations keep every value as it was read, and the user is told
+    // that settings can neither be shown nor used.
     QAStConfiguration::initialize(studioIFace(), preferenceResources());
+    if (!QAStConfiguration::propertyDescriptor() && !parentOfClass("QAStProject")) {
+        warning(tr("%1\n\nThe settings descriptor cannot be loaded: the project's settings are "
+                   "kept as they are written, but cannot be shown, changed or used to build.")
+                    .arg(QAStConfiguration::propertyDescriptorFile()));
+    }
 
     const QString file = path();
     if (file.isEmpty() || !QFileInfo::exists(file))
@@ -458,25 +464,28 @@ bool QAStProject::saveAs(const QString& file, const QString& extension, bool kee
 
 bool QAStProject::writeFiles(const QString& file)
 {
-    if (!writeProjectFile(file))
-        return false;
-    if (m_rootFolder->write(browseInformationFilePath()))
-        return true;
-    // The root folder has told the reason on the message console.
-    if (!modeBatch())
-        warning(tr("%1\n\nUnable to save the project Object Information File")
-                    .arg(browseInformationFilePath()));
-    return false;
-}
-
-bool QAStProject::writeProjectFile(const QString& file) const
-{
-    QByteArray bytes;
-    QTextStream s(&bytes, QIODevice::WriteOnly);
-    QAStProject::write(s, 0);
-    s.flush();
+    // Both files are written in full before either is replaced, so a
+    // failure (a full disk) leaves the former pair whole.
+    QByteArray projectBytes;
+    {
+        QTextStream s(&projectBytes, QIODevice::WriteOnly);
+        QAStProject::write(s, 0);
+    }
+    const QString objects = browseInformationFilePath();
+    const QString formerDirectory = m_rootFolder->directory();
+    // The file tree's paths are written against the place of its file.
+    m_rootFolder->setDirectory(QFileInfo(objects).absolutePath());
+    QByteArray objectBytes;
+    {
+        QTextStream s(&objectBytes, QIODevice::WriteOnly);
+        m_rootFolder->writeDocument(s);
+    }
+    QString failed;
     QString reason;
-    return QAFileUtil::replaceFile(file, bytes, &reason) || reportSaveFailure(file, reason);
+    if (QAFileUtil::replaceFiles({{file, projectBytes}, {objects, objectBytes}}, &failed, &reason))
+        return true;
+    m_rootFolder->setDirectory(formerDirectory);
+    return reportSaveFailure(failed, reason);
 }
 
 bool QAStProject::reportSaveFailure(const QString& file, const QString& reason)

@@ -261,7 +261,6 @@ private:
 
     bool saveSubProjects();
     bool writeFiles(const QString& file);
-    bool writeProjectFile(const QString& file) const;
     static bool reportSaveFailure(const QString& file, const QString& reason);
     // The host's file chooser; empty in batch mode or without a host.
     QString askFileName(FileChooser chooser, const QString& caption, const QString& filter) const;

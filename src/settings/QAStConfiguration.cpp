@@ -17,6 +17,7 @@
 
 #include <QDomElement>
 #include <QHash>
+#include <QSet>
 #include <QTextStream>
 
 #include <memory>
@@ -28,11 +29,28 @@ constexpr QLatin1String targetPathKey("targetPath");
 constexpr QLatin1String sourceLanguageKey("sourceLanguage");
 constexpr QLatin1String executionFlagKey("executionFlag");
 
-// The descriptor shared by every configuration.
-std::unique_ptr<QAPropertyMapGroup>& sharedDescriptor()
+// The descriptor shared by every configuration, whether loading it was
+// tried, and the keys it describes.
+struct SharedDescriptor {
+    std::unique_ptr<QAPropertyMapGroup> tree;
+    bool tried = false;
+    QSet<QString> keys;
+};
+
+SharedDescriptor& shared()
 {
-    static std::unique_ptr<QAPropertyMapGroup> descriptor;
+    static SharedDescriptor descriptor;
     return descriptor;
+}
+
+void collectKeys(const QAPropertyGroup& group, QSet<QString>& keys)
+{
+    for (const QAProperty* child : group.children()) {
+        if (child->isGroup())
+            collectKeys(*static_cast<const QAPropertyGroup*>(child), keys);
+        else
+            keys.insert(child->tag());
+    }
 }
 
 // The descriptor loader's messages, shown on the message console.
@@ -113,6 +131,7 @@ QAStConfiguration& QAStConfiguration::operator=(const QAStConfiguration& other)
     if (this != &other) {
         const QString ownName = name();
         QAPropertyStore::operator=(other);
+        m_keptValues = other.m_keptValues;
         setName(ownName);
     }
     return *this;
@@ -169,6 +188,10 @@ void QAStConfiguration::write(QTextStream& s, int indent) const
     QAXML::toStream(s, "name", QAXML::stringToXMLValue(name()), indent + 1);
     if (QAPropertyMapGroup* descriptor = boundDescriptor())
         QAPropertySerializer::write(descriptor->propertyStore(), descriptor, s, indent + 1);
+    for (const auto& [key, text] : m_keptValues) {
+        QAXML::indent(s, indent + 1);
+        s << '<' << key << '>' << text << "</" << key << ">\n";
+    }
     QAXML::indent(s, indent);
     s << "</configuration>\n";
 }
@@ -235,7 +258,20 @@ bool QAStConfiguration::init(const QDomElement& e, int)
     setName(QAXML::domValue(nameElement));
     if (QAPropertyMapGroup* descriptor = boundDescriptor())
         QAPropertySerializer::read(this, descriptor, e);
+    keepUndescribedValues(e);
     return true;
+}
+
+void QAStConfiguration::keepUndescribedValues(const QDomElement& e)
+{
+    m_keptValues.clear();
+    const QSet<QString>& described = shared().keys;
+    for (QDomElement value = e.firstChildElement(); !value.isNull();
+         value = value.nextSiblingElement()) {
+        const QString key = value.tagName();
+        if (key != nameKey && !described.contains(key))
+            m_keptValues.append({key, QAXML::parsedTextToXMLValue(value.text())});
+    }
 }
 
 void QAStConfiguration::init(QARes* res)
@@ -261,6 +297,7 @@ void QAStConfiguration::reset(const QAStTargetPackage& package)
 {
     const QString ownName = name();
     clear();
+    m_keptValues.clear();
     setName(ownName);
     init(package);
 }
@@ -276,20 +313,28 @@ void QAStConfiguration::init()
 
 bool QAStConfiguration::initialize(StudioInterface*, QARes*)
 {
-    std::unique_ptr<QAPropertyMapGroup>& descriptor = sharedDescriptor();
-    if (!descriptor)
-        descriptor.reset(createPropertyDescriptor());
-    return descriptor != nullptr;
+    SharedDescriptor& descriptor = shared();
+    if (descriptor.tried)
+        return true;
+    descriptor.tried = true;
+    descriptor.tree.reset(createPropertyDescriptor());
+    descriptor.keys.clear();
+    if (descriptor.tree)
+        collectKeys(*descriptor.tree, descriptor.keys);
+    return descriptor.tree != nullptr;
 }
 
 void QAStConfiguration::terminate(StudioInterface*, QARes*)
 {
-    sharedDescriptor().reset();
+    SharedDescriptor& descriptor = shared();
+    descriptor.tree.reset();
+    descriptor.keys.clear();
+    descriptor.tried = false;
 }
 
 QAPropertyMapGroup* QAStConfiguration::propertyDescriptor()
 {
-    return sharedDescriptor().get();
+    return shared().tree.get();
 }
 
 QString QAStConfiguration::propertyDescriptorFile()

@@ -6,6 +6,8 @@
 #include <QPointer>
 #include <QString>
 
+#include <utility>
+
 class QAProperty;
 class QAPropertyMapGroup;
 class QARes;
@@ -28,9 +30,13 @@ class StudioInterface;
 //
 // Every other setting is described by the settings descriptor, one tree
 // shared by all configurations (initialize). Saving and reading go through
-// it, so only described keys (and the name) are written and read back, and
-// only values set on this configuration: inherited ones never.
-// docs/formats/configuration.md gives the element and the defaults.
+// it: described keys are read into the store by the type the descriptor
+// gives, and written when set on this configuration (inherited values
+// never). A value read whose key the descriptor does not describe (no
+// descriptor, or one older or newer than the file) is kept as it was read
+// and written back after the described ones, so a save never drops what
+// was read. docs/formats/configuration.md gives the element and the
+// defaults.
 class SDK110_EXPORT QAStConfiguration : public QAPropertyStore {
     Q_OBJECT
 public:
@@ -95,13 +101,20 @@ public:
     // r 0x20), without the debug bit 0x100: the default "executionFlag".
     static constexpr int allStages = 0x3F;
 
+    // Values read whose key the descriptor does not describe: each key with
+    // its text as the file held it (encoded), in file order.
+    using KeptValues = QList<std::pair<QString, QString>>;
+    const KeptValues& keptValues() const { return m_keptValues; }
+
     // Loads the shared descriptor from <installDir>/korvilprojectsettings.
     // properties (createPropertyDescriptor), its messages going to the
-    // message console. True at once when it is loaded already; false when
-    // it cannot be loaded. host and resources are those of the library's
-    // start-up (QAStData::initialize), which already keeps them.
+    // message console. Loading is tried once: the first call says whether
+    // the descriptor was loaded, every later call returns true at once
+    // (propertyDescriptor() tells whether there is one). host and
+    // resources are those of the library's start-up (QAStData::initialize),
+    // which already keeps them.
     static bool initialize(StudioInterface* host, QARes* resources);
-    // Releases the shared descriptor.
+    // Releases the shared descriptor; the next initialize loads it again.
     static void terminate(StudioInterface* host, QARes* resources);
     // The shared descriptor's root; null before initialize.
     static QAPropertyMapGroup* propertyDescriptor();
@@ -119,8 +132,11 @@ private:
     // The shared descriptor, pointed at this configuration; null before
     // initialize.
     QAPropertyMapGroup* boundDescriptor() const;
+    // Keeps the values of e whose key the descriptor does not describe.
+    void keepUndescribedValues(const QDomElement& e);
 
     QPointer<QAStNode> m_node;
+    KeptValues m_keptValues;
     // name() as of the store's revision m_nameRevision.
     mutable QString m_name;
     mutable quint64 m_nameRevision = 0;
