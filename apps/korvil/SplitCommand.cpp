@@ -94,7 +94,10 @@ bool follow(const QString& input, const QString& directory)
     std::signal(SIGTERM, previousTerm);
     survey.finish();
     split.closeOutputFile();
-    return true;
+    const QStringList losses = split.losses();
+    for (const QString& loss : losses)
+        err(loss);
+    return losses.isEmpty();
 }
 
 } // namespace
@@ -125,7 +128,8 @@ int split(QCommandLineParser& parser, CommandLineStudio& studio)
         }
         QString error;
         if (!QASTSplitSurvey::splitFile(input, directory, &error)) {
-            err(QStringLiteral("%1: %2").arg(input, error));
+            for (const QString& line : error.split(u'\n'))
+                err(QStringLiteral("%1: %2").arg(input, line));
             return Failure;
         }
     }

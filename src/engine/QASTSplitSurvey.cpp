@@ -8,6 +8,7 @@
 #include <QFileInfo>
 #include <QtAlgorithms>
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstring>
@@ -19,7 +20,7 @@
 
 // ---------------------------------------------------------------- outputs
 
-QASTSplitOutputs::QASTSplitOutputs(int count) : m_buffers(size_t(count))
+QASTSplitOutputs::QASTSplitOutputs(int count) : m_buffers(size_t(count)), m_losses(size_t(count))
 {
     for (int i = 0; i < count; ++i)
         m_paths.append(QString());
@@ -75,14 +76,26 @@ void QASTSplitOutputs::write(int index, const char* data, qsizetype size)
         m_file.close();
         m_open = -1;
         m_file.setFileName(m_paths.at(index));
-        if (!m_file.open(QIODevice::Append | QIODevice::Unbuffered))
+        if (!m_file.open(QIODevice::Append | QIODevice::Unbuffered)) {
+            lose(index, data, size, m_file.errorString());
             return;
+        }
         m_open = index;
     }
-    if (m_file.write(data, size) != size) {
+    const qint64 written = m_file.write(data, size);
+    if (written != size) {
+        const qsizetype kept = qMax<qint64>(written, 0);
+        lose(index, data + kept, size - kept, m_file.errorString());
         m_file.close();
         m_open = -1;
     }
+}
+
+void QASTSplitOutputs::lose(int index, const char* data, qsizetype size, const QString& reason)
+{
+    Loss& loss = m_losses[size_t(index)];
+    loss.lines += std::count(data, data + size, '\n');
+    loss.reason = reason;
 }
 
 // ---------------------------------------------------------------- routing
@@ -456,5 +469,23 @@ bool QASTSplitSurvey::splitFile(const QString& input, const QString& outputDir, 
         QFile::remove(split.m_outputs.path(index));
     split.m_survey->reset(true);
     split.m_survey->finish();
-    return true;
+    split.closeOutputFile();
+    const QStringList losses = split.losses();
+    if (!losses.isEmpty() && error)
+        *error = losses.join(QLatin1Char('\n'));
+    return losses.isEmpty();
+}
+
+QStringList QASTSplitSurvey::losses() const
+{
+    QStringList texts;
+    for (int index = 0; index < OutputCount; ++index) {
+        if (const qint64 lines = lostLines(index)) {
+            texts << QCoreApplication::translate("QASTSplitSurvey",
+                                                 "%n line(s) could not be written to %1: %2",
+                                                 nullptr, int(lines))
+                         .arg(outputFile(index), lostReason(index));
+        }
+    }
+    return texts;
 }

@@ -26,7 +26,9 @@ class QAFileSurvey;
 // flush(), so no file is left open between ticks. Files are opened for
 // appending; every write holds whole lines only, so lines of two writers
 // appending to one file never cut each other. A file that cannot be opened
-// loses the lines of that write silently; the next write tries again.
+// or written loses the lines of that write; the next write tries again.
+// The lines lost are counted per file with the system's last reason, for
+// a host that must not report success when nothing was written.
 class SDK110_EXPORT QASTSplitOutputs {
 public:
     static constexpr qsizetype BufferSize = 64 * 1024;
@@ -54,7 +56,18 @@ public:
     }
     void flush();
 
+    // The lines of index lost so far, and the system's reason for the last
+    // loss.
+    qint64 lostLines(int index) const { return m_losses.at(size_t(index)).lines; }
+    QString lostReason(int index) const { return m_losses.at(size_t(index)).reason; }
+
 private:
+    struct Loss {
+        qint64 lines = 0;
+        QString reason;
+    };
+    void lose(int index, const char* data, qsizetype size, const QString& reason);
+
     // The lines gathered for one file; its storage is made at first use.
     struct Buffer {
         std::unique_ptr<char[]> data;
@@ -67,6 +80,7 @@ private:
 
     QStringList m_paths;
     std::vector<Buffer> m_buffers;
+    std::vector<Loss> m_losses;
     QFile m_file;     // the open file, if any
     int m_open = -1;  // its index
 };
@@ -161,13 +175,21 @@ public:
     // called again it splits everything again.
     void splitExistingLines();
 
+    // The lines of the output of index that could not be written (its
+    // file could not be opened or written), and the system's reason.
+    qint64 lostLines(int index) const { return m_outputs.lostLines(index); }
+    QString lostReason(int index) const { return m_outputs.lostReason(index); }
+    // What was lost, one text per output that lost lines ("3 lines could
+    // not be written to FILE: REASON"); empty when nothing was lost.
+    QStringList losses() const;
+
     // Splits the whole input at once, without an event loop, into the seven
     // default names in outputDir (made when missing). The seven files are
     // removed first, so the result is the split of this input alone; a
     // file that receives no line is not created. A last line without "\n"
     // is split with one. False, with the reason in error, when the input
-    // cannot be read, outputDir cannot be made, or the input is one of the
-    // seven files.
+    // cannot be read, outputDir cannot be made, the input is one of the
+    // seven files, or lines could not be written (losses(), one a line).
     static bool splitFile(const QString& input, const QString& outputDir,
                           QString* error = nullptr);
 

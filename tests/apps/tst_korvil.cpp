@@ -312,6 +312,18 @@ private slots:
         const Run itself = korvil({"split", path("run/atlout.rio")});
         QCOMPARE(itself.status, 1);
         QVERIFY(itself.err.contains("atlout.rio"));
+
+        // Result files that cannot be written (each name taken by a
+        // directory, which binds root too): counted, told, a failure.
+        for (const char* name : {"atlout.rio", "zeltacov.tio", "tracer.tdf", "mendralt.tpf",
+                                 "tallivexlt.tqf", "atlendtest.txt", "atlout.rej"})
+            QVERIFY(QDir().mkpath(path(QStringLiteral("blocked/") + QLatin1String(name))));
+        const Run blocked = korvil({"split", input, "--out", "blocked"});
+        QCOMPARE(blocked.status, 1);
+        QVERIFY2(blocked.err.contains("3 line(s) could not be written to blocked/atlout.rio: "),
+                 qPrintable(blocked.err));
+        QVERIFY(blocked.err.contains("2 line(s) could not be written to blocked/tracer.tdf: "));
+        QVERIFY(!blocked.out.contains("no result file"));
     }
 
     // Following a growing file until terminated: lines written meanwhile
