@@ -22,6 +22,19 @@ QAPropertyGroup::QAPropertyGroup(const QString& name)
 {
 }
 
+QAPropertyGroup::QAPropertyGroup(const QAPropertyGroup& other)
+    : QAProperty(other), m_openedPix(other.m_openedPix), m_closedPix(other.m_closedPix)
+{
+}
+
+QAPropertyGroup& QAPropertyGroup::operator=(const QAPropertyGroup& other)
+{
+    QAProperty::operator=(other);
+    m_openedPix = other.m_openedPix;
+    m_closedPix = other.m_closedPix;
+    return *this;
+}
+
 QAPropertyGroup::~QAPropertyGroup()
 {
     const QList<QAProperty*> children = std::exchange(m_children, {});

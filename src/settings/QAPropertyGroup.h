@@ -9,6 +9,13 @@
 // may be groups themselves. The group owns its children and deletes them
 // with itself; it holds no value of its own.
 //
+// Copying a group copies its own fields (those of every property, and its
+// pictures) but not its children: a child belongs to one group and knows
+// it, and the kinds of a tree are not all known here (plug-ins add their
+// own), so a copy starts without children and an assignment keeps the
+// children it has. A whole tree is made again from its description
+// (QAPropertyMapLoader), not copied.
+//
 // The pictures shown for the group in the property tree are kept as icon
 // file names; the pixmaps are made on demand and only when a
 // QGuiApplication exists, so a command-line host builds trees without a
@@ -16,9 +23,9 @@
 class SDK110_EXPORT QAPropertyGroup : public QAProperty {
 public:
     explicit QAPropertyGroup(const QString& name = QString());
-    // A group owns its children, so it is not copied.
-    QAPropertyGroup(const QAPropertyGroup&) = delete;
-    QAPropertyGroup& operator=(const QAPropertyGroup&) = delete;
+    // Copies the fields and pictures, not the children (see above).
+    QAPropertyGroup(const QAPropertyGroup& other);
+    QAPropertyGroup& operator=(const QAPropertyGroup& other);
 
     ~QAPropertyGroup() override;
     bool isGroup() const override;

@@ -18,9 +18,6 @@ void QAPropertyMapGroup::setPropertyStore(QAPropertyStore* store)
 
 QAPropertyStore* QAPropertyMapGroup::storeOf(const QAProperty& property)
 {
-    for (const QAPropertyGroup* g = property.parentGroup(); g; g = g->parentGroup()) {
-        if (auto* mapGroup = dynamic_cast<const QAPropertyMapGroup*>(g))
-            return mapGroup->propertyStore();
-    }
-    return nullptr;
+    const auto* mapGroup = dynamic_cast<const QAPropertyMapGroup*>(property.parentGroup());
+    return mapGroup ? mapGroup->propertyStore() : nullptr;
 }

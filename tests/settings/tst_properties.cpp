@@ -296,12 +296,20 @@ void TestProperties::propertyWithoutStoreGivesDefaults()
 {
     QFETCH(QString, kind);
     QFETCH(int, expectedType);
-    // Outside a map group, and in a plain group: no store either way.
+    // Outside a map group, in a plain group, and in a plain group inside a
+    // bound map group: no store either way.
     std::unique_ptr<QAProperty> loose(createMapProperty(kind, "opt"));
     QAPropertyGroup plain;
     QAProperty* inPlain = createMapProperty(kind, "opt");
     plain.addChild(inPlain);
-    for (QAProperty* p : {loose.get(), inPlain}) {
+    QAPropertyStore store;
+    QAPropertyMapGroup bound;
+    auto* nested = new QAPropertyGroup;
+    bound.addChild(nested);
+    QAProperty* inNested = createMapProperty(kind, "opt");
+    nested->addChild(inNested);
+    bound.setPropertyStore(&store);
+    for (QAProperty* p : {loose.get(), inPlain, inNested}) {
         p->setValue(QVariant(1));
         QCOMPARE(p->value().typeId(), expectedType);
         QVERIFY(p->value().toString().isEmpty());
@@ -309,6 +317,7 @@ void TestProperties::propertyWithoutStoreGivesDefaults()
         QVERIFY(!p->isResetable());
         p->reset();
     }
+    QVERIFY(!store.hasProperty(QStringLiteral("opt")));
 }
 
 void TestProperties::setValueConvertsByKind_data()
@@ -558,6 +567,25 @@ void TestProperties::copyKeepsFieldsButNotTheGroup()
     *target = copy;
     QCOMPARE(target->tag(), QStringLiteral("paths"));
     QCOMPARE(target->parentGroup(), &group);
+
+    // A group copies its own fields, not its children, which belong to
+    // their group; an assignment keeps the children it has.
+    group.setName("Build");
+    group.setOpenedPix("open.png");
+    QAPropertyStore store;
+    group.setPropertyStore(&store);
+    QAPropertyMapGroup groupCopy(group);
+    QCOMPARE(groupCopy.name(), QStringLiteral("Build"));
+    QCOMPARE(groupCopy.openedPixName(), QStringLiteral("open.png"));
+    QCOMPARE(groupCopy.propertyStore(), &store);
+    QCOMPARE(groupCopy.count(), 0);
+    QCOMPARE(p->parentGroup(), &group);
+    QAPropertyGroup assigned("other");
+    assigned.addChild(new QAPropertyMapInt("kept"));
+    assigned = group;
+    QCOMPARE(assigned.name(), QStringLiteral("Build"));
+    QCOMPARE(assigned.count(), 1);
+    QCOMPARE(assigned.children().first()->tag(), QStringLiteral("kept"));
 }
 
 void TestProperties::writeNothingLocal()
