@@ -149,11 +149,11 @@ bool isBlank(QByteArrayView line)
     return true;
 }
 
+// Whether the preferences' source encoding, the decoding of a tag file that
+// is not valid UTF-8, is UTF-8 (or the system's) rather than ISO-8859-1.
 bool sourceEncodingIsUtf8()
 {
     const QString name = QAStData::preferences()->encodingName();
-    if (name.isEmpty())
-        return false;
     const auto encoding = QStringConverter::encodingForName(name.toLatin1().constData());
     return encoding == QStringConverter::Utf8 || encoding == QStringConverter::System;
 }
@@ -305,7 +305,7 @@ QAStTagFileReader::LineKind QAStTagFileReader::parseLine(QByteArrayView line,
 
 QAStTagFileReader::QAStTagFileReader(QAStFile* file) : m_file(file)
 {
-    m_utf8 = sourceEncodingIsUtf8();
+    m_fallbackUtf8 = sourceEncodingIsUtf8();
     m_ada = file && file->language() == QAStFile::LanguageAda;
     m_separator = file ? file->scopeSeparator() : QStringLiteral("::");
 }
@@ -332,6 +332,9 @@ bool QAStTagFileReader::read(const QString& path)
 
 void QAStTagFileReader::readText(QByteArrayView text, const QString& name)
 {
+    // One pass over the whole text; only a text that is not valid UTF-8 has
+    // its lines checked one by one.
+    m_utf8 = m_fallbackUtf8 || text.isValidUtf8();
     int number = 0;
     qsizetype start = 0;
     while (start < text.size()) {
@@ -347,7 +350,8 @@ void QAStTagFileReader::readText(QByteArrayView text, const QString& name)
 void QAStTagFileReader::readLine(QByteArrayView line, int number, const QString& name)
 {
     QString error;
-    switch (parseLine(line, m_record, &error, m_utf8)) {
+    const bool utf8 = m_utf8 || line.isValidUtf8();
+    switch (parseLine(line, m_record, &error, utf8)) {
     case SkippedLine:
         return;
     case MalformedLine:

@@ -44,10 +44,12 @@ struct SDK110_EXPORT QAStTagRecord {
 // dropped, fields after the kind may come in any order and unknown keys
 // are ignored. A malformed line is reported with its expecting-message
 // ("<tag file>:<line>: expecting a tab") on the message console and costs
-// only its own tag. Texts are decoded in the preferences' source encoding
-// (UTF-8 while none is set, ISO-8859-1 when unknown), since they are the
-// sources' own bytes; the backslash escapes \\, \t, \r and \n of a field
-// are undone.
+// only its own tag. Texts are the sources' own bytes: a tag file that is
+// valid UTF-8 is decoded as UTF-8, whatever the preferences say; a file that
+// is not has each line that is valid UTF-8 decoded as UTF-8 and the others
+// in the preferences' source encoding (UTF-8 when it names UTF-8 or the
+// system's, else ISO-8859-1). The backslash escapes \\, \t, \r and \n of
+// a field are undone.
 //
 // Parents: a record's parent field is looked up among the tags this reader
 // created ("Search class = %s", ... as trace lines); the new tag goes below
@@ -84,6 +86,9 @@ private:
     void remember(QAStATag* tag, const QAStTagRecord& record);
 
     QAStFile* m_file;
+    // The preferences' decoding of text that is not valid UTF-8.
+    bool m_fallbackUtf8 = false;
+    // The text being read decodes as UTF-8 throughout.
     bool m_utf8 = false;
     bool m_ada = false;
     QString m_separator;

@@ -2,6 +2,8 @@
 
 #include "QAFilterExprGroup.h"
 
+#include <QDomNode>
+
 QAFilter::QAFilter() = default;
 
 QAFilter::~QAFilter()
@@ -58,4 +60,9 @@ void QAFilter::xmlSave(QDomDocument&, QDomElement&) {}
 bool QAFilter::xmlLoad(QDomDocument&, QDomElement&)
 {
     return false;
+}
+
+void QAFilter::addLoadFault(const QDomNode& node, const QString& text)
+{
+    m_loadFaults.append(tr("line %1: %2").arg(node.lineNumber()).arg(text));
 }

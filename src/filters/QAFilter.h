@@ -5,10 +5,12 @@
 #include <QList>
 #include <QObject>
 #include <QString>
+#include <QStringList>
 
 class QAFilterExprGroup;
 class QDomDocument;
 class QDomElement;
+class QDomNode;
 
 // Groups of a filter, in order; the filter owns them.
 using QAFilterExprGroupList = QList<QAFilterExprGroup*>;
@@ -19,7 +21,9 @@ using QAFilterExprGroupList = QList<QAFilterExprGroup*>;
 // modified flags its manager and editor use.
 //
 // The XML form of a filter belongs to the viewer that derives it: the base
-// names its element "filter", writes nothing and loads nothing.
+// names its element "filter", writes nothing and loads nothing. The texts
+// xmlSave puts in the document and xmlLoad reads from it are plain: the
+// filters file encodes them (QAFiltersMgr).
 class SDK110_EXPORT QAFilter : public QObject {
     Q_OBJECT
 public:
@@ -62,8 +66,17 @@ public:
     // Fills e, an element named xmlTag() of doc (the base writes nothing).
     virtual void xmlSave(QDomDocument& doc, QDomElement& e);
     // Reads the filter from e; false when e is not a filter of this kind
-    // (the base refuses every element).
+    // (the base refuses every element). A filter that loads may leave out
+    // bad entries of its own (groups, expressions).
     virtual bool xmlLoad(QDomDocument& doc, QDomElement& e);
+    // What the last xmlLoad left out, or why it refused e: one text a
+    // fault, "line <n>: <what>".
+    const QStringList& loadFaults() const { return m_loadFaults; }
+
+protected:
+    // Notes a fault of xmlLoad at node of the document read.
+    void addLoadFault(const QDomNode& node, const QString& text);
+    void clearLoadFaults() { m_loadFaults.clear(); }
 
 private:
     QString m_filterName;
@@ -71,4 +84,5 @@ private:
     bool m_modified = false;
     bool m_useWildcard = true;
     QAFilterExprGroupList m_groups;
+    QStringList m_loadFaults;
 };

@@ -7,10 +7,83 @@
 
 #include <QDomDocument>
 #include <QFile>
+#include <QTextStream>
 
 #include <algorithm>
 #include <memory>
 #include <vector>
+
+namespace {
+
+bool holdsText(const QDomElement& e)
+{
+    for (QDomNode n = e.firstChild(); !n.isNull(); n = n.nextSibling()) {
+        if (n.isText())
+            return true;
+    }
+    return false;
+}
+
+// Writes e and what it holds: its attributes in name order, every attribute
+// value and text in the value encoding (QAXML), so that any text reads back
+// equal and the same filters give the same bytes. An element of elements
+// only is written one child a line, indented by depth; the content of an
+// element holding text (depth -1) is written as it is, without spacing.
+void writeElement(QTextStream& out, const QDomElement& e, int depth)
+{
+    if (depth >= 0)
+        QAXML::indent(out, depth);
+    out << '<' << e.tagName();
+    const QDomNamedNodeMap map = e.attributes();
+    QList<QDomAttr> attributes;
+    for (int i = 0; i < map.count(); ++i)
+        attributes.append(map.item(i).toAttr());
+    std::sort(attributes.begin(), attributes.end(),
+              [](const QDomAttr& a, const QDomAttr& b) { return a.name() < b.name(); });
+    for (const QDomAttr& a : attributes)
+        out << ' ' << a.name() << "=\"" << QAXML::attributeToXMLValue(a.value()) << '"';
+
+    const bool inLine = depth < 0 || holdsText(e);
+    bool empty = true;
+    for (QDomNode n = e.firstChild(); !n.isNull(); n = n.nextSibling()) {
+        if (!n.isElement() && !n.isText())
+            continue;
+        if (empty)
+            out << (inLine ? ">" : ">\n");
+        empty = false;
+        if (n.isText())
+            out << QAXML::stringToXMLValue(n.toText().data());
+        else
+            writeElement(out, n.toElement(), inLine ? -1 : depth + 1);
+    }
+    if (empty) {
+        out << "/>";
+    } else {
+        if (!inLine)
+            QAXML::indent(out, depth);
+        out << "</" << e.tagName() << '>';
+    }
+    if (depth >= 0)
+        out << '\n';
+}
+
+// Undoes the value encoding of the attributes and texts below e.
+void decodeValues(const QDomElement& e)
+{
+    const QDomNamedNodeMap map = e.attributes();
+    for (int i = 0; i < map.count(); ++i) {
+        QDomAttr a = map.item(i).toAttr();
+        a.setValue(QAXML::commaToString(a.value()));
+    }
+    for (QDomNode n = e.firstChild(); !n.isNull(); n = n.nextSibling()) {
+        if (n.isText())
+            n.toText().setData(QAXML::commaToString(n.toText().data()));
+        else if (n.isElement())
+            decodeValues(n.toElement());
+    }
+}
+
+}
 
 const QString QAFiltersMgr::documentType = QStringLiteral("Korvil-Filters");
 const QString QAFiltersMgr::rootTag = QStringLiteral("filters");
@@ -133,8 +206,6 @@ bool QAFiltersMgr::exportFile(const QString& path, const QList<QAFilter*>& filte
                               QString* reason)
 {
     QDomDocument doc(documentType);
-    doc.appendChild(doc.createProcessingInstruction(QStringLiteral("xml"),
-                                                    QStringLiteral("version=\"1.0\" encoding=\"UTF-8\"")));
     QDomElement root = doc.createElement(rootTag);
     doc.appendChild(root);
     for (QAFilter* filter : filters) {
@@ -142,10 +213,15 @@ bool QAFiltersMgr::exportFile(const QString& path, const QList<QAFilter*>& filte
         root.appendChild(e);
         filter->xmlSave(doc, e);
     }
-    return QAFileUtil::replaceFile(path, doc.toByteArray(1), reason);
+    QByteArray text;
+    QTextStream out(&text);
+    out << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE " << documentType << ">\n";
+    writeElement(out, root, 0);
+    out.flush();
+    return QAFileUtil::replaceFile(path, text, reason);
 }
 
-QAFiltersMgr::ImportResult QAFiltersMgr::importFile(const QString& path)
+QAFiltersMgr::ImportResult QAFiltersMgr::importFile(const QString& path, QStringList* faults)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
@@ -154,19 +230,38 @@ QAFiltersMgr::ImportResult QAFiltersMgr::importFile(const QString& path)
     if (!QAXML::setContent(doc, &file))
         return ImportResult::NotWellFormed;
     QDomElement root = doc.documentElement();
-    if (root.tagName() != rootTag || !xmlLoad(doc, root))
+    if (root.tagName() != rootTag)
+        return ImportResult::BadRoot;
+    decodeValues(root);
+    if (!xmlLoad(doc, root))
         return ImportResult::BadRoot;
 
     std::vector<std::unique_ptr<QAFilter>> loaded;
+    QStringList leftOut;
     for (QDomElement e = root.firstChildElement(); !e.isNull(); e = e.nextSiblingElement()) {
         std::unique_ptr<QAFilter> filter(createFilter());
-        if (!filter || e.tagName() != filter->xmlTag() || !filter->xmlLoad(doc, e))
-            return ImportResult::BadFilter;
-        filter->setModified(false);
-        loaded.push_back(std::move(filter));
+        const bool isFilter = filter && e.tagName() == filter->xmlTag();
+        const bool read = isFilter && filter->xmlLoad(doc, e);
+        if (filter)
+            leftOut += filter->loadFaults();
+        if (read) {
+            filter->setModified(false);
+            loaded.push_back(std::move(filter));
+        } else if (!isFilter) {
+            leftOut += tr("line %1: element \"%2\" left out: \"%3\" is expected")
+                           .arg(e.lineNumber())
+                           .arg(e.tagName(), filter ? filter->xmlTag() : QString());
+        } else if (filter->loadFaults().isEmpty()) {
+            leftOut += tr("line %1: element \"%2\" left out: the filter does not read it")
+                           .arg(e.lineNumber())
+                           .arg(e.tagName());
+        }
     }
     for (std::unique_ptr<QAFilter>& filter : loaded)
         append(filter.release());
-    setModified(true);
+    if (!loaded.empty())
+        setModified(true);
+    if (faults)
+        *faults = leftOut;
     return ImportResult::Imported;
 }

@@ -6,6 +6,7 @@
 #include <QObject>
 #include <QPointer>
 #include <QString>
+#include <QStringList>
 
 class QAFilter;
 class QAFiltersMgrEditor;
@@ -26,17 +27,17 @@ class QWidget;
 //
 // Export file: an XML document of type "Korvil-Filters" whose root element
 // "filters" holds one element per filter, named by QAFilter::xmlTag() and
-// filled by QAFilter::xmlSave (docs/formats/filters.md).
+// filled by QAFilter::xmlSave (docs/formats/filters.md). The file's value
+// encoding is the manager's: filters see plain texts.
 class SDK110_EXPORT QAFiltersMgr : public QObject {
     Q_OBJECT
 public:
     // Outcome of importFile; every outcome but Imported changes nothing.
     enum class ImportResult {
-        Imported,
+        Imported,       // the filters that load, maybe with entries left out
         CannotOpen,     // the file cannot be opened for reading
         NotWellFormed,  // the text is not well-formed XML
         BadRoot,        // the root is not "filters", or xmlLoad refused it
-        BadFilter,      // a child element is not a filter that loads
     };
 
     static const QString documentType;  // "Korvil-Filters"
@@ -90,12 +91,17 @@ public:
 
     // Writes filters to an export file at path, replacing it in one piece:
     // on failure (false) an older file is left whole and reason, when
-    // given, holds the system's reason.
+    // given, holds the system's reason. Attributes are written in name
+    // order and every text in the value encoding, so the same filters give
+    // the same bytes and every text reads back equal.
     bool exportFile(const QString& path, const QList<QAFilter*>& filters,
                     QString* reason = nullptr);
-    // Reads an export file: on success appends its filters, not modified,
-    // and marks the manager modified; on any failure changes nothing.
-    ImportResult importFile(const QString& path);
+    // Reads an export file: appends the filters that load, not modified,
+    // and marks the manager modified when there is one. A bad entry (a
+    // filter, or a group or expression inside one) costs itself alone:
+    // faults, when given, receives one text for each entry left out ("line
+    // <n>: ..."). Any other failure changes nothing.
+    ImportResult importFile(const QString& path, QStringList* faults = nullptr);
 
 signals:
     // The filters or their flags changed: emitted by addFilter, remove,

@@ -191,7 +191,9 @@ void QAFiltersMgrEditor::importFilters()
         return;
 
     const QString caption = tr("Import Filters");
-    switch (m_manager->importFile(path)) {
+    const qsizetype before = m_manager->filters().size();
+    QStringList faults;
+    switch (m_manager->importFile(path, &faults)) {
     case QAFiltersMgr::ImportResult::CannotOpen:
         warn(this, caption, tr("Can't open file \"%1\".").arg(path));
         return;
@@ -201,14 +203,18 @@ void QAFiltersMgrEditor::importFilters()
     case QAFiltersMgr::ImportResult::BadRoot:
         warn(this, caption, tr("Error loading filters in file \"%1\").").arg(path));
         return;
-    case QAFiltersMgr::ImportResult::BadFilter:
-        warn(this, caption, tr("Error loading filters element in file \"%1\").").arg(path));
-        return;
     case QAFiltersMgr::ImportResult::Imported:
         break;
     }
-    refresh();
-    markModified();
+    if (m_manager->filters().size() > before) {
+        refresh();
+        markModified();
+    }
+    // The entries left out, after the list shows what was read.
+    if (!faults.isEmpty())
+        warn(this, caption,
+             tr("Error loading filters element in file \"%1\").").arg(path)
+                 + QLatin1String("\n\n") + faults.join(QLatin1Char('\n')));
 }
 
 void QAFiltersMgrEditor::exportFilters()

@@ -17,9 +17,10 @@ class QPushButton;
 //
 // Ticking a row enables its filter; "New" and "Edit" run a QAFilterEditor;
 // "Remove" deletes the selected filters; "Export" writes the selected
-// filters to a file and "Import" appends a file's filters. Every box and
-// file chooser is asked of the host (QAStData::studioIFace()). Each change
-// marks both the dialog and the manager modified and emits filtersChanged.
+// filters to a file and "Import" appends a file's filters, telling in one
+// warning the entries it left out. Every box and file chooser is asked of
+// the host (QAStData::studioIFace()). Each change marks both the dialog and
+// the manager modified and emits filtersChanged.
 //
 // The manager makes the dialog once (QAFiltersMgr::edit) and keeps it; the
 // manager must outlive the dialog.

@@ -10,8 +10,9 @@ struct QATagFilterSubject;
 // Element "tag_filter", attributes "name", "enabled" and "wildcard", holding
 // one "tag_group" per group (attributes "all", "enabled", "invert"), each
 // holding one "expr" per expression (attributes "type": "name", "kind",
-// "file" or "qualifier", "case", "text"). Flags are "1" or "0"; a missing
-// attribute takes the default of its field (docs/formats/filters.md).
+// "file", "qualifier" or the number of a type outside the family, "case",
+// "text"). Flags are "1" or "0"; a missing attribute takes the default of
+// its field (docs/formats/filters.md).
 class SDK110_EXPORT QATagFilter : public QAFilter {
     Q_OBJECT
 public:
@@ -26,9 +27,9 @@ public:
     QString xmlTag() const override;
     void xmlSave(QDomDocument& doc, QDomElement& e) override;
     // Replaces name, flags and groups with those of e; false, leaving the
-    // filter as it was, when e is not a well-formed tag filter: another
-    // element name, a flag other than "0" or "1", an unknown expression
-    // type, or an element other than "tag_group" or "expr" where one is
-    // expected.
+    // filter as it was, when e is another element or a flag of its own is
+    // neither "0" nor "1". A bad group (another element, a bad flag) or a
+    // bad expression (another element, an unknown type, a bad flag) is left
+    // out alone; loadFaults() tells each.
     bool xmlLoad(QDomDocument& doc, QDomElement& e) override;
 };

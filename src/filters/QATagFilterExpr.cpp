@@ -1,5 +1,7 @@
 #include "QATagFilterExpr.h"
 
+#include <algorithm>
+
 namespace {
 
 // Characters with a meaning in a wildcard besides "*"; "/" and "\" because
@@ -132,7 +134,7 @@ QString QATagFilterExpr::typeKey(quint32 type)
     case File: return QStringLiteral("file");
     case Qualifier: return QStringLiteral("qualifier");
     }
-    return QString();
+    return QString::number(type);
 }
 
 quint32 QATagFilterExpr::typeFromKey(const QString& key, bool* ok)
@@ -144,9 +146,14 @@ quint32 QATagFilterExpr::typeFromKey(const QString& key, bool* ok)
             return type;
         }
     }
+    // A type outside the family, written as its number.
+    const bool digits = !key.isEmpty()
+        && std::all_of(key.begin(), key.end(), [](QChar c) { return c >= u'0' && c <= u'9'; });
+    bool number = false;
+    const quint32 type = digits ? key.toUInt(&number) : 0;
     if (ok)
-        *ok = false;
-    return 0;
+        *ok = number;
+    return type;
 }
 
 const QList<QPair<QString, unsigned>>& QATagFilterExpr::qualifierWords()

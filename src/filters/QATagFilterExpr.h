@@ -54,8 +54,11 @@ public:
     bool matches(const QATagFilterSubject& tag, bool useWildcard) const;
 
     // The name of a type in the XML of the tag filters ("name", "kind",
-    // "file", "qualifier"); empty for a type outside the family.
+    // "file", "qualifier"); a type outside the family is written as its
+    // decimal number, so that it reads back as it was.
     static QString typeKey(quint32 type);
+    // The type of a key or of a decimal number; 0 with *ok false for
+    // anything else.
     static quint32 typeFromKey(const QString& key, bool* ok = nullptr);
     // The qualifier words and their bits: "public" 1, "protected" 2,
     // "private" 4, "pure virtual" 32, "abstract" 32, "virtual" 64.

@@ -30,6 +30,10 @@ private slots:
     void driverTagsEachLanguage();
     void driverWritesTheDocumentedLayout();
     void readerToleratesRealTagFiles();
+    void utf8SourcesKeepTheirNames_data();
+    void utf8SourcesKeepTheirNames();
+    void tagFileDecoding_data();
+    void tagFileDecoding();
     void malformedLineCostsOnlyItself_data();
     void malformedLineCostsOnlyItself();
     void qualifierWordsAreAdded_data();
@@ -210,6 +214,69 @@ void TestTagging::readerToleratesRealTagFiles()
     const auto* box = qobject_cast<QAStAClassTag*>(file->descendants().at(1));
     QCOMPARE(box->inherits(), (QStringList{"Base", "Other"}));
     QVERIFY(m_studio->messages(QAStData::MessageConsole).isEmpty());
+}
+
+void TestTagging::utf8SourcesKeepTheirNames_data()
+{
+    QTest::addColumn<QString>("encoding");
+    QTest::addColumn<QString>("source");
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<QStringList>("tree");
+
+    // Universal Ctags 5.9 reads non-ASCII identifiers in Ada; in C they
+    // reach the tag file through the signature.
+    const QByteArray c = "int berechnen(int gr\xc3\xb6\xc3\x9f" "e) { return gr\xc3\xb6\xc3\x9f" "e; }\n";
+    const QByteArray ada = "package Gr\xc3\xb6\xc3\x9f" "e is\n"
+                           "   procedure Ma\xc3\x9f (Wert : Integer);\n"
+                           "end Gr\xc3\xb6\xc3\x9f" "e;\n";
+    const QStringList cTree{QStringLiteral("function berechnen(int gr\u00f6\u00dfe)")};
+    const QStringList adaTree{QStringLiteral("package Gr\u00f6\u00dfe"),
+                              QStringLiteral("  function Ma\u00df")};
+    QTest::newRow("C, no preference") << QString() << "utf8/maße.c" << c << cTree;
+    QTest::newRow("C, ISO-8859-1 preferred") << "ISO-8859-1" << "utf8/maße.c" << c << cTree;
+    QTest::newRow("Ada, ISO-8859-1 preferred") << "ISO-8859-1" << "utf8/masse.ads" << ada
+                                               << adaTree;
+}
+
+void TestTagging::utf8SourcesKeepTheirNames()
+{
+    QFETCH(QString, encoding);
+    QFETCH(QString, source);
+    QFETCH(QByteArray, text);
+    QAStData::preferences()->setEncodingName(encoding);
+    const QString path = m_dir->filePath(source);
+    TestFiles::writeFile(path, text);
+    QAStFile* file = TagFixtures::tagged(*m_tree, path);
+    QVERIFY(file);
+    QTEST(dump(file), "tree");
+}
+
+void TestTagging::tagFileDecoding_data()
+{
+    QTest::addColumn<QString>("encoding");
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<QStringList>("tree");
+
+    const QByteArray utf8Line =
+        "Gr\xc3\xb6\xc3\x9f" "e\ta.h\t1;\"\tfunction\tsignature:(int ma\xc3\x9f)\n";
+    const QByteArray latin1Line = "Ma\xdf\ta.h\t2;\"\tfunction\n";
+    const QString utf8Tag = QStringLiteral("function Gr\u00f6\u00dfe(int ma\u00df)");
+    QTest::newRow("UTF-8, ISO-8859-1 preferred")
+        << "ISO-8859-1" << utf8Line << QStringList{utf8Tag};
+    QTest::newRow("a line that is no UTF-8 beside one that is")
+        << "ISO-8859-1" << utf8Line + latin1Line
+        << QStringList{utf8Tag, QStringLiteral("function Ma\u00df")};
+    QTest::newRow("no UTF-8, UTF-8 preferred")
+        << QString() << utf8Line + latin1Line
+        << QStringList{utf8Tag, QStringLiteral("function Ma\ufffd")};
+}
+
+void TestTagging::tagFileDecoding()
+{
+    QFETCH(QString, encoding);
+    QFETCH(QByteArray, text);
+    QAStData::preferences()->setEncodingName(encoding);
+    QTEST(dump(fileWithText(text)), "tree");
 }
 
 void TestTagging::malformedLineCostsOnlyItself_data()

@@ -364,38 +364,69 @@ void TestFilterDialogs::importShowsEveryFilter()
 void TestFilterDialogs::importErrors_data()
 {
     QTest::addColumn<QByteArray>("content");  // empty: no file at all
-    QTest::addColumn<QString>("message");
+    QTest::addColumn<QString>("message");     // %1: the file's path
+    QTest::addColumn<QStringList>("filters"); // what the manager holds after
 
     const QString cannotOpen = QStringLiteral("Can't open file \"%1\".");
     const QString contents = QStringLiteral("Can't get file contents (file:\"%1\").");
-    const QString filters = QStringLiteral("Error loading filters in file \"%1\").");
-    const QString element = QStringLiteral("Error loading filters element in file \"%1\").");
+    const QString badRoot = QStringLiteral("Error loading filters in file \"%1\").");
+    const QString leftOut = QStringLiteral("Error loading filters element in file \"%1\").\n\n");
     const QByteArray good = "<tag_filter name=\"good\"><tag_group><expr type=\"name\" "
-                            "text=\"get*\"/></tag_group></tag_filter>";
+                            "text=\"get*\"/></tag_group></tag_filter>\n";
+    const QStringList kept{"kept: name,kind"};
+    const QStringList keptAndGood{"kept: name,kind", "good: name"};
 
-    QTest::newRow("no file") << QByteArray() << cannotOpen;
-    QTest::newRow("not well-formed") << QByteArray("<filters><tag_filter></filters>") << contents;
-    QTest::newRow("another root") << QByteArray("<project>" + good + "</project>") << filters;
+    QTest::newRow("no file") << QByteArray() << cannotOpen << kept;
+    QTest::newRow("not well-formed") << QByteArray("<filters><tag_filter></filters>") << contents
+                                     << kept;
+    QTest::newRow("another root") << QByteArray("<project>" + good + "</project>") << badRoot
+                                  << kept;
+
+    // A bad entry costs itself alone: a filter, a group or an expression.
     QTest::newRow("another filter kind")
-        << QByteArray("<filters>" + good + "<filter name=\"x\"/></filters>") << element;
-    QTest::newRow("bad flag")
-        << QByteArray("<filters>" + good + "<tag_filter enabled=\"yes\"/></filters>") << element;
-    QTest::newRow("unknown expression type")
-        << QByteArray("<filters><tag_filter><tag_group><expr type=\"size\"/></tag_group>"
-                      "</tag_filter></filters>")
-        << element;
+        << QByteArray("<filters>\n" + good + "<filter name=\"x\"/>\n</filters>")
+        << leftOut + "line 3: element \"filter\" left out: \"tag_filter\" is expected"
+        << keptAndGood;
+    QTest::newRow("bad flag of a filter")
+        << QByteArray("<filters>\n<tag_filter name=\"bad\" enabled=\"yes\"/>\n" + good
+                      + "</filters>")
+        << leftOut + "line 2: filter \"bad\" left out: enabled=\"yes\" is neither 0 nor 1"
+        << keptAndGood;
+    QTest::newRow("only bad filters")
+        << QByteArray("<filters><filter/></filters>")
+        << leftOut + "line 1: element \"filter\" left out: \"tag_filter\" is expected" << kept;
     QTest::newRow("stray element in a filter")
-        << QByteArray("<filters><tag_filter><group/></tag_filter></filters>") << element;
+        << QByteArray("<filters><tag_filter name=\"s\">\n<group/>\n"
+                      "<tag_group><expr type=\"file\"/></tag_group></tag_filter></filters>")
+        << leftOut + "line 2: a group of filter \"s\" left out: element \"group\" where "
+                     "\"tag_group\" is expected"
+        << QStringList{"kept: name,kind", "s: file"};
+    QTest::newRow("bad flag of a group")
+        << QByteArray("<filters><tag_filter name=\"g\"><tag_group invert=\"2\"/>"
+                      "<tag_group><expr type=\"name\"/></tag_group></tag_filter></filters>")
+        << leftOut + "line 1: a group of filter \"g\" left out: invert=\"2\" is neither 0 nor 1"
+        << QStringList{"kept: name,kind", "g: name"};
+    QTest::newRow("unknown expression type, bad case flag")
+        << QByteArray("<filters><tag_filter name=\"t\"><tag_group>\n<expr type=\"size\"/>\n"
+                      "<expr type=\"kind\"/>\n<expr type=\"name\" case=\"yes\"/>\n"
+                      "</tag_group></tag_filter>\n" + good + "</filters>")
+        << leftOut + "line 2: an expression of filter \"t\" left out: unknown type \"size\"\n"
+                     "line 4: an expression of filter \"t\" left out: case=\"yes\" is neither "
+                     "0 nor 1"
+        << QStringList{"kept: name,kind", "t: kind", "good: name"};
     QTest::newRow("stray element in a group")
-        << QByteArray("<filters><tag_filter><tag_group><tag_group/></tag_group></tag_filter>"
-                      "</filters>")
-        << element;
+        << QByteArray("<filters><tag_filter name=\"e\"><tag_group><tag_group/>"
+                      "<expr type=\"qualifier\"/></tag_group></tag_filter></filters>")
+        << leftOut + "line 1: an expression of filter \"e\" left out: element \"tag_group\" "
+                     "where \"expr\" is expected"
+        << QStringList{"kept: name,kind", "e: qualifier"};
 }
 
 void TestFilterDialogs::importErrors()
 {
     QFETCH(QByteArray, content);
     QFETCH(QString, message);
+    QFETCH(QStringList, filters);
 
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("filters.xfl"));
@@ -411,9 +442,24 @@ void TestFilterDialogs::importErrors()
 
     QCOMPARE(studio.requestTexts(Kind::Warning), QStringList{message.arg(path)});
     QCOMPARE(studio.requests().last().caption, QStringLiteral("Import Filters"));
-    QCOMPARE(mgr.filters().size(), 1);
-    QCOMPARE(rowTexts(editor.filterList()), QStringList{"kept[x]"});
-    QVERIFY(!mgr.hasModification() && !editor.isModified());
+    // Each filter as "name: " and its groups, each the types of its
+    // expressions.
+    QStringList held;
+    for (const QAFilter* filter : mgr.filters()) {
+        QStringList groups;
+        for (const QAFilterExprGroup* group : filter->groups()) {
+            QStringList types;
+            for (const QAFilterExpr* expr : group->exprList())
+                types << QATagFilterExpr::typeKey(expr->type());
+            groups << types.join(QLatin1Char(','));
+        }
+        held << filter->filterName() + ": " + groups.join(QLatin1Char('|'));
+    }
+    QCOMPARE(held, filters);
+    QCOMPARE(editor.filterList()->count(), mgr.filters().size());
+    const bool imported = filters.size() > 1;
+    QCOMPARE(mgr.hasModification(), imported);
+    QCOMPARE(editor.isModified(), imported);
 }
 
 void TestFilterDialogs::help()

@@ -99,6 +99,29 @@ QString describe(const QAFilter* f)
 
 const QATagFilterSubject someTag{"getValue", "method", "/work/src/value.cpp", 1};
 
+// A filter of another viewer, which keeps its name as element text.
+class TextFilter : public QAFilter {
+public:
+    QString xmlTag() const override { return QStringLiteral("text_filter"); }
+    void xmlSave(QDomDocument& doc, QDomElement& e) override
+    {
+        QDomElement name = doc.createElement(QStringLiteral("name"));
+        name.appendChild(doc.createTextNode(filterName()));
+        e.appendChild(name);
+    }
+    bool xmlLoad(QDomDocument&, QDomElement& e) override
+    {
+        setFilterName(e.firstChildElement(QStringLiteral("name")).text());
+        return true;
+    }
+};
+
+class TextFiltersMgr : public QAFiltersMgr {
+public:
+    QAFilter* createFilter() override { return new TextFilter; }
+    bool xmlLoad(QDomDocument&, QDomElement&) override { return true; }
+};
+
 }
 
 class TestFilters : public QObject {
@@ -115,6 +138,9 @@ private slots:
     void tagExpr();
     void tagExprFollowsItsFields();
     void exportThenImport();
+    void textsReadBackEqual_data();
+    void textsReadBackEqual();
+    void exportIsTheSameEveryTime();
     void exportWritesInOnePiece();
 };
 
@@ -351,8 +377,10 @@ void TestFilters::exportThenImport()
     tricky->setFilterName(QStringLiteral("  \"quoted\" & <odd> \u00e9t\u00e9 "));
     tricky->setEnabled(true);
     tricky->setUseWildcard(false);
+    // A type outside the family reads back as it was.
     tricky->addGroup(tagGroup({{QATagFilterExpr::Name, " (get|set)<&>\"\t", true},
-                               {QATagFilterExpr::Qualifier, "0x20000"}},
+                               {QATagFilterExpr::Qualifier, "0x20000"},
+                               {99, "kept"}},
                               false, false, true));
     tricky->addGroup(tagGroup({}));
     auto* plain = new QATagFilter;
@@ -386,6 +414,97 @@ void TestFilters::exportThenImport()
     QAFiltersMgr base;
     QCOMPARE(base.importFile(path), QAFiltersMgr::ImportResult::BadRoot);
     QVERIFY(base.filters().isEmpty() && !base.modified());
+}
+
+void TestFilters::textsReadBackEqual_data()
+{
+    QTest::addColumn<QString>("text");
+    const QChar high(char16_t(0xD800));
+    const QChar low(char16_t(0xDC00));
+    QTest::newRow("control characters, quotes, markup")
+        << QStringLiteral("\x1B[1m\"bold\" <&>\x01\x08\x7F");
+    QTest::newRow("tabs and line ends") << QStringLiteral("a\tb\nc\r\nd\re\n");
+    QTest::newRow("blanks only") << QStringLiteral(" \t\n ");
+    QTest::newRow("commas and escapes") << QStringLiteral("a,b #comma# #x1B# #x# ## #");
+    QTest::newRow("beyond the basic plane, halves of pairs")
+        << QStringLiteral("\U0001F600 \u00e9t\u00e9 ") + high + QLatin1Char('x') + low;
+}
+
+// A text in an attribute (the tag filters) and in element text (another
+// viewer's filters) is written so that the file parses and reads back equal.
+void TestFilters::textsReadBackEqual()
+{
+    QFETCH(QString, text);
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("filters.xfl"));
+
+    QATagFiltersMgr tags;
+    auto* filter = new QATagFilter;
+    filter->setFilterName(text);
+    filter->addGroup(tagGroup({{QATagFilterExpr::Name, text}, {QATagFilterExpr::File, text, true}}));
+    tags.addFilter(filter);
+    QVERIFY(tags.exportFile(path, tags.filters()));
+    QATagFiltersMgr tagsBack;
+    QCOMPARE(tagsBack.importFile(path), QAFiltersMgr::ImportResult::Imported);
+    QCOMPARE(tagsBack.filters().size(), 1);
+    QCOMPARE(describe(tagsBack.filters().first()), describe(filter));
+
+    TextFiltersMgr texts;
+    auto* textFilter = new TextFilter;
+    textFilter->setFilterName(text);
+    texts.addFilter(textFilter);
+    QVERIFY(texts.exportFile(path, texts.filters()));
+    TextFiltersMgr textsBack;
+    QCOMPARE(textsBack.importFile(path), QAFiltersMgr::ImportResult::Imported);
+    QCOMPARE(textsBack.filters().size(), 1);
+    QCOMPARE(textsBack.filters().first()->filterName(), text);
+}
+
+// The same filters give the same bytes, whatever the seed of Qt's hashes
+// (random in each process unless QT_HASH_SEED says otherwise).
+void TestFilters::exportIsTheSameEveryTime()
+{
+    QATagFiltersMgr mgr;
+    auto* getters = new QATagFilter;
+    getters->setFilterName(QStringLiteral("Public getters"));
+    getters->setEnabled(true);
+    getters->addGroup(tagGroup({{QATagFilterExpr::Name, "get*"},
+                                {QATagFilterExpr::Qualifier, "public", true}}));
+    getters->addGroup(tagGroup({{QATagFilterExpr::File, "*.h"}}, false, true, true));
+    getters->addGroup(tagGroup({}));
+    auto* none = new QATagFilter;
+    none->setFilterName(QStringLiteral("none"));
+    none->setUseWildcard(false);
+    mgr.addFilter(getters);
+    mgr.addFilter(none);
+    mgr.addFilter(new TextFilter);
+
+    const QByteArray expected =
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+        "<!DOCTYPE Korvil-Filters>\n"
+        "<filters>\n"
+        "  <tag_filter enabled=\"1\" name=\"Public getters\" wildcard=\"1\">\n"
+        "    <tag_group all=\"1\" enabled=\"1\" invert=\"0\">\n"
+        "      <expr case=\"0\" text=\"get*\" type=\"name\"/>\n"
+        "      <expr case=\"1\" text=\"public\" type=\"qualifier\"/>\n"
+        "    </tag_group>\n"
+        "    <tag_group all=\"0\" enabled=\"1\" invert=\"1\">\n"
+        "      <expr case=\"0\" text=\"*.h\" type=\"file\"/>\n"
+        "    </tag_group>\n"
+        "    <tag_group all=\"1\" enabled=\"1\" invert=\"0\"/>\n"
+        "  </tag_filter>\n"
+        "  <tag_filter enabled=\"0\" name=\"none\" wildcard=\"0\"/>\n"
+        "  <text_filter>\n"
+        "    <name></name>\n"
+        "  </text_filter>\n"
+        "</filters>\n";
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("filters.xfl"));
+    for (int run = 0; run < 3; ++run) {
+        QHashSeed::resetRandomGlobalSeed();
+        QVERIFY(mgr.exportFile(path, mgr.filters()));
+        QCOMPARE(TestFiles::readFile(path), expected);
+    }
 }
 
 void TestFilters::exportWritesInOnePiece()
