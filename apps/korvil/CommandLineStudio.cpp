@@ -1,5 +1,7 @@
 #include "CommandLineStudio.h"
 
+#include <QMetaEnum>
+
 #include <cstdio>
 
 #include <sys/ioctl.h>
@@ -13,18 +15,78 @@ CommandLineStudio::CommandLineStudio() : m_terminal(::isatty(STDOUT_FILENO) == 1
         m_width = size.ws_col - 1;
 }
 
-void CommandLineStudio::write(FILE* stream, const QString& text)
+namespace {
+
+// The lines of a message that carry text, the file of a box's text
+// "FILE\n\nREASON" joined to its reason as in the tool's own "FILE: fault".
+QStringList messageLines(const QString& text)
+{
+    QStringList lines = text.split(u'\n');
+    for (QString& line : lines) {
+        if (line.endsWith(u'\r'))
+            line.chop(1);
+    }
+    const auto blank = [](const QString& line) { return line.trimmed().isEmpty(); };
+    if (lines.size() > 2 && !blank(lines.at(0)) && blank(lines.at(1)) && !blank(lines.at(2))) {
+        lines[2] = lines.at(0) + QLatin1String(": ") + lines.at(2);
+        lines.remove(0, 2);
+    }
+    lines.removeIf(blank);
+    return lines;
+}
+
+bool endsSentence(const QString& text)
+{
+    return !text.isEmpty() && QStringLiteral(".?!:;,").contains(text.back());
+}
+
+} // namespace
+
+QString CommandLineStudio::messageText(const QString& text)
+{
+    QString result;
+    for (const QString& line : messageLines(text))
+        result += (result.isEmpty() ? QLatin1String("korvil: ") : QLatin1String("  ")) + line + u'\n';
+    return result;
+}
+
+QString CommandLineStudio::questionText(const QString& text, QMessageBox::StandardButton answer)
+{
+    QString line;
+    for (const QString& part : messageLines(text)) {
+        if (!line.isEmpty())
+            line += endsSentence(line) ? QLatin1String(" ") : QLatin1String(". ");
+        line += part.trimmed();
+    }
+    const char* word = QMetaEnum::fromType<QMessageBox::StandardButtons>().valueToKey(answer);
+    return QStringLiteral("korvil: %1 %2 (batch mode)\n").arg(line, QLatin1String(word));
+}
+
+void CommandLineStudio::writeOutput(const QString& text)
 {
     if (text.isEmpty())
         return;
     clearProgress();
     const QByteArray bytes = text.toLocal8Bit();
-    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stream);
-    std::fflush(stream);
-    m_lineOpen[stream == stderr] = !bytes.endsWith('\n');
-    // The progress line stays below the text once the text's line is ended.
-    if (m_progressActive && !m_lineOpen[0] && !m_lineOpen[1])
-        drawProgress();
+    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout);
+    std::fflush(stdout);
+    m_outputLineOpen = !bytes.endsWith('\n');
+    // The progress line stays below the output once its line is ended.
+    drawProgress();
+}
+
+// A message starts a line of its own, also where both streams are one
+// terminal.
+void CommandLineStudio::writeMessage(const QString& lines)
+{
+    if (lines.isEmpty())
+        return;
+    clearProgress();
+    endLine();
+    const QByteArray bytes = lines.toLocal8Bit();
+    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stderr);
+    std::fflush(stderr);
+    drawProgress();
 }
 
 void CommandLineStudio::clearProgress()
@@ -38,19 +100,21 @@ void CommandLineStudio::clearProgress()
 
 void CommandLineStudio::endLine()
 {
-    for (FILE* stream : {stdout, stderr}) {
-        if (m_lineOpen[stream == stderr]) {
-            std::fputc('\n', stream);
-            m_lineOpen[stream == stderr] = false;
-        }
-    }
+    if (!m_outputLineOpen)
+        return;
+    std::fputc('\n', stdout);
+    std::fflush(stdout);
+    m_outputLineOpen = false;
 }
 
 void CommandLineStudio::displayMessage(int console, const QString& text)
 {
-    if (console != 0)
-        ++m_problems;
-    write(console == 0 ? stdout : stderr, text);
+    if (console == 0) {
+        writeOutput(text);
+        return;
+    }
+    ++m_problems;
+    writeMessage(messageText(text));
 }
 
 void CommandLineStudio::clearMessage(int console)
@@ -63,21 +127,32 @@ void CommandLineStudio::statusMessage(const QString& text)
     Q_UNUSED(text);
 }
 
-void CommandLineStudio::warning(QWidget*, const QString& caption, const QString& text)
+// A box is a message like those of the message console: its caption is the
+// title of a window.
+void CommandLineStudio::warning(QWidget*, const QString&, const QString& text)
 {
     ++m_problems;
-    write(stderr, QStringLiteral("warning: %1: %2\n").arg(caption, text));
+    writeMessage(messageText(text));
 }
 
-void CommandLineStudio::information(QWidget*, const QString& caption, const QString& text)
+void CommandLineStudio::information(QWidget*, const QString&, const QString& text)
 {
-    write(stderr, QStringLiteral("%1: %2\n").arg(caption, text));
+    writeMessage(messageText(text));
 }
 
-void CommandLineStudio::critical(QWidget*, const QString& caption, const QString& text)
+void CommandLineStudio::critical(QWidget*, const QString&, const QString& text)
 {
     ++m_problems;
-    write(stderr, QStringLiteral("error: %1: %2\n").arg(caption, text));
+    writeMessage(messageText(text));
+}
+
+QMessageBox::StandardButton CommandLineStudio::question(QWidget*, const QString&, const QString& text,
+                                                        QMessageBox::StandardButtons,
+                                                        QMessageBox::StandardButton defaultButton,
+                                                        QMessageBox::Icon)
+{
+    writeMessage(questionText(text, defaultButton));
+    return defaultButton;
 }
 
 QString CommandLineStudio::getSaveFileName(QWidget*, const QString&, const QString&, const QString&)
@@ -124,7 +199,7 @@ void CommandLineStudio::finishProgress()
 // line: a log file or a pipe gets no carriage returns.
 void CommandLineStudio::drawProgress()
 {
-    if (!m_terminal || !m_progressActive || m_lineOpen[0] || m_lineOpen[1])
+    if (!m_terminal || !m_progressActive || m_outputLineOpen)
         return;
     const QString line = m_progressMaximum > 0
                              ? QStringLiteral("[%1/%2] %3").arg(m_progressValue).arg(m_progressMaximum).arg(m_progressLabel)

@@ -4,12 +4,15 @@
 
 #include <QString>
 
-// The host of the command-line tool: the output console is standard
-// output, the message console standard error; boxes are lines on standard
-// error ("warning: ...", "error: ..."); questions take their default; a
-// save chooser answers with the path given on the command line; progress
-// is one line redrawn below the output when standard output is a terminal,
-// and nothing otherwise.
+// The host of the command-line tool. The output console is standard
+// output, passed on as it comes (the drivers' output arrives in pieces).
+// The message console, boxes and questions are messages on standard
+// error, laid out by messageText: every line of a message is ended, its
+// first line starts "korvil: ", its further lines are indented by two
+// blanks. Questions take their default, printed on one line with the
+// answer (questionText). A save chooser answers with the path given on the
+// command line; progress is one line redrawn below the output when
+// standard output is a terminal, and nothing otherwise.
 class CommandLineStudio : public StudioInterface {
 public:
     CommandLineStudio();
@@ -22,6 +25,10 @@ public:
     void warning(QWidget* parent, const QString& caption, const QString& text) override;
     void information(QWidget* parent, const QString& caption, const QString& text) override;
     void critical(QWidget* parent, const QString& caption, const QString& text) override;
+    QMessageBox::StandardButton question(QWidget* parent, const QString& caption, const QString& text,
+                                         QMessageBox::StandardButtons buttons,
+                                         QMessageBox::StandardButton defaultButton,
+                                         QMessageBox::Icon icon) override;
 
     QString getSaveFileName(QWidget* parent, const QString& caption, const QString& dir,
                             const QString& filter) override;
@@ -38,12 +45,24 @@ public:
     // Messages that went to the message console or were boxes of kind
     // warning or error.
     int problems() const { return m_problems; }
-    // Lines are not ended by the library in every message: keep the
+    // The drivers' output does not always end its last line: keep the
     // terminal tidy by ending an open line before the tool's own output.
     void endLine();
 
+    // A message as lines for standard error: "korvil: " and its first
+    // line, then each further line indented by two blanks, every line
+    // ended by one "\n". A box's text "FILE\n\nREASON" starts
+    // "korvil: FILE: REASON"; blank lines are left out. Empty for a text
+    // of blanks only.
+    static QString messageText(const QString& text);
+    // A question and the answer taken, as one line for standard error:
+    // "korvil: " and its lines joined (". " after a line that does not end
+    // a sentence), then the answer and "(batch mode)".
+    static QString questionText(const QString& text, QMessageBox::StandardButton answer);
+
 private:
-    void write(FILE* stream, const QString& text);
+    void writeOutput(const QString& text);
+    void writeMessage(const QString& lines);
     void drawProgress();
     void clearProgress();
 
@@ -56,5 +75,5 @@ private:
     int m_progressValue = 0;
     int m_progressMaximum = 0;
     int m_problems = 0;
-    bool m_lineOpen[2] = {false, false};
+    bool m_outputLineOpen = false;
 };

@@ -36,9 +36,25 @@ void out(const QString& text)
 
 void err(const QString& text)
 {
-    const QByteArray bytes = (QStringLiteral("korvil: ") + text + u'\n').toLocal8Bit();
+    const QByteArray bytes = CommandLineStudio::messageText(text).toLocal8Bit();
     std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stderr);
+    std::fflush(stderr);
 }
+
+namespace {
+
+// Out of batch mode for its lifetime: the project asks the tool's host,
+// which answers on its own, instead of deciding alone; so a question
+// reaches standard error with the answer taken, and a warning as a box.
+class HostAsked {
+public:
+    HostAsked() { QAStProject::setModeBatch(false); }
+    ~HostAsked() { QAStProject::setModeBatch(true); }
+    HostAsked(const HostAsked&) = delete;
+    HostAsked& operator=(const HostAsked&) = delete;
+};
+
+} // namespace
 
 std::unique_ptr<QAStProject> load(const QString& path)
 {
@@ -48,8 +64,19 @@ std::unique_ptr<QAStProject> load(const QString& path)
     }
     QAStConfiguration::initialize(QAStData::studioIFace(), nullptr);
     auto project = std::make_unique<QAStProject>(QFileInfo(path).completeBaseName(), QPixmap());
-    if (!project->open(QFileInfo(path).absoluteFilePath())) {
-        err(QStringLiteral("%1: the project could not be loaded").arg(path));
+    bool opened = false;
+    {
+        const HostAsked asked;
+        opened = project->open(QFileInfo(path).absoluteFilePath());
+    }
+    if (!opened) {
+        QString text = QStringLiteral("%1: the project could not be loaded").arg(path);
+        // The library only says the content is not valid: tell what it
+        // looked for.
+        if (QAStProject::fileKind(path) == QAStProject::UnknownFile)
+            text += QStringLiteral("\nno line of it holds \"<!DOCTYPE project\", which marks a project file,"
+                                   "\nnor \"PROJECT = \" or \"WORKSPACE = \" of the older project and workspace files");
+        err(text);
         return nullptr;
     }
     return project;
@@ -349,13 +376,14 @@ int save(QCommandLineParser& parser, CommandLineStudio& studio)
     if (!project)
         return Failure;
     // The project asks its host for the new name, which batch mode never
-    // does: out of batch mode the tool's host answers with FILE, and any
-    // box of the save is a line on standard error as always.
+    // does: the tool's host answers with FILE.
     const QString file = QFileInfo(parser.value(asOption)).absoluteFilePath();
     studio.setSavePath(file);
-    QAStProject::setModeBatch(false);
-    const bool saved = project->saveAs();
-    QAStProject::setModeBatch(true);
+    bool saved = false;
+    {
+        const HostAsked asked;
+        saved = project->saveAs();
+    }
     if (!saved) {
         err(QStringLiteral("%1: the project was not saved").arg(parser.value(asOption)));
         return Failure;

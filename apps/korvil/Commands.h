@@ -22,13 +22,16 @@ int run(const QStringList& arguments, CommandLineStudio& studio);
 
 // --- shared by the commands
 
-// Text for standard output, as it is; a line "korvil: <text>" on standard
-// error.
+// Text for standard output, as it is; a message on standard error, laid
+// out by CommandLineStudio::messageText ("korvil: <text>", further lines
+// indented).
 void out(const QString& text);
 void err(const QString& text);
 
-// Loads a project file in batch mode; null, with a message naming the file
-// on standard error, when it is missing or does not load.
+// Loads a project file; null, with a message naming the file on standard
+// error, when it is missing or does not load (with the marker lines looked
+// for when it has none). The project's questions are answered by the
+// tool's host and printed with the answer.
 std::unique_ptr<QAStProject> load(const QString& path);
 
 // Whether path names a project file (by its first lines, else by the

@@ -21,12 +21,13 @@ namespace {
 // The library's trace lines on the Qt warning channel ("Terminated process
 // pid = ...", the walk's steps) are for developers: shown with
 // KORVIL_TRACE=1 only. Everything a user must read reaches the consoles.
+// They are laid out as every message on standard error.
 void messageHandler(QtMsgType type, const QMessageLogContext&, const QString& text)
 {
     static const bool trace = qEnvironmentVariableIntValue("KORVIL_TRACE") != 0;
     if ((type == QtDebugMsg || type == QtInfoMsg || type == QtWarningMsg) && !trace)
         return;
-    std::fprintf(stderr, "%s\n", qPrintable(text));
+    std::fputs(qPrintable(CommandLineStudio::messageText(text)), stderr);
 }
 
 } // namespace

@@ -104,6 +104,15 @@ const QRegularExpression& toolPrefix()
     return re;
 }
 
+// A capitalised severity word that some tools and scripts put before the
+// file: "Error: script.pts at 33: ...", "Warning: ", "Fatal: ". The blank
+// after the colon keeps a file named so ("Error:12: ...").
+const QRegularExpression& severityPrefix()
+{
+    static const QRegularExpression re(QStringLiteral("(?:Error|Warning|Fatal): "));
+    return re;
+}
+
 // Perl ends its messages with " at FILE line N" and then ".", "," or the
 // end of the line ("called at FILE line N" in a stack trace); this matches
 // up to the last such " at ".
@@ -154,6 +163,8 @@ Start findStart(const QString& line)
             start.includeChain = true;
         } else {
             m = matchAt(toolPrefix(), line, pos);
+            if (!m.hasMatch())
+                m = matchAt(severityPrefix(), line, pos);
             if (!m.hasMatch())
                 break;
         }

@@ -16,8 +16,9 @@ class QRegularExpressionMatch;
 //       open(msg.fileName(), msg.lineNumber());   // "main.c", 12
 //
 // The file name starts where fileNameStart() says (after leading blanks,
-// tool prefixes such as "/usr/bin/ld: " or "In file included from ", and
-// the text of a Perl message before its " at "). Then the forms are tried
+// tool prefixes such as "/usr/bin/ld: " or "In file included from ", a
+// severity word such as "Error: ", and the text of a Perl message before
+// its " at "). Then the forms are tried
 // in order, the first that matches giving the result; each is a separator
 // that ends the file name, the decimal line number, and, for some, a text
 // after the number:
@@ -58,8 +59,8 @@ public:
     int form() const { return m_form; }
 
     // Where the file name of a message may start in line: after leading
-    // blanks and tool prefixes; -1 for a line of gcc's source excerpt
-    // ("   12 |   code"), which names no file.
+    // blanks, tool prefixes and severity words; -1 for a line of gcc's
+    // source excerpt ("   12 |   code"), which names no file.
     static int fileNameStart(const QString& line);
 
     // The path of a file named in a message: a relative name is taken from

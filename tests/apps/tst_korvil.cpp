@@ -30,6 +30,23 @@ QString lineStarting(const QString& text, const QString& start)
     return QString();
 }
 
+// Standard error holds messages only: each line starts with "korvil: " or
+// continues the message above it, indented by two blanks; no blank line,
+// and the last line is ended. Empty when it is so, else the fault.
+QString messageLayoutFault(const QString& err)
+{
+    if (!err.isEmpty() && !err.endsWith(u'\n'))
+        return QStringLiteral("the last line is not ended");
+    const QStringList lines = err.split(u'\n');
+    for (qsizetype i = 0; i + 1 < lines.size(); ++i) {
+        const QString& line = lines.at(i);
+        const bool continuation = i > 0 && line.startsWith(QLatin1String("  ")) && !line.trimmed().isEmpty();
+        if (!line.startsWith(QLatin1String("korvil: ")) && !continuation)
+            return QStringLiteral("line %1 is no message line: \"%2\"").arg(i + 1).arg(line);
+    }
+    return QString();
+}
+
 }
 
 class TestKorvil : public QObject {
@@ -66,7 +83,11 @@ private slots:
     {
         m_dir = std::make_unique<QTemporaryDir>();
         QVERIFY(m_dir->isValid());
-        TestFiles::copyTree(TestPaths::sourceDir() + QStringLiteral("/examples/calculator"), m_dir->path());
+        const QString example = TestPaths::sourceDir() + QStringLiteral("/examples/calculator");
+        TestFiles::copyTree(example, m_dir->path());
+        // A second copy whose object information file is gone.
+        TestFiles::copyTree(example, path("noinf"));
+        QVERIFY(QFile::remove(path("noinf/calculator.inf")));
     }
 
     // --- usage
@@ -125,20 +146,72 @@ private slots:
 
     // --- bad input
 
-    // A project that is not well-formed, and one that is missing: status 1
-    // and a message naming the file.
-    void badProjectFiles()
+    void projectFaults_data()
     {
-        TestFiles::writeFile(path("broken.rtp"), "<?xml version=\"1.0\"?>\n<!DOCTYPE project>\n<project>\n<group>\n");
-        const Run broken = korvil({"info", "broken.rtp"});
-        QCOMPARE(broken.status, 1);
-        QVERIFY2(broken.err.contains("broken.rtp"), qPrintable(broken.err));
-        QVERIFY(broken.out.isEmpty());
-        QVERIFY2(TestFiles::readFile(path("broken.rtp")).endsWith("<group>\n"), "the file is left as it was");
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QByteArray>("content"); // null: the file as it is
+        QTest::addColumn<int>("status");
+        // Lines of standard error in this order, "%1" the project copy's
+        // directory; a final "*" matches the rest of the line.
+        QTest::addColumn<QStringList>("lines");
+        const QStringList noMarker{"  no line of it holds \"<!DOCTYPE project\", which marks a project file,",
+                                   "  nor \"PROJECT = \" or \"WORKSPACE = \" of the older project and workspace files"};
+        QByteArray example = TestFiles::readFile(TestPaths::sourceDir() + QStringLiteral("/examples/calculator/calculator.rtp"));
+        const qsizetype doctype = example.indexOf("<!DOCTYPE project");
+        QVERIFY(doctype > 0);
+        const QByteArray withoutDoctype = example.remove(doctype, example.indexOf('\n', doctype) + 1 - doctype);
 
-        const Run missing = korvil({"build", "nowhere.rtp"});
-        QCOMPARE(missing.status, 1);
-        QVERIFY(missing.err.contains("nowhere.rtp: no such project file"));
+        QTest::newRow("truncated") << "truncated.rtp"
+                                   << QByteArray("<?xml version=\"1.0\"?>\n<!DOCTYPE project>\n<project>\n<group>\n") << 1
+                                   << QStringList{"korvil: %1/truncated.rtp: Unable to read the project :*",
+                                                  "korvil: truncated.rtp: the project could not be loaded"};
+        QTest::newRow("bad project, report ended by a new line")
+            << "bad.rtp" << QByteArray("<?xml version=\"1.0\"?>\n<!DOCTYPE project>\n<project/>\n") << 1
+            << QStringList{"korvil: %1/bad.rtp: It is a bad project file.", "  The reason is:",
+                           "  Unable to find tag version_file", "korvil: bad.rtp: the project could not be loaded"};
+        QTest::newRow("no project") << "notes.rtp" << QByteArray("some notes\n") << 1
+                                    << QStringList{"korvil: %1/notes.rtp: This file content is not a valid project file",
+                                                   "korvil: notes.rtp: the project could not be loaded"}
+                                           + noMarker;
+        QTest::newRow("no DOCTYPE line") << "nodoctype.rtp" << withoutDoctype << 1
+                                         << QStringList{"korvil: %1/nodoctype.rtp: This file content is not a valid project file",
+                                                        "korvil: nodoctype.rtp: the project could not be loaded"}
+                                                + noMarker;
+        QTest::newRow("missing") << "nowhere.rtp" << QByteArray() << 1
+                                 << QStringList{"korvil: nowhere.rtp: no such project file"};
+        QTest::newRow("question of a missing object file")
+            << "noinf/calculator.rtp" << QByteArray() << 0
+            << QStringList{"korvil: %1/noinf/calculator.inf: Unable to open the project Object Information File. "
+                           "Do you want to create it automatically? Yes (batch mode)"};
+    }
+
+    // Faults and questions on standard error, each message on lines of its
+    // own (see messageLayoutFault); the project file is left as it was.
+    void projectFaults()
+    {
+        QFETCH(QString, file);
+        QFETCH(QByteArray, content);
+        QFETCH(int, status);
+        QFETCH(QStringList, lines);
+        if (!content.isNull())
+            TestFiles::writeFile(path(file), content);
+        const Run run = korvil({"info", file});
+        QCOMPARE(run.status, status);
+        QCOMPARE(run.out.isEmpty(), status != 0);
+        QVERIFY2(messageLayoutFault(run.err).isEmpty(), qPrintable(messageLayoutFault(run.err) + "\n" + run.err));
+        const QStringList errLines = run.err.split(u'\n');
+        qsizetype at = 0;
+        for (QString want : lines) {
+            want.replace(QLatin1String("%1"), m_dir->path());
+            const bool prefix = want.endsWith(u'*');
+            if (prefix)
+                want.chop(1);
+            while (at < errLines.size() && !(prefix ? errLines.at(at).startsWith(want) : errLines.at(at) == want))
+                ++at;
+            QVERIFY2(at < errLines.size(), qPrintable(QStringLiteral("missing in order: %1\n%2").arg(want, run.err)));
+        }
+        if (!content.isNull())
+            QCOMPARE(TestFiles::readFile(path(file)), content);
     }
 
     // --- the project
@@ -258,6 +331,7 @@ private slots:
         QCOMPARE(run.status, 1);
         QVERIFY(run.err.contains("missing.c: no such file"));
         QVERIFY2(run.err.contains("Makefile: not a C, C++, Ada, Java or header file"), qPrintable(run.err));
+        QVERIFY2(messageLayoutFault(run.err).isEmpty(), qPrintable(run.err));
         QVERIFY2(run.out.contains("main.cpp\n  (anonymous)  (line 10)\n    evaluate("), qPrintable(run.out));
     }
 
@@ -323,6 +397,7 @@ private slots:
         QVERIFY2(blocked.err.contains("3 line(s) could not be written to blocked/atlout.rio: "),
                  qPrintable(blocked.err));
         QVERIFY(blocked.err.contains("2 line(s) could not be written to blocked/tracer.tdf: "));
+        QVERIFY2(messageLayoutFault(blocked.err).isEmpty(), qPrintable(blocked.err));
         QVERIFY(!blocked.out.contains("no result file"));
     }
 

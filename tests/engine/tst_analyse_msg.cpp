@@ -88,6 +88,11 @@ private slots:
         QTest::newRow("# no number") << "notes#intro" << "notes" << 0 << 0;
         QTest::newRow("line end") << " \t main.c:12: error\r\n" << "main.c" << 12 << 3;
         QTest::newRow("file named ld") << "ld.c:3: x" << "ld.c" << 3 << 3;
+        QTest::newRow("Error: prefix") << "Error: script.pts at 33: no such step" << "script.pts" << 33 << 2;
+        QTest::newRow("Warning: prefix") << "Warning: main.c:12: unused x" << "main.c" << 12 << 3;
+        QTest::newRow("Fatal: prefix") << "  Fatal: \"x.c\", line 7." << "x.c" << 7 << 4;
+        QTest::newRow("tool, then Error:") << "make: Error: Makefile:4: no rule" << "Makefile" << 4 << 3;
+        QTest::newRow("file named Error") << "Error:12: x" << "Error" << 12 << 3;
         QTest::newRow("perl at in text") << "look at this at x.pl line 4." << "x.pl" << 4 << 5;
         QTest::newRow("perl quoted by file:N:") << "env.pl:3: error at env.pl line 3, near"
                                                 << "env.pl" << 3 << 3;
