@@ -4,6 +4,8 @@
 #include "QAINodeSettingsPlugin.h"
 #include "QAPropertyGroup.h"
 #include "QAPropertyMapGroup.h"
+#include "QAPropertyPathBox.h"
+#include "QAPropertyPathItem.h"
 #include "QAStAnalyseMacro.h"
 #include "QAStConfiguration.h"
 #include "QAStNode.h"
@@ -237,6 +239,58 @@ QStringList toList(const QVariant& value)
     return value.toStringList();
 }
 
+// Whether the settings descriptor describes key as a path or a list of
+// paths.
+bool isPathSetting(const QString& key)
+{
+    const QAProperty* described = describedSetting(key);
+    return dynamic_cast<const QAPropertyPathItem*>(described)
+           || dynamic_cast<const QAPropertyPathBox*>(described);
+}
+
+// The directory of the project whose configuration, in c's chain, holds
+// key: relative paths of the value are taken against it. Empty when no
+// configuration of the chain holds it, or the holder has no project.
+QString holderDirectory(const QAStConfiguration* c, const QString& key)
+{
+    QSet<const QAPropertyStore*> seen;
+    for (const QAPropertyStore* store = c; store && !seen.contains(store);
+         store = store->inheritOf()) {
+        seen.insert(store);
+        if (!store->hasProperty(key))
+            continue;
+        const auto* holder = qobject_cast<const QAStConfiguration*>(store);
+        const QAStNode* node = holder ? holder->node() : nullptr;
+        const QAStProject* project = node ? node->project() : nullptr;
+        return project ? project->directory() : QString();
+    }
+    return QString();
+}
+
+// Where a path setting of c, written for node, must be made absolute: the
+// holder's project directory when it is not node's own (a sub-project
+// inherits its including project's settings, whose relative paths mean
+// that project's directory); empty when the value stays as it is.
+QString rebaseDirectory(const QAStConfiguration* c, const QString& key, const QAStNode* node)
+{
+    if (!c || !isPathSetting(key))
+        return QString();
+    const QString holder = holderDirectory(c, key);
+    const QAStProject* project = node ? node->project() : nullptr;
+    const QString own = project ? project->directory() : QString();
+    return holder.isEmpty() || holder == own ? QString() : holder;
+}
+
+// path, its macros expanded for node, made absolute against dir when it is
+// relative.
+QString rebased(const QString& path, const QString& dir, QAStNode* node)
+{
+    const QString value = expanded(path, node);
+    if (value.isEmpty() || !QDir::isRelativePath(value))
+        return value;
+    return QAFileUtil::cleanDirPath(QDir(dir).filePath(value));
+}
+
 // The values a chain of stores gives, the nearest store's winning. Nodes
 // share the chain above them with their siblings, and a run writes the
 // scripts of siblings one after the other: the merged values of the last
@@ -274,7 +328,7 @@ const QHash<QString, QVariant>& inheritedValues(const QList<const QAPropertyStor
 class SettingsWriter {
 public:
     SettingsWriter(QString& out, QAStConfiguration* c, QAStNode* node)
-        : m_out(out), m_own(c), m_node(node)
+        : m_out(out), m_own(c), m_config(c), m_node(node)
     {
         QList<const QAPropertyStore*> above;
         for (const QAPropertyStore* store = c->inheritOf(); store && store != c && !above.contains(store);
@@ -316,10 +370,37 @@ public:
     bool isOn(const QString& key) const { return number(key) != 0; }
     QStringList list(const QString& key) const { return toList(value(key)); }
 
-    // Form S of a path setting, N, L of paths, S and L of free text.
-    void path(const QString& key, const char* var) { appendPath(m_out, QLatin1String(var), text(key), m_node); }
+    // Form S of a path setting, N, L of paths, S and L of free text. A
+    // relative path inherited from another project is written absolute.
+    void path(const QString& key, const char* var)
+    {
+        const QString dir = rebaseDirectory(m_config, key, m_node);
+        if (dir.isEmpty())
+            appendPath(m_out, QLatin1String(var), text(key), m_node);
+        else
+            appendPath(m_out, QLatin1String(var), rebased(text(key), dir, m_node));
+    }
     void num(const QString& key, const char* var) { appendNumber(m_out, QLatin1String(var), number(key)); }
-    void paths(const QString& key, const char* var) { appendPathList(m_out, QLatin1String(var), list(key), m_node); }
+    void paths(const QString& key, const char* var)
+    {
+        const QString dir = rebaseDirectory(m_config, key, m_node);
+        if (dir.isEmpty()) {
+            appendPathList(m_out, QLatin1String(var), list(key), m_node);
+            return;
+        }
+        QStringList items = list(key);
+        for (QString& item : items)
+            item = rebased(item, dir, m_node);
+        appendPathList(m_out, QLatin1String(var), items);
+    }
+    // A path setting to build a value of: as it is, or absolute with its
+    // macros expanded when path() writes it so. Either way the writer may
+    // expand it, as it holds no macro once expanded.
+    QString pathText(const QString& key) const
+    {
+        const QString dir = rebaseDirectory(m_config, key, m_node);
+        return dir.isEmpty() ? text(key) : rebased(text(key), dir, m_node);
+    }
     void str(const QString& key, const char* var) { appendString(m_out, QLatin1String(var), text(key), m_node); }
     void strs(const QString& key, const char* var) { appendStringList(m_out, QLatin1String(var), list(key), m_node); }
 
@@ -340,6 +421,7 @@ public:
 private:
     QString& m_out;
     const QAPropertyStore* m_own;
+    const QAStConfiguration* m_config;
     QList<QPair<QString, QVariant>> m_ownValues;
     bool m_ownHashed = false;
     QAStNode* m_node;
@@ -544,7 +626,7 @@ QStringList childLibraries(const QAStNode* node)
         if (!owner)
             continue;
         const QAStProject* ownerProject = owner->project();
-        for (const QString& library : owner->outputFiles(QStringLiteral("LIB"))) {
+        for (const QString& library : owner->libraryOutputs()) {
             const QString absolute = QAStData::determineAbsolutePathFile(
                 ownerProject ? ownerProject->directory() : directory, library);
             const QString path = directory.isEmpty()
@@ -560,7 +642,7 @@ QStringList childLibraries(const QAStNode* node)
 // A result file of the run: <outdir>/<test name><extension>.
 QString resultFile(const SettingsWriter& settings, const QAStNode* node, const char* extension)
 {
-    return QAStPerlGen::joinPath(settings.text(QStringLiteral("outdir")),
+    return QAStPerlGen::joinPath(settings.pathText(QStringLiteral("outdir")),
                                  QAStPerlGen::testName(node) + QLatin1String(extension));
 }
 
@@ -597,7 +679,7 @@ void writeSettings(QAStNode* node, SettingsWriter& s)
     s.plainPaths("ADDITIONAL_LIBRARIES", childLibraries(node));
     s.num(QStringLiteral("javaBuildJarFile"), "JAVA_BUILDJARFILE");
     const QAStData* test = selfOrParentOfClass(node, "QAStNodeTest");
-    s.pathValue("JAVA_JARFILENAME", test ? QAStPerlGen::joinPath(s.text(QStringLiteral("outdir")),
+    s.pathValue("JAVA_JARFILENAME", test ? QAStPerlGen::joinPath(s.pathText(QStringLiteral("outdir")),
                                                                  test->name() + QLatin1String(".jar"))
                                          : QString());
     s.path(QStringLiteral("javaManifest"), "JAVA_MANIFEST");
@@ -638,7 +720,7 @@ void writeTestProgram(QAStNode* node, SettingsWriter& s)
     const QAStProject* project = node->project();
     const QString projectDir = project ? project->directory() : QString();
     const QString defaultProgram =
-        QAStPerlGen::joinPath(s.text(QStringLiteral("intdir")),
+        QAStPerlGen::joinPath(s.pathText(QStringLiteral("intdir")),
                               QAStPerlGen::testName(node) + s.text(QStringLiteral("binaryExt")));
     const QString program = QAStAnalyseMacro::analyse(
         s.textOr(QStringLiteral("testProgram"), defaultProgram), node, QStringLiteral("Prompt Dialog"));
@@ -669,7 +751,7 @@ void writeRuntime(SettingsWriter& s)
 void writeResultsFile(QAStNode* node, SettingsWriter& s)
 {
     const QString name = QAStPerlGen::testName(node);
-    s.pathValue("ATL_OUT_FILE", QAStPerlGen::joinPath(s.text(QStringLiteral("intdir")),
+    s.pathValue("ATL_OUT_FILE", QAStPerlGen::joinPath(s.pathText(QStringLiteral("intdir")),
                                                       name + QLatin1String(".spt")));
     s.plainPath("TEST_NAME", name);
 }
@@ -691,7 +773,7 @@ void writeObjectTesting(QAStNode* node, SettingsWriter& s)
     s.num(QStringLiteral("nodline"), "ATO_PREPRO_NODLINE");
     s.pathValue("XRDFILE",
                 s.textOr(QStringLiteral("xrdFile"),
-                         QAStPerlGen::joinPath(s.text(QStringLiteral("outdir")),
+                         QAStPerlGen::joinPath(s.pathText(QStringLiteral("outdir")),
                                                node->name() + QLatin1String(".xrd"))));
     s.num(QStringLiteral("atobreakonerror"), "ATO_STOP_ON_ERROR");
     s.num(QStringLiteral("atonopassdump"), "ATO_DUMP_SUCCESS");
@@ -718,7 +800,7 @@ void writeUnitTesting(QAStNode* node, SettingsWriter& s)
     const QString owner = unit ? unit->name() : node->name();
     s.pathValue("ATU_INTERMEDIATE_FILE",
                 s.textOr(QStringLiteral("intermediateFile"),
-                         QAStPerlGen::joinPath(s.text(QStringLiteral("intdir")),
+                         QAStPerlGen::joinPath(s.pathText(QStringLiteral("intdir")),
                                                owner + QLatin1String(".uti"))));
     s.num(QStringLiteral("simulation"), "ATU_SIMULATION");
     s.num(QStringLiteral("preproerrorlevel"), "CONTONWARN");
@@ -915,6 +997,15 @@ void writePreferences(QString& out)
                                   : QLatin1String("$ENV{'ZELTASTUDIO_VERBOSE'} = '0';\n");
 }
 
+// How a build compiles (jobs at once) and how a test's output tells its
+// checks.
+void writeBuildAndTestOutput(SettingsWriter& s)
+{
+    s.num(QStringLiteral("buildJobs"), "BUILD_JOBS");
+    s.strs(QStringLiteral("testFailurePatterns"), "TEST_FAILURE_PATTERNS");
+    s.strs(QStringLiteral("testPassPatterns"), "TEST_PASS_PATTERNS");
+}
+
 bool generateCommonPart(QString& out, QAStData* item)
 {
     appendHeader(out, QAInstall::nativePlatform());
@@ -962,6 +1053,7 @@ bool generateCommonPart(QString& out, QAStData* item)
     writeModes(node, c, package, s);
     writeMisra(node, s);
     writePreferences(out);
+    writeBuildAndTestOutput(s);
     return true;
 }
 
@@ -1077,6 +1169,14 @@ QString QAStPerlGen::joinPath(const QString& dir, const QString& file)
     if (dir.endsWith(separator) || dir.endsWith(u'/'))
         return dir + file;
     return dir + separator + file;
+}
+
+QString QAStPerlGen::settingPath(const QAStConfiguration* c, const QString& key)
+{
+    QAStNode* node = c ? c->node() : nullptr;
+    const QString value = settingValue(c, key).toString();
+    const QString dir = rebaseDirectory(c, key, node);
+    return dir.isEmpty() ? expanded(value, node) : rebased(value, dir, node);
 }
 
 QVariant QAStPerlGen::settingValue(const QAStConfiguration* c, const QString& key)

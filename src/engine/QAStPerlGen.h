@@ -105,6 +105,13 @@ public:
     // inherited value, else the settings descriptor's initial value;
     // invalid when neither exists.
     static QVariant settingValue(const QAStConfiguration* c, const QString& key);
+    // A path setting of c as the drivers of c's node see it: its macros
+    // expanded in the node's context, and, when it is relative and set by
+    // the configuration of another project (a sub-project inherits its
+    // including project's), made absolute against that project's
+    // directory, so that a relative path means the directory of the file
+    // that sets it.
+    static QString settingPath(const QAStConfiguration* c, const QString& key);
 
     // The value written as both target directories when the target package
     // cannot be found; %1 the package name.

@@ -1,11 +1,16 @@
 #include "QAStNode.h"
 
+#include "QAFileUtil.h"
 #include "QAPropertyMapGroup.h"
 #include "QAStConfiguration.h"
+#include "QAStPerlGen.h"
+#include "QAStProject.h"
 #include "QAStPropertyFilters.h"
+#include "QAStTargetPackage.h"
 
 #include <QAction>
 #include <QCoreApplication>
+#include <QDir>
 #include <QDomElement>
 #include <QFile>
 #include <QHash>
@@ -154,6 +159,60 @@ QString QAStNode::environmentFileName() const
     const QString dir = directory();
     return (dir.isEmpty() ? QString() : dir + u'/') + QStringLiteral(".korvil/") + safeName +
            u'-' + QString::number(quid()) + QStringLiteral(".pl");
+}
+
+// --- objects of a build
+
+bool QAStNode::linksObjects() const
+{
+    return false;
+}
+
+QString QAStNode::objectDirectory() const
+{
+    QString safeName = name();
+    for (QChar& c : safeName) {
+        if (c == u'/' || c == u'\\' || c == u':' || c.unicode() < 0x20)
+            c = u'_';
+    }
+    const QString intdir = QAStPerlGen::settingPath(currentConfiguration(), QStringLiteral("intdir"));
+    return QAFileUtil::cleanDirPath(
+        QAStPerlGen::joinPath(intdir.isEmpty() ? QStringLiteral(".") : intdir,
+                              safeName + QStringLiteral(".objects")));
+}
+
+QString QAStNode::objectFileFor(const QString& source) const
+{
+    const QAStProject* p = project();
+    const QString base = p ? p->directory() : directory();
+    QString relative = QAFileUtil::cleanDirPath(source);
+    if (!base.isEmpty())
+        relative = QAFileUtil::absPathToRelative(base, relative);
+    QStringList steps = relative.split(u'/', Qt::SkipEmptyParts);
+    for (QString& step : steps) {
+        if (step == QLatin1String(".."))
+            step = QStringLiteral("__");
+        else if (step.endsWith(u':'))
+            step.chop(1);
+    }
+    if (!QDir::isRelativePath(relative))
+        steps.prepend(QStringLiteral("_"));
+    // The setting, else the target package's, else ".o", as the drivers
+    // take it.
+    const QAStConfiguration* c = currentConfiguration();
+    QString extension = QAStPerlGen::settingValue(c, QStringLiteral("objectExt")).toString();
+    if (extension.isEmpty()) {
+        const QAStTargetPackage* package = c ? c->targetPackage() : nullptr;
+        extension = package ? package->objExtension() : QString();
+    }
+    if (extension.isEmpty())
+        extension = QStringLiteral(".o");
+    return objectDirectory() + u'/' + steps.join(u'/') + extension;
+}
+
+QStringList QAStNode::libraryOutputs() const
+{
+    return outputFiles(QStringLiteral("LIB"));
 }
 
 // --- state and run data

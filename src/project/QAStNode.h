@@ -234,6 +234,35 @@ public:
     // A walk of this node runs.
     bool isWalking() const { return m_walking; }
 
+    // --- objects of a build
+
+    // The node links objects into a program or library (application,
+    // library, unit testing): its build's driver run compiles the sources
+    // it holds, those in its groups included, and links them.
+    virtual bool linksObjects() const;
+    // The directory of the objects the node's build makes,
+    // "<intdir>/<name>.objects", as the drivers see it (relative to the
+    // node's directory unless intdir is absolute).
+    QString objectDirectory() const;
+    // The object a source file (an absolute path) compiles to in this
+    // node's object directory: its path relative to the project's
+    // directory (a ".." step written "__", the root of a path on another
+    // root "_") with the object extension appended: src/calc.c gives
+    // <objects>/src/calc.c.o, so that equal file names in other folders
+    // stay apart.
+    QString objectFileFor(const QString& source) const;
+    // The library files the node gives a node that links it (as its child
+    // or through a link): its "LIB" output files. A library names its own
+    // from its configuration, built in this run or not.
+    virtual QStringList libraryOutputs() const;
+    // A build or clean walk of this node runs now.
+    bool isBuildingOrCleaning() const;
+    // The node is selected and executes something, or a node below it
+    // does: a driver of its kind (the test kinds) or its after-children
+    // text. Executing a node that has nothing to execute says so on the
+    // output console ("%1: nothing to execute") and ends well.
+    bool hasSomethingToExecute() const;
+
     // The driver of the node's kind ("source", "application", ...: the
     // kind argument of Build.pl, Execute.pl and Clean.pl); empty for kinds
     // that run none.
@@ -363,6 +392,9 @@ private:
     // the execute and report stages are cleared for a build, the debug
     // bit set for a debug run, during the start.
     bool runWalkScript(const QString& script, const QStringList& arguments);
+    // The after-children text's script, beside the environment script.
+    QString afterChildrenScriptPath() const;
+    void removeRunFiles();
     // The node changed since its last good build.
     bool changedSinceBuild() const;
     QStringList configurationStamps() const;

@@ -70,8 +70,15 @@ QStringList QAStNodeApplication::addableChildKinds() const
 void QAStNodeApplication::generateEnv(QTextStream& out)
 {
     QAStNodeTest::generateEnv(out);
-    if (currentConfiguration())
-        QAStPerlGen::writeApplicationFiles(out, this);
+    if (!currentConfiguration())
+        return;
+    QAStPerlGen::writeApplicationFiles(out, this);
+    QAStNodeSource::writeLinkLines(out, this);
+}
+
+bool QAStNodeApplication::linksObjects() const
+{
+    return true;
 }
 
 QString QAStNodeApplication::driverKind() const

@@ -25,6 +25,8 @@ public:
     void generateEnv(QTextStream& out) override;
     unsigned int propertyKind() const override;
     // The kind's driver (docs/formats/driver-scripts.md).
+    // Compiles its sources and links them.
+    bool linksObjects() const override;
     QString driverKind() const override;
     bool executesDriver() const override;
     QStringList allowedChildClasses() const override;

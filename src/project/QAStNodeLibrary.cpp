@@ -85,9 +85,8 @@ QString QAStNodeLibrary::libraryFileAbsolute() const
         const char* extension = format == QLatin1String("DLL")   ? "libraryDynamicExt"
                                 : format == QLatin1String("EXE") ? "binaryExt"
                                                                  : "libraryStaticExt";
-        library = QAStAnalyseMacro::analyse(
-            QAStPerlGen::joinPath(setting("intdir"), name() + setting(extension)), self,
-            QStringLiteral("Prompt Dialog"));
+        library = QAStPerlGen::joinPath(QAStPerlGen::settingPath(c, QStringLiteral("intdir")),
+                                        name() + setting(extension));
     }
     return library.isEmpty()
                ? QString()
@@ -109,6 +108,13 @@ void QAStNodeLibrary::generateEnv(QTextStream& out)
     QAStPerlGen::writePath(out, QStringLiteral("LIBRARY_FILE"),
                            QAStPerlGen::relativeToProject(this, {absolute}).value(0));
     QAStPerlGen::writePath(out, QStringLiteral("LIBRARY_FILE_ABS"), QDir::toNativeSeparators(absolute));
+    QAStNodeSource::writeLinkLines(out, this);
+}
+
+QStringList QAStNodeLibrary::libraryOutputs() const
+{
+    const QString library = libraryFile();
+    return library.isEmpty() ? QStringList() : QStringList{library};
 }
 
 void QAStNodeLibrary::buildFirstChild()
@@ -119,6 +125,11 @@ void QAStNodeLibrary::buildFirstChild()
     if (!library.isEmpty())
         addOutputFile(QStringLiteral("LIB"), {library});
     QAStNodeContainer::buildFirstChild();
+}
+
+bool QAStNodeLibrary::linksObjects() const
+{
+    return true;
 }
 
 QString QAStNodeLibrary::driverKind() const

@@ -30,6 +30,11 @@ public:
     QString libraryFile() const;
     QString libraryFileAbsolute() const;
     // The kind's driver (docs/formats/driver-scripts.md).
+    // Compiles its sources and links them.
+    bool linksObjects() const override;
+    // libraryFile(), from the configuration: a node that links the library
+    // finds it whether it was built in this run or not.
+    QStringList libraryOutputs() const override;
     QString driverKind() const override;
     QStringList allowedChildClasses() const override;
     QStringList addableChildKinds() const override;

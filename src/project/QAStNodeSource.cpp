@@ -1,13 +1,13 @@
 #include "QAStNodeSource.h"
-#include "QAStConfiguration.h"
-#include "QAStAnalyseMacro.h"
 
+#include "QAFileUtil.h"
 #include "QAStPerlGen.h"
-
 #include "QAStPropertyFilters.h"
 
+#include <QDir>
 #include <QDomElement>
 #include <QFileInfo>
+#include <QSet>
 #include <QTextStream>
 
 namespace {
@@ -81,6 +81,7 @@ void QAStNodeSource::generateEnv(QTextStream& out)
     if (!currentConfiguration())
         return;
     QAStPerlGen::writeNumber(out, QStringLiteral("CODE_INSERTION"), m_integrated ? 1 : 0);
+    QAStPerlGen::writePath(out, QStringLiteral("OBJECT_FILE"), objectFile());
     QAStPerlGen::writePathList(out, QStringLiteral("OTIFILES"),
                                QAStPerlGen::relativeToProject(this, outputFiles(QStringLiteral("OTI"))));
 }
@@ -90,39 +91,93 @@ QString QAStNodeSource::driverKind() const
     return QStringLiteral("source");
 }
 
+QAStNode* QAStNodeSource::linker() const
+{
+    QAStData* above = parent();
+    while (above && above->inherits("QAStNodeGroup"))
+        above = above->parent();
+    auto* node = qobject_cast<QAStNode*>(above);
+    return node && node->linksObjects() ? node : nullptr;
+}
+
 QString QAStNodeSource::objectFile() const
 {
-    const QAStConfiguration* c = currentConfiguration();
-    const QString directory =
-        QAStPerlGen::settingValue(c, QStringLiteral("intdir")).toString();
-    const QString extension =
-        QAStPerlGen::settingValue(c, QStringLiteral("objectExt")).toString();
-    return QAStAnalyseMacro::analyse(
-        QAStPerlGen::joinPath(directory, QFileInfo(fileKey()).completeBaseName() + extension),
-        const_cast<QAStNodeSource*>(this), QStringLiteral("Prompt Dialog"));
+    const QAStNode* owner = linker();
+    return (owner ? owner : this)->objectFileFor(absoluteFilePath());
+}
+
+void QAStNodeSource::buildAfterChildren()
+{
+    const QAStNode* owner = linker();
+    if (owner && owner->isBuildingOrCleaning() && perlScriptAfterChild().trimmed().isEmpty()) {
+        finishWalk();
+        return;
+    }
+    QAStNodeFileRef::buildAfterChildren();
 }
 
 namespace {
 
-void collectObjects(const QAStData* item, QStringList& objects)
+void collectSources(const QAStData* item, QList<QAStNodeSource*>& sources, QSet<QString>& files)
 {
-    for (const QAStData* child = item->child(); child; child = child->next()) {
-        if (const auto* source = qobject_cast<const QAStNodeSource*>(child)) {
-            if (source->isSelected() && !objects.contains(source->objectFile()))
-                objects.append(source->objectFile());
+    for (QAStData* child = item->child(); child; child = child->next()) {
+        if (auto* source = qobject_cast<QAStNodeSource*>(child)) {
+            if (source->isSelected() && !files.contains(source->fileKey())) {
+                files.insert(source->fileKey());
+                sources.append(source);
+            }
         } else if (child->inherits("QAStNodeGroup")) {
-            collectObjects(child, objects);
+            collectSources(child, sources, files);
         }
     }
 }
 
 } // namespace
 
+QList<QAStNodeSource*> QAStNodeSource::compiledBy(const QAStNode* linker)
+{
+    QList<QAStNodeSource*> sources;
+    QSet<QString> files;
+    collectSources(linker, sources, files);
+    return sources;
+}
+
 void QAStNodeSource::prepareLinkStep(QAStNode* linker)
 {
     QStringList objects;
-    collectObjects(linker, objects);
+    for (const QAStNodeSource* source : compiledBy(linker))
+        objects.append(source->objectFile());
     linker->removeOutputFiles(QStringLiteral("OBJ"));
     if (!objects.isEmpty())
         linker->addOutputFile(QStringLiteral("OBJ"), objects);
+}
+
+void QAStNodeSource::writeLinkLines(QTextStream& out, QAStNode* linker)
+{
+    QAStPerlGen::writePath(out, QStringLiteral("OBJECT_DIR"), linker->objectDirectory());
+    QStringList environments;
+    for (const QAStNodeSource* source : compiledBy(linker))
+        environments.append(source->environmentFileName());
+    QAStPerlGen::writePathList(out, QStringLiteral("SOURCE_ENVIRONMENTS"), environments);
+}
+
+bool QAStNodeSource::writeSourceEnvironments(QAStNode* linker)
+{
+    for (QAStNodeSource* source : compiledBy(linker)) {
+        const QString path = source->environmentFileName();
+        QDir().mkpath(QFileInfo(path).absolutePath());
+        QByteArray bytes;
+        {
+            QTextStream text(&bytes);
+            source->createEnvironmentFile(text);
+            text << "\n1;\n";
+        }
+        QString reason;
+        if (!QAFileUtil::replaceFile(path, bytes, &reason)) {
+            displayMessage(OutputConsole, tr("%1: cannot write the environment file %2: %3\n")
+                                              .arg(linker->name(), path, reason));
+            return false;
+        }
+    }
+    return true;
 }

@@ -28,13 +28,27 @@ public:
     // (docs/formats/environment-script.md).
     void generateEnv(QTextStream& out) override;
     unsigned int propertyKind() const override;
-    // The object file the source compiles to, relative to the node's
-    // directory: <intdir>/<file name without its last extension><objectExt>.
+    // The node that links this source: the nearest node above it, past its
+    // groups, when that node links objects (QAStNode::linksObjects); null
+    // for a source of no such node.
+    QAStNode* linker() const;
+    // The object file the source compiles to, in the object directory of
+    // its linker (its own without one): QAStNode::objectFileFor.
     QString objectFile() const;
+    // The selected sources a node that links compiles: its source
+    // children and those of its groups, in tree order, each file once.
+    static QList<QAStNodeSource*> compiledBy(const QAStNode* linker);
     // Before a node that links (application, library, unit testing) walks
-    // its children: its "OBJ" output files become the object files of its
-    // selected sources, those in its groups included.
+    // its children: its "OBJ" output files become the object files of the
+    // sources it compiles.
     static void prepareLinkStep(QAStNode* linker);
+    // The lines of a node that links: $OBJECT_DIR, its object directory,
+    // and @SOURCE_ENVIRONMENTS, the environment scripts of the sources it
+    // compiles (written by writeSourceEnvironments before its build).
+    static void writeLinkLines(QTextStream& out, QAStNode* linker);
+    // Writes the environment script of each source linker compiles; false,
+    // with the reason on the output console, when one cannot be written.
+    static bool writeSourceEnvironments(QAStNode* linker);
     // The kind's driver (docs/formats/driver-scripts.md).
     QString driverKind() const override;
     QStringList allowedChildClasses() const override;
@@ -43,6 +57,11 @@ public:
 protected:
     // For kinds that read their own element (see QAStData).
     QAStNodeSource(QAStData* parent, QAStData* after);
+
+    // A source whose linker builds or cleans now has nothing of its own to
+    // run: the linker's driver run compiles it (or removes its objects).
+    // Built or cleaned alone, it runs its own driver.
+    void buildAfterChildren() override;
 
     // Reads the "source" element. Returns isValid().
     bool init(const QDomElement& e, int version);

@@ -3,7 +3,6 @@
 #include "QAFileSurvey.h"
 #include "QAFileUtil.h"
 #include "QASTSplitSurvey.h"
-#include "QAStAnalyseMacro.h"
 #include "QAStPerlGen.h"
 #include "QAStConfiguration.h"
 #include "QAStPropertyFilters.h"
@@ -22,10 +21,7 @@ constexpr int executeStage = 0x10;
 // as the environment script writes it.
 QString directorySetting(const QAStNodeTest* node, const char* key)
 {
-    auto* self = const_cast<QAStNodeTest*>(node);
-    const QString value =
-        QAStPerlGen::settingValue(node->currentConfiguration(), QLatin1String(key)).toString();
-    return QAStAnalyseMacro::analyse(value, self, QStringLiteral("Prompt Dialog"));
+    return QAStPerlGen::settingPath(node->currentConfiguration(), QLatin1String(key));
 }
 
 // dir/file as the drivers see it, made absolute against the node's
@@ -87,6 +83,15 @@ QStringList QAStNodeTest::allowedChildClasses() const
 QStringList QAStNodeTest::addableChildKinds() const
 {
     return {QStringLiteral("test_script"), QStringLiteral("source")};
+}
+
+void QAStNodeTest::generateEnv(QTextStream& out)
+{
+    QAStNodeContainer::generateEnv(out);
+    if (!currentConfiguration() || !splitsRuntimeOutput())
+        return;
+    QAStPerlGen::writePathList(out, QStringLiteral("RESULT_FILES"),
+                               QStringList{runtimeOutputFile()} + runtimeResultFiles());
 }
 
 QString QAStNodeTest::runtimeOutputFile() const

@@ -41,6 +41,10 @@ public:
 
     // The test block.
     void write(QTextStream& s, int indent) const override;
+    // The base's environment lines, then, for a test that splits its
+    // runtime output, @RESULT_FILES: the runtime output and the result
+    // files of its runs, which a clean removes.
+    void generateEnv(QTextStream& out) override;
     unsigned int propertyKind() const override;
     QStringList allowedChildClasses() const override;
     QStringList addableChildKinds() const override;

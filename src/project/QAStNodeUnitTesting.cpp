@@ -80,7 +80,15 @@ void QAStNodeUnitTesting::generateEnv(QTextStream& out)
             matlab = true;
     }
     QAStPerlGen::writePath(out, QStringLiteral("UNITTESTING_TESTSCRIPTNAME"), script);
+    QAStPerlGen::writePath(out, QStringLiteral("UNITTESTING_TESTSCRIPT_OBJECT"),
+                           script.isEmpty() ? QString() : objectFileFor(script));
     QAStPerlGen::writeNumber(out, QStringLiteral("MATLAB"), matlab ? 1 : 0);
+    QAStNodeSource::writeLinkLines(out, this);
+}
+
+bool QAStNodeUnitTesting::linksObjects() const
+{
+    return true;
 }
 
 QString QAStNodeUnitTesting::driverKind() const

@@ -3,6 +3,7 @@
 
 #include "QAStConfiguration.h"
 #include "QAStNodeFileRef.h"
+#include "QAStNodeSource.h"
 #include "QAStNodeUser.h"
 #include "QAStPerlGen.h"
 #include "QAStProject.h"
@@ -75,6 +76,25 @@ bool QAStNode::executesDriver() const
     return false;
 }
 
+bool QAStNode::hasSomethingToExecute() const
+{
+    if (!isSelected())
+        return false;
+    if (executesDriver() || !perlScriptAfterChild().trimmed().isEmpty())
+        return true;
+    for (const QAStData* c = child(); c; c = c->next()) {
+        const auto* node = qobject_cast<const QAStNode*>(c);
+        if (node && node->hasSomethingToExecute())
+            return true;
+    }
+    return false;
+}
+
+bool QAStNode::isBuildingOrCleaning() const
+{
+    return m_walking && (m_command == Command::Build || m_command == Command::Clean);
+}
+
 // --- starting a walk
 
 void QAStNode::buildProcess(bool fromParent)
@@ -114,6 +134,11 @@ void QAStNode::startWalk(Command command, bool fromParent)
         clearMessage(OutputConsole);
     if (command == Command::Clean)
         displayMessage(OutputConsole, tr("%1: Cleaning...\n").arg(name()));
+    if (command == Command::Execute && !fromParent && !hasSomethingToExecute()) {
+        displayMessage(OutputConsole, tr("%1: nothing to execute\n").arg(name()));
+        endWalk(true);
+        return;
+    }
     if (isUnSelected()) {
         if (command == Command::Build)
             displayMessage(OutputConsole, tr("%1: is up-to-date\n").arg(name()));
@@ -144,7 +169,7 @@ void QAStNode::executeOrDebug(bool debug)
     if (m_walking || isRunning())
         return;
     m_debugRun = debug;
-    if (!QAStProject::modeBatch() && changedSinceBuild()) {
+    if (!QAStProject::modeBatch() && hasSomethingToExecute() && changedSinceBuild()) {
         const QMessageBox::StandardButton answer = [this] {
             StudioInterface* host = studioIFace();
             const QString title = tr("%1 execution").arg(name());
@@ -291,8 +316,7 @@ void QAStNode::runOwnStep(bool endWithoutStep)
     if (!text.trimmed().isEmpty()) {
         // The text is a Perl script of its own, written beside the
         // environment script.
-        QString path = environmentFileName();
-        path.replace(path.size() - 3, 3, QStringLiteral("-after.pl"));
+        const QString path = afterChildrenScriptPath();
         QFile script(path);
         QDir().mkpath(QFileInfo(path).absolutePath());
         if (!script.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
@@ -316,14 +340,26 @@ void QAStNode::runOwnStep(bool endWithoutStep)
             abortBuildExecute();
         return;
     }
+    if (m_command == Command::Clean)
+        removeRunFiles();
     if (endWithoutStep || m_command == Command::Clean)
         finishWalk();
     else
         abortBuildExecute();
 }
 
+QString QAStNode::afterChildrenScriptPath() const
+{
+    QString path = environmentFileName();
+    return path.replace(path.size() - 3, 3, QStringLiteral("-after.pl"));
+}
+
 bool QAStNode::runWalkScript(const QString& script, const QStringList& arguments)
 {
+    // The sources the build compiles, each with the environment of its own
+    // configuration.
+    if (m_command == Command::Build && linksObjects() && !QAStNodeSource::writeSourceEnvironments(this))
+        return false;
     const QString path = environmentFileName();
     QDir().mkpath(QFileInfo(path).absolutePath());
     m_environmentFile = std::make_unique<QFile>(path);
@@ -370,11 +406,29 @@ void QAStNode::buildScriptTerminated()
             m_lastBuild = QDateTime::currentDateTimeUtc();
             m_lastBuildStamps = configurationStamps();
         }
+        if (m_command == Command::Clean)
+            removeRunFiles();
         finishWalk();
     } else {
         displayMessage(OutputConsole, tr("%1: failed\n").arg(name()));
         abortBuildExecute();
     }
+}
+
+// A clean leaves none of the files of the node's runs: its environment
+// scripts (its sources' too, for a node that links) go, and their
+// directory with them once nothing else is in it.
+void QAStNode::removeRunFiles()
+{
+    const QString own = environmentFileName();
+    QStringList files{own, afterChildrenScriptPath()};
+    if (linksObjects()) {
+        for (const QAStNodeSource* source : QAStNodeSource::compiledBy(this))
+            files << source->environmentFileName();
+    }
+    for (const QString& file : files)
+        QFile::remove(file);
+    QDir().rmdir(QFileInfo(own).absolutePath());
 }
 
 // --- the execution walk

@@ -269,6 +269,76 @@ private slots:
         QCOMPARE(r.lastLine(), "libab: no object files to put into " + path("lib/libab.so").toUtf8());
     }
 
+    // A node that links compiles the sources of its environment scripts,
+    // at once as $BUILD_JOBS allows, each into the object its script names
+    // (equal file names in two folders stay apart), each one's output in
+    // one block; a second build makes nothing, a header or an option
+    // remakes what depends on it, and a clean removes the object
+    // directory and what the build left empty.
+    void linkersCompileWhatChanged()
+    {
+        write("include/other.h", "#define OTHER 2\n");
+        write("src/a/x.c", "#include \"calc.h\"\nint ax(void) { return add(1, 0); }\n");
+        write("src/b/x.c", "#include \"other.h\"\nint bx(void) { return OTHER; }\n");
+        write("src/c/broken.c", "int broken(void) { return undeclared_c; }\n");
+        write("src/d/broken.c", "int broken2(void) { return undeclared_d; }\n");
+        const auto sourceEnv = [this](const QString& file, const QString& cflags) {
+            QVariantMap v = vars(file);
+            v["FILENAME"] = path(QStringLiteral("src/") + file);
+            v["OBJECT_FILE"] = QStringLiteral("obj/lib.objects/src/") + file + QStringLiteral(".o");
+            v["CFLAGS"] = cflags;
+            return writeEnv(v, file + QStringLiteral(".env"));
+        };
+        QVariantMap v = vars("lib");
+        v["OBJECT_DIR"] = "obj/lib.objects";
+        v["LIBRARY_FILE_ABS"] = path("obj/liblib.a");
+        v["BUILD_JOBS"] = "2";
+        const QStringList objects{"obj/lib.objects/src/a/x.c.o", "obj/lib.objects/src/b/x.c.o"};
+        v["OBJECTS"] = objects;
+        v["SOURCE_ENVIRONMENTS"] = QStringList{sourceEnv("a/x.c", "-g"), sourceEnv("b/x.c", "-g")};
+        Run r = run("Build", v, "library");
+        QVERIFY2(r.code == 0, r.output);
+        QCOMPARE(r.output.count("-c " + path("src/").toUtf8()), 2);
+        for (const QString& object : objects)
+            QVERIFY2(QFileInfo::exists(path(object)), qPrintable(object));
+
+        r = run("Build", v, "library");
+        QVERIFY2(r.code == 0, r.output);
+        QCOMPARE(r.output, QByteArray("lib: is up-to-date\n"));
+
+        QTest::qSleep(10);
+        write("include/other.h", "#define OTHER 3\n");
+        r = run("Build", v, "library");
+        QCOMPARE(r.output.count(" -c "), 1);
+        QVERIFY(r.has("-c " + path("src/b/x.c").toUtf8()));
+        QVERIFY(r.has("ar "));
+
+        v["SOURCE_ENVIRONMENTS"] = QStringList{sourceEnv("a/x.c", "-g -O1"), sourceEnv("b/x.c", "-g")};
+        r = run("Build", v, "library");
+        QCOMPARE(r.output.count(" -c "), 1);
+        QVERIFY(r.has("-O1 "));
+
+        // Two failing sources: each command line with its own error after it.
+        v["SOURCE_ENVIRONMENTS"] = QStringList{sourceEnv("c/broken.c", "-g"), sourceEnv("d/broken.c", "-g")};
+        r = run("Build", v, "library");
+        QVERIFY(r.code != 0);
+        for (const char* letter : {"c", "d"}) {
+            const QByteArray command = QByteArray("-c ") + path(QStringLiteral("src/%1/broken.c").arg(letter)).toUtf8();
+            const qsizetype at = r.output.indexOf(command);
+            QVERIFY2(at >= 0, r.output);
+            const QByteArray block = r.output.mid(at, r.output.indexOf("\ngcc", at) - at);
+            QVERIFY2(block.contains(QByteArray("undeclared_") + letter) &&
+                         !block.contains(QByteArray("undeclared_") + (letter[0] == 'c' ? "d" : "c")),
+                     r.output);
+        }
+        QVERIFY(r.lastLine().startsWith("lib: compilation of 2 of 2 sources failed"));
+
+        r = run("Clean", v, "library");
+        QCOMPARE(r.code, 0);
+        QVERIFY(!QFileInfo::exists(path("obj")));
+        QVERIFY(QFileInfo::exists(path("src/a/x.c")));
+    }
+
     // Linked, run with its arguments and %ENV, both channels copied and
     // recorded line by line; nothing without the letter e.
     void runsApplications()
@@ -306,7 +376,7 @@ private slots:
             const QList<QByteArray> expected{R"(RL "arg 1: two words")", R"(RL "arg 2: plain")",
                                              R"(RL "env: from the env file")", "RL \"quote \\\" back \\\\ tab\\t.\"",
                                              R"(RE "warning on stderr")", R"(RL "no newline")",
-                                             R"(SM "calc app" 0 6 0)", R"(td "calc app" 0 1 0)"};
+                                             R"(SM "calc app" 0 6 0 0)", R"(td "calc app" 0 1 0)"};
             QCOMPARE(records.mid(1), expected);
         }
 
@@ -318,8 +388,9 @@ private slots:
         QVERIFY(!QFileInfo::exists(path("obj/calc app.spt")));
     }
 
-    // A unit test built from its script and the objects under test; its
-    // FAILED: lines become failure records and its status the driver's.
+    // A unit test built from its script and the objects under test; the
+    // lines that tell a failed or passed check (plain FAILED:, Unity, TAP)
+    // become failure and pass records, and its status is the driver's.
     void recordsUnitTestFailures()
     {
         write("src/calc.c", "int add(int a, int b) { return a - b; }\n");
@@ -327,6 +398,9 @@ private slots:
                                    "int main(void) {\n    int failed = 0;\n"
                                    "    if (add(2, 3) != 5) { printf(\"FAILED: add(2, 3) gave %d\\n\", add(2, 3)); ++failed; }\n"
                                    "    if (add(0, 0) != 0) { printf(\"FAILED: add(0, 0)\\n\"); ++failed; }\n"
+                                   "    printf(\"test_calc.c:7:test_add:FAIL: Expected 5 Was -1\\n\");\n"
+                                   "    printf(\"test_calc.c:9:test_zero:PASS\\n\");\n"
+                                   "    printf(\"not ok 3 - negative\\nok 4 - zero\\n\");\n"
                                    "    printf(\"2 checks, %d failed\\n\", failed);\n    return failed ? 1 : 0;\n}\n");
         QVERIFY(compile("calc.c"));
         QVariantMap v = vars("Unit tests");
@@ -340,12 +414,15 @@ private slots:
         r = run("Execute", v, "unit_testing");
         QCOMPARE(r.code, 1);
         QCOMPARE(r.lastLine(), QByteArray("Unit tests: test program failed with status 1"));
-        QVERIFY(r.has("Unit tests: 1 test(s) run, 0 passed, 1 failed, 1 failure line(s)\n"));
+        QVERIFY(r.has("Unit tests: 1 test(s) run, 0 passed, 1 failed, 3 failure line(s)\n"));
         const QList<QByteArray> records = fileLines(path("obj/Unit tests.spt"));
-        QCOMPARE(records.size(), 5);
+        QCOMPARE(records.size(), 9);
         QVERIFY(records[0].startsWith("BT \"Unit tests\" "));
-        QCOMPARE(records.mid(1), (QList<QByteArray>{R"(FL "FAILED: add(2, 3) gave -1")", R"(RL "2 checks, 1 failed")",
-                                                    R"(SM "Unit tests" 1 2 1)", R"(td "Unit tests" 1 1 1)"}));
+        QCOMPARE(records.mid(1), (QList<QByteArray>{R"(FL "FAILED: add(2, 3) gave -1")",
+                                                    R"(FL "test_calc.c:7:test_add:FAIL: Expected 5 Was -1")",
+                                                    R"(PL "test_calc.c:9:test_zero:PASS")", R"(FL "not ok 3 - negative")",
+                                                    R"(PL "ok 4 - zero")", R"(RL "2 checks, 1 failed")",
+                                                    R"(SM "Unit tests" 1 6 3 2)", R"(td "Unit tests" 1 1 1)"}));
 
         v["STAGE"] = "r"; // a report alone fails on the failed test it reads
         r = run("Execute", v, "unit_testing");
@@ -384,8 +461,8 @@ private slots:
         QVERIFY(records[4].startsWith("BT \"pass.sh\" ") && records[4].endsWith(" \"" + pass.toUtf8() + "\""));
         records.removeAt(4);
         QCOMPARE(records.mid(1), (QList<QByteArray>{R"(FL "FAILED: nothing works")", R"(RE "oops")",
-                                                    R"(SM "fail.sh" 3 2 1)", R"(RL "pass got value")",
-                                                    R"(SM "pass.sh" 0 1 0)", R"(td "System tests" 3 2 1)"}));
+                                                    R"(SM "fail.sh" 3 2 1 0)", R"(RL "pass got value")",
+                                                    R"(SM "pass.sh" 0 1 0 0)", R"(td "System tests" 3 2 1)"}));
 
         QCOMPARE(run("Execute", v, "system_testing", {pass}).code, 0);
         r = run("Execute", v, "system_testing");

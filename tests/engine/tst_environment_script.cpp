@@ -78,6 +78,20 @@ QString verbosityLine()
         .arg(QAStData::preferences()->verbose() ? 1 : 0);
 }
 
+// The last lines of every common part: the verbosity, then the build's
+// parallel compilations and the patterns of test output, at their
+// defaults.
+QString commonTail()
+{
+    return verbosityLine() + QStringLiteral(
+        "\n$BUILD_JOBS=0;\n"
+        "@TEST_FAILURE_PATTERNS=('^FAILED:', '^[^:\\\\s]+:\\\\d+:[^:]+:FAIL\\\\b', '^not ok\\\\b', "
+        "'^\\\\[  FAILED  \\\\] ', '^[^:\\\\s]+:\\\\d+:[FE]:', '\\\\.\\\\.\\\\.FAILED\\\\b', "
+        "'Assertion .* failed');\n"
+        "@TEST_PASS_PATTERNS=('^PASSED:', '^[^:\\\\s]+:\\\\d+:[^:]+:PASS\\\\b', '^ok\\\\b', "
+        "'^\\\\[       OK \\\\] ', '\\\\.\\\\.\\\\.passed\\\\b');");
+}
+
 // The preferences' source encoding while alive.
 struct Encoding {
     QString previous = QAStData::preferences()->encodingName();
@@ -238,7 +252,7 @@ private slots:
             "ATQ_TQF_NAME", "ATQ_DUMP_DRIVER", "ATOMODE", "ATUMODE", "ATSMODE", "ATJMODE", "ATPMODE",
             "ATQMODE", "ATCMODE", "ATTMODE", "ATKMODE", "ATMMODE", "MISRA_MODE", "ATS_PROBE",
             "JAVA_STUB", "JAVA_DISPLAY", "MET_ONE_LEVEL", "MET_RESTRICT_DIR", "MISRA_CONF", "MIME_NAME",
-            "ZELTASTUDIO_VERBOSE"};
+            "ZELTASTUDIO_VERBOSE", "BUILD_JOBS", "TEST_FAILURE_PATTERNS", "TEST_PASS_PATTERNS"};
         QVERIFY(names.size() > start.size() + end.size());
         QCOMPARE(names.mid(0, start.size()), start);
         QCOMPARE(names.mid(names.size() - end.size()), end);
@@ -329,7 +343,8 @@ private slots:
 
         // No environment variables: the verbosity is the only entry of %ENV.
         QCOMPARE(outside.count(QStringLiteral("\n$ENV{'")), 1);
-        QVERIFY(outside.endsWith(u'\n' + verbosityLine() + QStringLiteral("\n\n1;\n")));
+        QVERIFY2(outside.endsWith(u'\n' + commonTail() + QStringLiteral("\n\n1;\n")),
+                 qPrintable(outside.right(500)));
     }
 
     // Random values through every form of setting, the environment lines,
@@ -464,7 +479,7 @@ private slots:
         QVERIFY(text.contains(empty.path()));
         QCOMPARE(scalarLine(script, "TARGETDIR"), "$TARGETDIR='" + text + "';");
         QCOMPARE(scalarLine(script, "LP_TARGETDIR"), "$LP_TARGETDIR='" + text + "';");
-        QVERIFY(script.endsWith(verbosityLine() + QStringLiteral("\n\n1;\n")));
+        QVERIFY(script.endsWith(commonTail() + QStringLiteral("\n\n1;\n")));
         if (m_perl)
             QVERIFY(perlCompiles(script.toLatin1()));
     }
@@ -636,7 +651,7 @@ private slots:
         Tree tree;
         const QString script = textOf(tree.add("group", QStringLiteral("g")));
         QCOMPARE(plugin.asked, QStringList{"myfeature:g"});
-        const QString lines = verbosityLine() + QStringLiteral(
+        const QString lines = commonTail() + QStringLiteral(
             "\n$PLG_FLAG=1;\n$PLG_COUNT=42;\n@PLG_LIST=('a b', 'C:\\\\x\\\\');\n$PLG_TEXT='it\\'s';\n"
             "@PLG_MAP=({'k 2', 'v\\'2'}, {'k1', 'v1'});\n\n1;\n");
         QVERIFY2(script.endsWith(lines), qPrintable(script.right(lines.size())));

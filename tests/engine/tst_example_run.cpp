@@ -9,6 +9,7 @@
 #include "TestWalk.h"
 #include "TestPaths.h"
 
+#include <QDirIterator>
 #include <QSignalSpy>
 #include <QStandardPaths>
 #include <QTemporaryDir>
@@ -48,21 +49,63 @@ private slots:
     }
 
     // Libraries, program and unit test are made in order, the sub-project's
-    // library first; the compiler's command lines reach the console.
+    // library first, into the including project's build directory (the
+    // sub-project inherits its relative settings); each node's objects in
+    // its own directory; the compiler's command lines reach the console.
     void buildsEveryNode()
     {
+        m_before = files();
         QVERIFY2(walk(m_project.get(), &QAStNode::build),
                  qPrintable(m_studio->consoleText(QAStData::OutputConsole)));
-        for (const char* made : {"sub/printer/build/libprinter.a", "build/libcalc.a", "build/calc",
-                                 "build/Unit tests"})
+        for (const char* made : {"build/libprinter.a", "build/libcalc.a", "build/calc", "build/Unit tests",
+                                 "build/libcalc.objects/src/calc.c.o", "build/Unit tests.objects/src/calc.c.o",
+                                 "build/libprinter.objects/src/printer.c.o"})
             QVERIFY2(QFileInfo::exists(path(QLatin1String(made))), made);
+        QVERIFY(!QFileInfo::exists(path(QStringLiteral("sub/printer/build"))));
         const QString console = m_studio->consoleText(QAStData::OutputConsole);
         QVERIFY(console.contains(QLatin1String("-c ")));
+        QVERIFY(!console.contains(QLatin1String("sub/printer/sub/printer")));
         QVERIFY(console.indexOf(QLatin1String("libprinter.a")) <
                 console.indexOf(QLatin1String("libcalc.a")));
         // A build leaves the execution stages alone.
         QVERIFY(!QFileInfo::exists(path(QStringLiteral("build/calc.spt"))));
         QVERIFY(QAProcess::listOfProcess().isEmpty());
+    }
+
+    // A second build runs no compiler and says so; a header touched
+    // recompiles exactly the sources that include it, in every node that
+    // compiles them; a node built alone links what the others made.
+    void buildsWhatChanged()
+    {
+        m_studio->reset();
+        QVERIFY(walk(m_project.get(), &QAStNode::build));
+        QString console = m_studio->consoleText(QAStData::OutputConsole);
+        QVERIFY2(!console.contains(QLatin1String(" -c ")), qPrintable(console));
+        for (const char* node : {"libprinter", "libcalc", "calc", "Unit tests"})
+            QVERIFY2(console.contains(QLatin1String(node) + QLatin1String(": is up-to-date\n")), node);
+
+        QTest::qSleep(10);
+        QFile header(path(QStringLiteral("include/calc.h")));
+        QVERIFY(header.open(QIODevice::Append));
+        header.write("\n");
+        header.close();
+        m_studio->reset();
+        QVERIFY(walk(m_project.get(), &QAStNode::build));
+        console = m_studio->consoleText(QAStData::OutputConsole);
+        QStringList compiled;
+        for (const QString& line : console.split(u'\n')) {
+            const qsizetype at = line.indexOf(QLatin1String(" -c "));
+            if (at >= 0)
+                compiled << QFileInfo(line.mid(at + 4).section(u' ', 0, 0)).fileName();
+        }
+        compiled.sort();
+        QCOMPARE(compiled, (QStringList{"calc.c", "calc.c", "main.cpp", "test_calc.c"}));
+
+        auto* application = qobject_cast<QAStNode*>(m_project->findNode(QStringLiteral("calc")));
+        QVERIFY(QFile::remove(path(QStringLiteral("build/calc"))));
+        m_studio->reset();
+        QVERIFY2(walk(application, &QAStNode::build), qPrintable(m_studio->consoleText(QAStData::OutputConsole)));
+        QVERIFY(QFileInfo::exists(path(QStringLiteral("build/calc"))));
     }
 
     // The test nodes run their programs and write their results.
@@ -81,6 +124,7 @@ private slots:
     // compiler's file:line message on the console.
     void aFaultStopsTheWalk()
     {
+        const QByteArray original = TestFiles::readFile(path(QStringLiteral("src/calc.c")));
         QFile source(path(QStringLiteral("src/calc.c")));
         QVERIFY(source.open(QIODevice::Append));
         source.write("\nint broken(void) { return }\n");
@@ -91,18 +135,33 @@ private slots:
         const QString console = m_studio->consoleText(QAStData::OutputConsole);
         QVERIFY2(console.contains(QRegularExpression(QStringLiteral("calc\\.c:\\d+:"))),
                  qPrintable(console));
-        QVERIFY(console.contains(QLatin1String("calc.c: failed")));
+        QVERIFY(console.contains(QLatin1String("libcalc: failed")));
         QVERIFY(console.contains(QLatin1String("libcalc: stopped")));
+        TestFiles::writeFile(path(QStringLiteral("src/calc.c")), original);
     }
 
+    // The clean of the project leaves the tree as it was before the build.
     void cleanRemovesWhatTheBuildMade()
     {
-        auto* application = qobject_cast<QAStNode*>(m_project->findNode(QStringLiteral("calc")));
-        QVERIFY(walk(application, &QAStNode::clean));
-        QVERIFY(!QFileInfo::exists(path(QStringLiteral("build/calc"))));
-        QVERIFY(!QFileInfo::exists(path(QStringLiteral("build/main.o"))));
+        QVERIFY(walk(m_project.get(), &QAStNode::clean));
         QVERIFY(m_studio->consoleText(QAStData::OutputConsole).contains(QLatin1String("calc: Cleaning...")));
+        QCOMPARE(files(), m_before);
     }
+
+private:
+    // Every file and directory of the project's copy.
+    QStringList files() const
+    {
+        QStringList found;
+        QDirIterator it(m_dir->path(), QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot,
+                        QDirIterator::Subdirectories);
+        while (it.hasNext())
+            found << QDir(m_dir->path()).relativeFilePath(it.next());
+        found.sort();
+        return found;
+    }
+
+    QStringList m_before;
 };
 
 QTEST_GUILESS_MAIN(TestExampleRun)

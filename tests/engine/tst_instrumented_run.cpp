@@ -118,7 +118,7 @@ private slots:
         QVERIFY2(text.contains(QLatin1String("-finstrument-functions")), qPrintable(text));
         QVERIFY(text.contains(QLatin1String("-DKRT_COVERAGE=1 -DKRT_MEMORY=1 -DKRT_PERFORMANCE=1 -DKRT_TRACE=1")));
         QVERIFY(text.contains(QLatin1String("-Wl,--wrap=malloc,--wrap=free,--wrap=calloc,--wrap=realloc")));
-        QVERIFY(QFileInfo::exists(path(QStringLiteral("build/korvilrt-cpqt.o"))));
+        QVERIFY(QFileInfo::exists(path(QStringLiteral("build/Unit tests.objects/korvilrt-cpqt.o"))));
     }
 
     // The split follows the run: results are in their files while the test

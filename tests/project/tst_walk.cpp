@@ -120,12 +120,12 @@ class TestWalk : public QObject {
         return "User usr1 " + stage + " NORMAL " + node("usr1")->environmentFileName();
     }
 
-    // The driver runs of the whole tree of init(), in walk order.
+    // The driver runs of the whole tree of init(), in walk order: the
+    // sources of a node that links are compiled by its own run.
     static QStringList runs(const QString& driver, const QString& stage)
     {
         static const char* const driven[][2] = {
-            {"l1.c", "source"}, {"l2.c", "source"}, {"lib1", "library"}, {"a1.c", "source"},
-            {"a2.c", "source"}, {"app1", "application"}, {"u1.c", "source"}, {"ut1", "unit_testing"}};
+            {"lib1", "library"}, {"app1", "application"}, {"ut1", "unit_testing"}};
         QStringList lines;
         for (const auto& [name, kind] : driven)
             lines << QStringList{driver, name, stage, "NORMAL", kind}.join(' ');
@@ -230,7 +230,7 @@ private slots:
         QCOMPARE(consoleLines(), QStringList{"lib1: is up-to-date\n"});
         QCOMPARE(walk(m_project.get(), &QAStNode::build), 1);
         QVERIFY(m_project->walkSucceeded());
-        QCOMPARE(log(), buildSequence().mid(3));
+        QCOMPARE(log(), buildSequence().mid(1));
     }
 
     // A failing driver stops the walk: nothing after it runs, and its node
@@ -242,17 +242,18 @@ private slots:
         QTest::addColumn<QString>("failing");
         QTest::addColumn<QStringList>("expected");
         QTest::addColumn<QStringList>("above");
-        const QStringList lib = runs("Build", "cptl").mid(0, 3);
-        QTest::newRow("source") << "lib1" << "l1.c" << "l_fail.c"
-                                << QStringList{lib[0], "Build l_fail.c cptl NORMAL source"}
-                                << QStringList{"lib1", "libs", "walk"};
+        const QStringList lib = runs("Build", "cptl").mid(0, 1);
+        QTest::newRow("source of no linker") << "libs" << "lib1" << "l_fail.c"
+                                           << lib + QStringList{"Build l_fail.c cptl NORMAL source"}
+                                           << QStringList{"libs", "walk"};
         QTest::newRow("library's own step")
             << "libs" << "lib1" << "lib_fail"
-            << lib + QStringList{"Build lf.c cptl NORMAL source", "Build lib_fail cptl NORMAL library"}
+            << lib + QStringList{"Build lib_fail cptl NORMAL library"}
             << QStringList{"libs", "walk"};
-        QTest::newRow("first source of a test node")
-            << "app1" << "" << "fail.c" << lib + QStringList{"Build fail.c cptl NORMAL source"}
-            << QStringList{"app1", "apps", "walk"};
+        QTest::newRow("application's own step")
+            << "apps" << "app1" << "app_fail"
+            << lib + QStringList{"Build app1 cptl NORMAL application", "Build app_fail cptl NORMAL application"}
+            << QStringList{"apps", "walk"};
     }
     void aFailureAbortsTheWalk()
     {
@@ -262,11 +263,15 @@ private slots:
         QFETCH(QStringList, expected);
         QFETCH(QStringList, above);
         QAStData* after = behind.isEmpty() ? nullptr : node(behind);
-        auto* failingNode = failing.endsWith(".c")
-            ? static_cast<QAStNode*>(new QAStNodeSource(failing, QPixmap(), node(parent), after))
-            : new QAStNodeLibrary(failing, QPixmap(), node(parent), after);
+        QAStNode* failingNode = nullptr;
+        if (failing.endsWith(".c"))
+            failingNode = new QAStNodeSource(failing, QPixmap(), node(parent), after);
+        else if (failing.startsWith("lib"))
+            failingNode = new QAStNodeLibrary(failing, QPixmap(), node(parent), after);
+        else
+            failingNode = new QAStNodeApplication(failing, QPixmap(), node(parent), after);
         configure(failingNode);
-        if (qobject_cast<QAStNodeLibrary*>(failingNode))
+        if (!qobject_cast<QAStNodeSource*>(failingNode))
             add<QAStNodeSource>("lf.c", failingNode);
         QCOMPARE(walk(m_project.get(), &QAStNode::build), 1);
         QCOMPARE(log(), expected);
@@ -297,7 +302,7 @@ private slots:
             config(holder)->setProperty(flagKey, flag);
         QCOMPARE(walk(node("lib1"), &QAStNode::build), 1);
         QVERIFY(node("lib1")->walkSucceeded());
-        QCOMPARE(log(), runs("Build", stage).mid(0, 3));
+        QCOMPARE(log(), runs("Build", stage).mid(0, 1));
         for (const char* name : {"walk", "libs", "lib1", "l1.c", "l2.c"}) {
             QAStConfiguration* c = config(name);
             QCOMPARE(c->hasProperty(flagKey), holder == QLatin1String(name));
@@ -366,6 +371,44 @@ private slots:
                                         "a2.c", "ut1", "u1.c", "t1.ptu", "usr1"}));
     }
 
+    // A node that links compiles its selected sources in its own run, each
+    // with the environment script of its own node; a source built alone
+    // runs its own driver. A clean takes every environment script away.
+    void sourcesCompileInTheRunOfTheirLinker()
+    {
+        QCOMPARE(walk(node("lib1"), &QAStNode::build), 1);
+        QCOMPARE(log(), QStringList{"Build lib1 cptl NORMAL library"});
+        const QString libraryScript = QString::fromUtf8(TestFiles::readFile(node("lib1")->environmentFileName()));
+        const QString l1 = node("l1.c")->environmentFileName();
+        const QString l2 = node("l2.c")->environmentFileName();
+        QVERIFY2(libraryScript.contains(QStringLiteral("@SOURCE_ENVIRONMENTS=('%1', '%2');").arg(l1, l2)),
+                 qPrintable(libraryScript));
+        QVERIFY(libraryScript.contains("$OBJECT_DIR='lib1.objects';"));
+        QVERIFY(!QFileInfo::exists(node("l3_off.c")->environmentFileName()));
+        const QByteArray sourceScript = TestFiles::readFile(l1);
+        QVERIFY2(sourceScript.contains("$OBJECT_FILE='lib1.objects/src/l1.c.o';"), sourceScript.constData());
+        QVERIFY(sourceScript.endsWith("\n1;\n"));
+
+        QFile::remove(m_log);
+        QCOMPARE(walk(node("l1.c"), &QAStNode::build), 1);
+        QCOMPARE(log(), QStringList{"Build l1.c cptl NORMAL source"});
+
+        QCOMPARE(walk(m_project.get(), &QAStNode::build), 1);
+        QVERIFY(QFileInfo::exists(m_dir->filePath(".korvil")));
+        QCOMPARE(walk(m_project.get(), &QAStNode::clean), 1);
+        QVERIFY2(!QFileInfo::exists(m_dir->filePath(".korvil")),
+                 qPrintable(QDir(m_dir->filePath(".korvil")).entryList(QDir::Files).join(' ')));
+    }
+
+    // Executing a node with nothing to execute says so and ends well.
+    void nothingToExecute()
+    {
+        QCOMPARE(walk(node("lib1"), &QAStNode::execute), 1);
+        QVERIFY(node("lib1")->walkSucceeded());
+        QCOMPARE(consoleLines(), QStringList{"lib1: nothing to execute\n"});
+        QCOMPARE(log(), QStringList());
+    }
+
     void rebuildCleansThenBuildsAndEndsOnce()
     {
         QCOMPARE(walk(m_project.get(), &QAStNode::rebuild), 1);
@@ -421,12 +464,11 @@ private slots:
         QTest::addColumn<int>("answer");
         QTest::addColumn<bool>("failingSource");
         QTest::addColumn<QStringList>("runs");
-        const QStringList built = runs("Build", "cptl").mid(3, 3);
+        const QStringList built = runs("Build", "cptl").mid(1, 1);
         QTest::newRow("yes") << int(QMessageBox::Yes) << false
                              << built + QStringList{"Execute app1 cptler NORMAL application"};
         QTest::newRow("yes, the build fails")
-            << int(QMessageBox::Yes) << true
-            << built.mid(0, 2) + QStringList{"Build z_fail.c cptl NORMAL source"};
+            << int(QMessageBox::Yes) << true << QStringList{"Build z_fail cptl NORMAL library"};
         QTest::newRow("cancel") << int(QMessageBox::Cancel) << false << QStringList();
     }
     void executeAsksToRebuild()
@@ -437,7 +479,7 @@ private slots:
         QAStProject::setModeBatch(false);
         QAStNode* app1 = node("app1");
         if (failingSource)
-            add<QAStNodeSource>("z_fail.c", app1);
+            add<QAStNodeSource>("z.c", add<QAStNodeLibrary>("z_fail", app1));
         m_studio->answer(QMessageBox::StandardButton(answer));
         QCOMPARE(walk(app1, &QAStNode::execute), 1);
         QCOMPARE(m_studio->requests().size(), 1);
@@ -467,6 +509,7 @@ private slots:
         QTest::addColumn<QString>("top");
         QTest::newRow("source") << "l1.c";
         QTest::newRow("project") << "walk";
+        QTest::newRow("library") << "lib1";
     }
     void interpreterThatCannotStart()
     {
@@ -477,7 +520,7 @@ private slots:
         QCOMPARE(walk(node(top), &QAStNode::build), 1);
         qputenv("ZELTAHOME", QFile::encodeName(m_install->path()));
         QVERIFY(!node(top)->walkSucceeded());
-        QVERIFY(!node("l1.c")->walkSucceeded());
+        QVERIFY(!node("lib1")->walkSucceeded() || top == "l1.c");
         const QString interpreter = broken.path() + "/bin/intel/linux/Korvilperl";
         QVERIFY2(consoleLines().contains(interpreter + ": unable to start the command\n"),
                  qPrintable(console()));

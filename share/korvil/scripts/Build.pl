@@ -1,6 +1,9 @@
 #!/usr/bin/perl
 # Build driver: makes what a node's kind needs, step by step as $STAGE
 # asks (c: test harness, p: source preparation, t: translation, l: link).
+# A node that links (library, application, unit testing) compiles the
+# sources it holds in parallel, then links them; a product that is up to
+# date with its inputs and the command that makes it is not made again.
 #
 #   perl -I<install>/lib/perl Build.pl <environment file> <kind> [files...]
 #
@@ -14,10 +17,14 @@ use FindBin;
 use lib "$FindBin::RealBin/../lib/perl";
 use File::Spec;
 use Korvil::Driver;
+use Korvil::Env;
+use Korvil::Make;
+use Korvil::Package;
 use Korvil::Run;
 
 my $d = Korvil::Driver->start('Build', @ARGV);
 my $kind = $d->kind;
+my %LINKERS = (library => 1, application => 1, unit_testing => 1);
 
 # The runtime analyses: the environment's switch, the runtime's macro and
 # the letter of the runtime object built for them.
@@ -30,10 +37,14 @@ my %ANALYSES = (
 # The functions the memory profile follows (ld --wrap).
 my @WRAPPED = qw(malloc free calloc realloc);
 
+# What the build checked and what it had to make.
+my ($checked, $made) = (0, 0);
+
 harness() if $d->stage('c');
 prepare() if $d->stage('p');
 translate() if $d->stage('t');
 link_step() if $d->stage('l');
+$d->info($d->name . ': is up-to-date') if $checked && !$made;
 $d->finish;
 
 # c: the test scripts must be there; a plain C unit test or a shell script
@@ -60,7 +71,7 @@ sub harness {
 # p: the sources are instrumented by the compiler itself (t) and the
 # runtime joins the program at the link (l); this step tells what is asked.
 sub prepare {
-    my @asked = analyses();
+    my @asked = analyses($d->env);
     if (!@asked) {
         $d->verbose_info($d->name . ': source preparation skipped: no runtime analysis asked');
         return;
@@ -68,16 +79,31 @@ sub prepare {
     $d->verbose_info($d->name . ': instrumented for ' . join(', ', map { $ANALYSES{$_}{name} } @asked));
 }
 
+# t: a source node alone compiles its file; a node that links compiles the
+# sources it holds, each with the environment of its own node, and a unit
+# test its script with its own.
 sub translate {
+    my @units;
     if ($kind eq 'source') {
         my $file = $d->get('FILENAME');
         $d->fail('no source file') if $file eq '';
-        compile($file);
-    } elsif ($kind eq 'unit_testing') {
-        my $script = $d->get('UNITTESTING_TESTSCRIPTNAME');
-        $d->fail('no unit-testing script selected') if $script eq '';
-        compile($script);
+        push(@units, unit($d->env, $file, $d->get('OBJECT_FILE')));
+    } elsif ($LINKERS{$kind}) {
+        for my $file ($d->list('SOURCE_ENVIRONMENTS')) {
+            my $env = eval { Korvil::Env->load($file) };
+            if (!$env) {
+                print STDERR $@;
+                $d->fail("cannot load the environment file $file");
+            }
+            push(@units, unit($env, $env->get('FILENAME'), $env->get('OBJECT_FILE')));
+        }
+        if ($kind eq 'unit_testing') {
+            my $script = $d->get('UNITTESTING_TESTSCRIPTNAME');
+            $d->fail('no unit-testing script selected') if $script eq '';
+            push(@units, unit($d->env, $script, $d->get('UNITTESTING_TESTSCRIPT_OBJECT')));
+        }
     }
+    compile_all(@units);
 }
 
 sub link_step {
@@ -86,48 +112,165 @@ sub link_step {
     } elsif ($kind eq 'application') {
         link_program('application', $d->list('OBJECTS'));
     } elsif ($kind eq 'unit_testing') {
-        my $script = $d->get('UNITTESTING_TESTSCRIPTNAME');
-        $d->fail('no unit-testing script selected') if $script eq '';
         $d->package;
-        link_program('unit test', $d->object_of($script), $d->list('OBJECTS'));
+        my $script = $d->get('UNITTESTING_TESTSCRIPT_OBJECT');
+        $script = $d->object_of($d->get('UNITTESTING_TESTSCRIPTNAME')) if $script eq '';
+        link_program('unit test', $script, $d->list('OBJECTS'));
     }
 }
 
-# The words of an option variable of the environment; a string with an
+# --- options
+
+# The words of an option variable of an environment; a string with an
 # unbalanced quote ends the run.
 sub option_words {
-    my ($variable) = @_;
-    my @words = eval { Korvil::Run::shell_words($d->get($variable)) };
+    my ($env, $variable) = @_;
+    my @words = eval { Korvil::Run::shell_words($env->get($variable)) };
     $d->fail("\$$variable: $@" =~ s/\s+$//r) if $@;
     return @words;
 }
 
 sub package_words {
-    my ($key) = @_;
-    my @words = eval { Korvil::Run::shell_words($d->package->string($key)) };
+    my ($package, $key) = @_;
+    my @words = eval { Korvil::Run::shell_words($package->string($key)) };
     $d->fail("$key of the target package: $@" =~ s/\s+$//r) if $@;
     return @words;
 }
 
-sub compile {
-    my ($source) = @_;
-    my $package = $d->package;
+# The package of an environment, each directory read once.
+my %packages;
+sub package_of {
+    my ($env) = @_;
+    return $d->package if $env == $d->env;
+    my $dir = $env->get('LP_TARGETDIR');
+    return $packages{$dir} if $packages{$dir};
+    my $package = eval { Korvil::Package->load($dir) };
+    if (!$package) {
+        (my $why = $@) =~ s/\s+$//;
+        print STDERR "$why\n";
+        $d->fail('no target package for ' . $env->get('NAME'));
+    }
+    print STDERR "$_\n" for $package->errors;
+    return $packages{$dir} = $package;
+}
+
+# --- compiling
+
+# One source to compile: the file, its object, the environment of the node
+# it belongs to, and the command that compiles it.
+sub unit {
+    my ($env, $source, $object) = @_;
+    # A script written without the object's name: the driver's own rule.
+    $object = $d->object_of($source) if !defined $object || $object eq '';
     if (!-f $source) {
         $d->problem($source, 1, 'no such file');
         $d->fail("source $source not found");
     }
+    my $package = package_of($env);
     my @compiler;
     $d->guard(sub { @compiler = $package->compiler_for($source) });
     my @defines;
     $d->guard(sub { @defines = $package->define_options });
-    my @includes = map { '-I' . File::Spec->rel2abs($_) } grep { $_ ne '' } $d->list('INCLUDE_DIR_LIST');
-    my $object = $d->object_of($source);
-    $d->make_dir($d->intdir);
-    my $status = Korvil::Run::run_command(@compiler, option_words('CPPFLAGS'), option_words('CFLAGS'),
-                                          @defines, @includes, instrumentation_options(), '-fPIC', '-c',
-                                          $source, '-o', $object);
-    return if Korvil::Run::succeeded($status);
-    $d->fail("compilation of $source failed (" . Korvil::Run::status_text($status) . ')');
+    my @includes = map { '-I' . File::Spec->rel2abs($_) } grep { $_ ne '' } $env->list('INCLUDE_DIR_LIST');
+    my @command = (@compiler, option_words($env, 'CPPFLAGS'), option_words($env, 'CFLAGS'), @defines,
+                   @includes, instrumentation_options($env, $package), '-fPIC');
+    return { source => $source, object => $object, package => $package,
+             command => [@command, '-c', $source, '-o', $object] };
+}
+
+# The options by which the compiler writes the dependency file of an
+# object; none when the package names none.
+sub dependency_options {
+    my ($unit) = @_;
+    my @options = package_words($unit->{package}, 'DEPFILE_OPTIONS');
+    return @options ? (@options, depfile($unit)) : ();
+}
+
+sub depfile { return "$_[0]{object}.d"; }
+
+# What makes an object, as its stamp keeps it.
+sub compile_stamp {
+    my ($unit) = @_;
+    return Korvil::Make::stamp_text(@{ $unit->{command} }, $unit->{package}->file);
+}
+
+# A unit whose object is newer than its source and every header it
+# included, and was made by the same command, is not compiled again.
+sub is_compiled {
+    my ($unit) = @_;
+    return 0 unless dependency_options($unit);
+    my $inputs = Korvil::Make::dependencies(depfile($unit));
+    return 0 unless $inputs;
+    return Korvil::Make::up_to_date($unit->{object}, compile_stamp($unit), $unit->{source}, @$inputs);
+}
+
+# Compiles the units that are not up to date, as many at once as
+# $BUILD_JOBS says (0: one per processor), each one's output printed whole
+# when it ends.
+sub compile_all {
+    my (@units) = @_;
+    return unless @units;
+    ++$checked;
+    my @todo = grep { !is_compiled($_) } @units;
+    if (!@todo) {
+        $d->verbose_info($d->name . ': ' . scalar(@units) . ' object(s) up to date');
+        return;
+    }
+    ++$made;
+    for my $unit (@todo) {
+        $d->make_dir_of($unit->{object});
+        Korvil::Make::forget($unit->{object});
+    }
+    my $jobs = $d->get('BUILD_JOBS');
+    $jobs = Korvil::Run::processor_count() if $jobs eq '' || $jobs !~ /^\d+$/ || $jobs == 0;
+    my @jobs = map {
+        my $unit = $_;
+        my @command = @{ $unit->{command} };
+        splice(@command, -4, 0, dependency_options($unit));
+        { command => \@command };
+    } @todo;
+    my @statuses = Korvil::Run::run_jobs($jobs, @jobs);
+    my @failed;
+    for my $i (0 .. $#todo) {
+        if (Korvil::Run::succeeded($statuses[$i])) {
+            Korvil::Make::record($todo[$i]{object}, compile_stamp($todo[$i]));
+        } else {
+            push(@failed, [$todo[$i], $statuses[$i]]);
+        }
+    }
+    return unless @failed;
+    if (@failed == 1) {
+        $d->fail("compilation of $failed[0][0]{source} failed ("
+                 . Korvil::Run::status_text($failed[0][1]) . ')');
+    }
+    $d->fail('compilation of ' . scalar(@failed) . ' of ' . scalar(@todo) . ' sources failed: '
+             . join(', ', map { $_->[0]{source} } @failed));
+}
+
+# --- linking
+
+# Makes a product with a command unless it is up to date with its inputs
+# and the command: a link only when an input changed. $before runs first
+# when the product is made.
+sub make_product {
+    my ($product, $what, $command, $inputs, $before) = @_;
+    ++$checked;
+    my $stamp = Korvil::Make::stamp_text(@$command);
+    return if Korvil::Make::up_to_date($product, $stamp, @$inputs);
+    ++$made;
+    Korvil::Make::forget($product);
+    $before->() if $before;
+    my $status = Korvil::Run::run_command(@$command);
+    if (Korvil::Run::succeeded($status)) {
+        Korvil::Make::record($product, $stamp);
+        return;
+    }
+    $d->fail("$what failed (" . Korvil::Run::status_text($status) . ')');
+}
+
+# The libraries a link takes that are files (another node's library).
+sub library_inputs {
+    return grep { -f $_ } $d->list('ADDITIONAL_LIBRARIES');
 }
 
 sub make_library {
@@ -141,20 +284,18 @@ sub make_library {
     my @command;
     if ($dllext ne '' && substr($library, -length($dllext)) eq $dllext) {
         $d->guard(sub { @command = $package->linker });
-        push(@command, package_words('DLLFLAGS'), option_words('LDFLAGS'), '-o', $library, @objects,
-             $d->list('ADDITIONAL_LIBRARIES'), library_dir_options(), option_words('LIBRARIES'),
-             package_words('DEFAULT_LIBS'));
-    } else {
-        $d->guard(sub { @command = $package->archiver });
-        # A new archive each time: members of objects gone since stay out.
-        if (-e $library && !unlink($library)) {
-            $d->fail("cannot replace $library: $!");
-        }
-        push(@command, $library, @objects);
+        push(@command, package_words($package, 'DLLFLAGS'), option_words($d->env, 'LDFLAGS'), '-o', $library,
+             @objects, $d->list('ADDITIONAL_LIBRARIES'), library_dir_options(),
+             option_words($d->env, 'LIBRARIES'), package_words($package, 'DEFAULT_LIBS'));
+        make_product($library, "making the library $library", \@command, [@objects, library_inputs()]);
+        return;
     }
-    my $status = Korvil::Run::run_command(@command);
-    return if Korvil::Run::succeeded($status);
-    $d->fail("making the library $library failed (" . Korvil::Run::status_text($status) . ')');
+    $d->guard(sub { @command = $package->archiver });
+    push(@command, $library, @objects);
+    # A new archive each time: members of objects gone since stay out.
+    make_product($library, "making the library $library", \@command, \@objects, sub {
+        $d->fail("cannot replace $library: $!") if -e $library && !unlink($library);
+    });
 }
 
 sub library_dir_options {
@@ -165,25 +306,25 @@ sub link_program {
     my ($what, @objects) = @_;
     my $program = $d->get('TESTPROGRAM_ABS');
     $d->fail('no program file name') if $program eq '';
+    @objects = grep { defined && $_ ne '' } @objects;
     $d->fail("no object files to link into $program") unless @objects;
     my $package = $d->package;
     my @linker;
     $d->guard(sub { @linker = $package->linker });
     $d->make_dir_of($program);
     my @runtime = runtime_object();
-    my $status = Korvil::Run::run_command(@linker, option_words('LDFLAGS'), runtime_link_options(), '-o',
-                                          $program, @objects, @runtime, $d->list('ADDITIONAL_LIBRARIES'),
-                                          library_dir_options(), option_words('LIBRARIES'),
-                                          package_words('DEFAULT_LIBS'));
-    return if Korvil::Run::succeeded($status);
-    $d->fail("link of the $what $program failed (" . Korvil::Run::status_text($status) . ')');
+    my @command = (@linker, option_words($d->env, 'LDFLAGS'), runtime_link_options(), '-o', $program,
+                   @objects, @runtime, $d->list('ADDITIONAL_LIBRARIES'), library_dir_options(),
+                   option_words($d->env, 'LIBRARIES'), package_words($package, 'DEFAULT_LIBS'));
+    make_product($program, "link of the $what $program", \@command, [@objects, @runtime, library_inputs()]);
 }
 
 # --- runtime analysis
 
-# The analyses the configuration asks for, in name order.
+# The analyses an environment asks for, in name order.
 sub analyses {
-    return grep { $d->get($ANALYSES{$_}{mode}) } sort keys %ANALYSES;
+    my ($env) = @_;
+    return grep { $env->get($ANALYSES{$_}{mode}) } sort keys %ANALYSES;
 }
 
 # Compiler options of an instrumented source: the entry and exit hooks of
@@ -191,9 +332,10 @@ sub analyses {
 # of the compiler's own headers (the package's DEFAULT_INCLUDE_PATHS:
 # inline library code such as C++ templates) are left alone.
 sub instrumentation_options {
-    return () unless grep { $_ ne 'memory' } analyses();
+    my ($env, $package) = @_;
+    return () unless grep { $_ ne 'memory' } analyses($env);
     my @options = ('-finstrument-functions');
-    my @system = grep { $_ ne '' && !/,/ } $d->package->list('DEFAULT_INCLUDE_PATHS');
+    my @system = grep { $_ ne '' && !/,/ } $package->list('DEFAULT_INCLUDE_PATHS');
     push(@options, '-finstrument-functions-exclude-file-list=' . join(',', @system)) if @system;
     return @options;
 }
@@ -201,26 +343,26 @@ sub instrumentation_options {
 # Linker options: the memory profile sees the program's allocations
 # through the wrapped functions.
 sub runtime_link_options {
-    return () unless grep { $_ eq 'memory' } analyses();
+    return () unless grep { $_ eq 'memory' } analyses($d->env);
     return ('-Wl,' . join(',', map { "--wrap=$_" } @WRAPPED));
 }
 
 # The runtime of the installation (Common/runtime/korvilrt.c), compiled
-# for the analyses asked into $INTDIR/korvilrt-<letters>$OBJEXT; nothing
-# when none is asked.
+# for the analyses asked into the node's object directory as
+# korvilrt-<letters>$OBJEXT; nothing when none is asked.
 sub runtime_object {
-    my @asked = analyses();
+    my @asked = analyses($d->env);
     return () unless @asked;
     my $home = $d->get('ZELTAHOME');
     my $source = File::Spec->catfile($home, 'Common', 'runtime', 'korvilrt.c');
     $d->fail("the instrumentation runtime $source is missing from the installation") unless -f $source;
-    my $object = File::Spec->catfile($d->intdir,
-                                     'korvilrt-' . join('', map { $ANALYSES{$_}{letter} } @asked) . $d->objext);
+    my $dir = $d->get('OBJECT_DIR') ne '' ? $d->get('OBJECT_DIR') : $d->intdir;
+    my $object = File::Spec->catfile($dir, 'korvilrt-' . join('', map { $ANALYSES{$_}{letter} } @asked) . $d->objext);
     my @compiler;
     $d->guard(sub { @compiler = $d->package->compiler_for($source) });
-    $d->make_dir($d->intdir);
     my @macros = map { "-D$ANALYSES{$_}{macro}=1" } @asked;
-    my $status = Korvil::Run::run_command(@compiler, '-g', '-O2', @macros, '-fPIC', '-c', $source, '-o', $object);
-    return ($object) if Korvil::Run::succeeded($status);
-    $d->fail("compilation of the instrumentation runtime $source failed (" . Korvil::Run::status_text($status) . ')');
+    my $unit = { source => $source, object => $object, package => $d->package,
+                 command => [@compiler, '-g', '-O2', @macros, '-fPIC', '-c', $source, '-o', $object] };
+    compile_all($unit);
+    return ($object);
 }

@@ -58,7 +58,10 @@ sub execute {
     }
 
     my $file = out_file();
-    my $records = eval { Korvil::Records->create($file) };
+    my $records = eval {
+        Korvil::Records->create($file, failure => [$d->list('TEST_FAILURE_PATTERNS')],
+                                pass => [$d->list('TEST_PASS_PATTERNS')]);
+    };
     $d->fail($@ =~ s/\s+$//r) unless $records;
     # The instrumentation runtime of the program appends its records there.
     local $ENV{ATL_OUT_FILE} = File::Spec->rel2abs($file);

@@ -14,14 +14,18 @@ use warnings;
 
 use File::Spec;
 
-# The script is run with "do" in a package of its own, so that its
-# variables neither meet nor strain the drivers' code; it runs without
-# strict, as the library writes it.
-my $VARS = 'Korvil::Env::Script';
+# Each script is run with "do" in a package of its own, so that its
+# variables neither meet the drivers' code nor another script's (a build
+# loads the scripts of the sources it compiles beside its own); it runs
+# without strict, as the library writes it.
+my $loaded = 0;
 
 sub _do_file {
-    package Korvil::Env::Script;
-    my $result = do $_[0];
+    my ($package, $file) = @_;
+    ## no critic (ProhibitStringyEval)
+    # "do" tells a fault in $@, which the end of a successful eval would
+    # clear: it is raised again inside.
+    my $result = eval "package $package; my \$r = do \$file; die \$@ if \$@; \$r";
     return $result;
 }
 
@@ -31,7 +35,8 @@ sub load {
     my $path = File::Spec->rel2abs($file);
     die "$file:1: no such environment file\n" unless -f $path;
     local ($@, $!);
-    my $result = _do_file($path);
+    my $package = 'Korvil::Env::Script' . ++$loaded;
+    my $result = _do_file($package, $path);
     if ($@) {
         # Perl's own form "TEXT at FILE line N, near ..." made "FILE:N: TEXT, near ...".
         my @lines;
@@ -46,7 +51,7 @@ sub load {
         die join('', map { "$_\n" } @lines);
     }
     die "$file: cannot read: $!\n" if !defined $result && $!;
-    return bless({ file => $path }, $class);
+    return bless({ file => $path, package => $package }, $class);
 }
 
 sub file { return $_[0]{file}; }
@@ -54,14 +59,14 @@ sub file { return $_[0]{file}; }
 sub get {
     my ($self, $name) = @_;
     no strict 'refs';
-    my $value = ${"${VARS}::$name"};
+    my $value = ${"$self->{package}::$name"};
     return defined $value ? $value : '';
 }
 
 sub list {
     my ($self, $name) = @_;
     no strict 'refs';
-    return grep { defined } @{"${VARS}::$name"};
+    return grep { defined } @{"$self->{package}::$name"};
 }
 
 sub has_stage {

@@ -9,12 +9,17 @@ package Korvil::Records;
 #   BT "<test>" "<date>" "<file run>"   a test starts
 #   RL "<line>"                          a line of its standard output
 #   RE "<line>"                          a line of its standard error
-#   FL "<line>"                          a line starting "FAILED:" (either
-#                                        channel), in place of RL or RE
-#   SM "<test>" <status> <lines> <failures>
+#   FL "<line>"                          a line that tells a failed check
+#                                        (either channel, a failure
+#                                        pattern), in place of RL or RE
+#   PL "<line>"                          a line that tells a passed check
+#                                        (a pass pattern), in place of RL
+#                                        or RE
+#   SM "<test>" <status> <lines> <failures> <passes>
 #                                        the test ended: exit status
 #                                        (128 + signal when killed),
-#                                        lines written, failure lines
+#                                        lines written, failure lines,
+#                                        pass lines
 #   td "<run>" <status> <tests> <failed> the run ended: the first non-zero
 #                                        status (0 when all passed), tests
 #                                        run, tests that ended non-zero
@@ -38,6 +43,7 @@ our %CODE = (
     out     => 'RL',
     err     => 'RE',
     failure => 'FL',
+    pass    => 'PL',
     summary => 'SM',
     end     => 'td',
 );
@@ -78,15 +84,43 @@ sub parse {
     return ($code, @fields);
 }
 
+# The lines of a test's output that tell a check's outcome, as Perl
+# regular expressions: plain FAILED:/PASSED: lines, Unity
+# (file:line:test:FAIL/PASS), TAP (not ok/ok), GoogleTest, Check, CUnit
+# and assert(). The settings give their own (@TEST_FAILURE_PATTERNS,
+# @TEST_PASS_PATTERNS); these stand in when they give none.
+our @FAILURE_PATTERNS = ('^FAILED:', '^[^:\s]+:\d+:[^:]+:FAIL\b', '^not ok\b', '^\[  FAILED  \] ',
+                         '^[^:\s]+:\d+:[FE]:', '\.\.\.FAILED\b', 'Assertion .* failed');
+our @PASS_PATTERNS = ('^PASSED:', '^[^:\s]+:\d+:[^:]+:PASS\b', '^ok\b', '^\[       OK \] ',
+                      '\.\.\.passed\b');
+
+# One regular expression of the patterns; a pattern that does not compile
+# dies with its text.
+sub _matcher {
+    my (@patterns) = @_;
+    my @compiled;
+    for my $pattern (@patterns) {
+        my $re = eval { qr/$pattern/ };
+        die "the test output pattern '$pattern' is no regular expression: " . ($@ =~ s/ at .*//sr) . "\n"
+            unless $re;
+        push(@compiled, $re);
+    }
+    return @compiled ? qr/(?:@{[join('|', @compiled)]})/ : qr/(?!)/;
+}
+
 # Opens the file for a new run, for appending: its directory made, its
-# content dropped.
+# content dropped. Options: failure => [patterns], pass => [patterns].
 sub create {
-    my ($class, $file) = @_;
+    my ($class, $file, %options) = @_;
     my $dir = dirname($file);
     make_path($dir) unless -d $dir;
     sysopen(my $fh, $file, O_WRONLY | O_CREAT | O_TRUNC | O_APPEND) or die "$file: cannot write: $!\n";
     binmode($fh);
-    return bless({ fh => $fh, file => $file, tests => 0, failed => 0 }, $class);
+    my @failure = @{ $options{failure} || [] };
+    my @pass = @{ $options{pass} || [] };
+    return bless({ fh => $fh, file => $file, tests => 0, failed => 0,
+                   failure => _matcher(@failure ? @failure : @FAILURE_PATTERNS),
+                   pass => _matcher(@pass ? @pass : @PASS_PATTERNS) }, $class);
 }
 
 # One record, written whole at once (a short write goes on with the rest).
@@ -106,6 +140,7 @@ sub begin_test {
     $self->{test} = $test;
     $self->{lines} = 0;
     $self->{failures} = 0;
+    $self->{passes} = 0;
     $self->_write($CODE{begin}, quote($test), quote(strftime('%Y-%m-%d %H:%M:%S', localtime)), quote($file));
 }
 
@@ -113,9 +148,12 @@ sub begin_test {
 sub line {
     my ($self, $channel, $text) = @_;
     ++$self->{lines};
-    if ($text =~ /^FAILED:/) {
+    if ($text =~ $self->{failure}) {
         ++$self->{failures};
         $self->_write($CODE{failure}, quote($text));
+    } elsif ($text =~ $self->{pass}) {
+        ++$self->{passes};
+        $self->_write($CODE{pass}, quote($text));
     } else {
         $self->_write($CODE{ $channel eq 'err' ? 'err' : 'out' }, quote($text));
     }
@@ -125,7 +163,8 @@ sub end_test {
     my ($self, $status) = @_;
     ++$self->{tests};
     ++$self->{failed} if $status != 0;
-    $self->_write($CODE{summary}, quote($self->{test}), $status, $self->{lines}, $self->{failures});
+    $self->_write($CODE{summary}, quote($self->{test}), $status, $self->{lines}, $self->{failures},
+                  $self->{passes});
 }
 
 sub end_run {
@@ -135,22 +174,27 @@ sub end_run {
     delete $self->{fh};
 }
 
-# What a file tells: { tests => [ { name, file, status, lines, failures } ],
-# failures => total failure lines, ended => the end record's fields or undef }.
+# What a file tells: { tests => [ { name, file, status, lines, failures,
+# passes } ], failures => total failure lines, passes => total pass lines,
+# ended => the end record's fields or undef }.
 sub read_back {
     my ($class, $file) = @_;
     open(my $fh, '<', $file) or die "$file: cannot read: $!\n";
     binmode($fh);
-    my %result = (tests => [], failures => 0, ended => undef);
+    my %result = (tests => [], failures => 0, passes => 0, ended => undef);
     my $current;
     while (my $line = <$fh>) {
         my ($code, @f) = parse($line) or next;
         if ($code eq $CODE{begin}) {
-            $current = { name => $f[0], file => $f[2], status => undef, lines => 0, failures => 0 };
+            $current = { name => $f[0], file => $f[2], status => undef, lines => 0, failures => 0,
+                         passes => 0 };
             push(@{ $result{tests} }, $current);
         } elsif ($code eq $CODE{failure}) {
             ++$result{failures};
             ++$current->{failures} if $current;
+        } elsif ($code eq $CODE{pass}) {
+            ++$result{passes};
+            ++$current->{passes} if $current;
         } elsif ($code eq $CODE{out} || $code eq $CODE{err}) {
             ++$current->{lines} if $current;
         } elsif ($code eq $CODE{summary} && $current) {

@@ -12,6 +12,13 @@ package Korvil::Run;
 #                            and calls $on_line->($channel, $line) for each
 #                            line ($channel 'out' or 'err', no newline)
 #
+#   run_jobs($max, @jobs)    runs commands up to $max at once; each job
+#                            is { command => [...] }; its command line and
+#                            output are printed as one block when it ends,
+#                            so that the output of two jobs never
+#                            interleaves; returns the statuses in job order
+#   processor_count()        the processors of the machine (1 when unknown)
+#
 # A status is a hash: { exit => N } for a process that ended, { signal => N }
 # for one a signal killed, { error => text } for one that could not start.
 # status_code gives its exit status (128 + signal, 127 when not started),
@@ -84,6 +91,121 @@ sub run_command {
     STDERR->flush();
     my $wait = system { $command[0] } @command;
     return _status_of_wait($wait, "cannot run $command[0]: $!");
+}
+
+sub processor_count {
+    return $ENV{NUMBER_OF_PROCESSORS} if $^O eq 'MSWin32' && $ENV{NUMBER_OF_PROCESSORS};
+    if (open(my $fh, '<', '/proc/cpuinfo')) {
+        my $count = grep { /^processor\s*:/ } <$fh>;
+        close($fh);
+        return $count if $count;
+    }
+    my $count = `getconf _NPROCESSORS_ONLN 2>/dev/null`;
+    return ($count && $count =~ /^(\d+)/ && $1 > 0) ? $1 : 1;
+}
+
+# Starts one job: its standard input empty, its standard output and error
+# on pipes. Returns { pid, out, err } or a status when it cannot start.
+sub _start_job {
+    my ($command) = @_;
+    pipe(my $out_r, my $out_w) or return { error => "cannot make a pipe: $!" };
+    pipe(my $err_r, my $err_w) or return { error => "cannot make a pipe: $!" };
+    pipe(my $exec_r, my $exec_w) or return { error => "cannot make a pipe: $!" };
+    my $pid = fork();
+    return { error => "cannot start $command->[0]: $!" } unless defined $pid;
+    if ($pid == 0) {
+        close($out_r);
+        close($err_r);
+        close($exec_r);
+        open(STDIN, '<', '/dev/null');
+        open(STDOUT, '>&', $out_w);
+        open(STDERR, '>&', $err_w);
+        { no warnings 'exec'; exec { $command->[0] } @$command; }
+        syswrite($exec_w, "cannot run $command->[0]: $!");
+        POSIX::_exit(127);
+    }
+    close($out_w);
+    close($err_w);
+    close($exec_w);
+    my $exec_error = '';
+    1 while sysread($exec_r, $exec_error, 4096, length($exec_error));
+    close($exec_r);
+    return { pid => $pid, out => $out_r, err => $err_r, exec_error => $exec_error,
+             text => { out => '', err => '' } };
+}
+
+# Prints a finished job: its command line, then what it wrote on each
+# channel, on the driver's channel of the same name.
+sub _print_job {
+    my ($command, $job) = @_;
+    print command_text(@$command), "\n";
+    print $job->{text}{out};
+    STDOUT->flush();
+    print STDERR $job->{text}{err};
+    STDERR->flush();
+}
+
+sub run_jobs {
+    my ($max, @jobs) = @_;
+    $max = 1 if !$max || $max < 1;
+    STDOUT->flush();
+    STDERR->flush();
+    my @statuses;
+    my %running;    # fileno -> [ job index, channel ]
+    my %jobs;       # job index -> started job
+    my $select = IO::Select->new();
+    my $next = 0;
+    my $finish = sub {
+        my ($index) = @_;
+        my $job = delete $jobs{$index};
+        my $wait;
+        do { $wait = waitpid($job->{pid}, 0) } while ($wait == -1 && $! == EINTR);
+        _print_job($jobs[$index]{command}, $job);
+        $statuses[$index] = $job->{exec_error} ne ''
+            ? { error => $job->{exec_error} }
+            : _status_of_wait($wait == -1 ? -1 : $?, "cannot wait for $jobs[$index]{command}[0]: $!");
+    };
+    while ($next < @jobs || %jobs) {
+        while ($next < @jobs && keys(%jobs) < $max) {
+            my $index = $next++;
+            my $job = _start_job($jobs[$index]{command});
+            if (!defined $job->{pid}) {
+                print command_text(@{ $jobs[$index]{command} }), "\n";
+                $statuses[$index] = $job;
+                next;
+            }
+            $jobs{$index} = $job;
+            $job->{open} = 2;
+            for my $channel (qw(out err)) {
+                $running{ fileno($job->{$channel}) } = [$index, $channel];
+                $select->add($job->{$channel});
+            }
+        }
+        last unless %jobs;
+        my @ready = $select->can_read();
+        if (!@ready) {
+            next if $! == EINTR;
+            last;
+        }
+        for my $fh (@ready) {
+            my ($index, $channel) = @{ $running{ fileno($fh) } };
+            my $job = $jobs{$index};
+            my $n = sysread($fh, my $chunk, 65536);
+            if (!defined $n) {
+                next if $! == EINTR;
+                $n = 0;
+            }
+            if ($n) {
+                $job->{text}{$channel} .= $chunk;
+                next;
+            }
+            delete $running{ fileno($fh) };
+            $select->remove($fh);
+            close($fh);
+            $finish->($index) if --$job->{open} == 0;
+        }
+    }
+    return @statuses;
 }
 
 # In a child about to run a program: on Linux, the program is killed when
