@@ -257,6 +257,9 @@ public:
     virtual QStringList libraryOutputs() const;
     // A build or clean walk of this node runs now.
     bool isBuildingOrCleaning() const;
+    // The objects the node's own build compiles (as the drivers see them):
+    // a linker's sources' objects; none for other kinds.
+    virtual QStringList builtObjects() const;
     // The node is selected and executes something, or a node below it
     // does: a driver of its kind (the test kinds) or its after-children
     // text. Executing a node that has nothing to execute says so on the
@@ -397,7 +400,13 @@ private:
     void removeRunFiles();
     // The node changed since its last good build.
     bool changedSinceBuild() const;
-    QStringList configurationStamps() const;
+    QString settingsDigest() const;
+    // The record of the node's last good build, beside its products:
+    // <intdir>/<name>.built (docs/formats/driver-scripts.md).
+    QString buildRecordFile() const;
+    void recordBuild();
+    void forgetBuild();
+    bool readBuildRecord(QDateTime& built, QString& digest) const;
     void endWalk(bool succeeded);
 
     Command m_command = Command::Build;
@@ -412,7 +421,8 @@ private:
     std::unique_ptr<QFile> m_environmentFile;
     std::unique_ptr<QTextStream> m_environmentStream;
     QDateTime m_lastBuild;
-    QStringList m_lastBuildStamps;
+    QString m_lastBuildDigest;
+    bool m_buildRecorded = false;
 
     // Takes the configuration of that name out of the list without deleting
     // it; null when the node has none.

@@ -64,17 +64,33 @@ QStringList QAStNodeUnitTesting::addableChildKinds() const
     return {QStringLiteral("unittesting_script"), QStringLiteral("source")};
 }
 
+QString QAStNodeUnitTesting::selectedScript() const
+{
+    for (const QAStData* child = this->child(); child; child = child->next()) {
+        const auto* unitScript = qobject_cast<const QAStNodeUnitTestingScript*>(child);
+        if (unitScript && unitScript->isSelected())
+            return unitScript->absoluteFilePath();
+    }
+    return QString();
+}
+
+QStringList QAStNodeUnitTesting::builtObjects() const
+{
+    QStringList objects = QAStNodeTest::builtObjects();
+    const QString script = selectedScript();
+    if (!script.isEmpty() && currentConfiguration())
+        objects << objectFileFor(script);
+    return objects;
+}
+
 void QAStNodeUnitTesting::generateEnv(QTextStream& out)
 {
     QAStNodeTest::generateEnv(out);
     if (!currentConfiguration())
         return;
-    QString script;
+    const QString script = selectedScript();
     bool matlab = false;
     for (const QAStData* child = this->child(); child; child = child->next()) {
-        const auto* unitScript = qobject_cast<const QAStNodeUnitTestingScript*>(child);
-        if (unitScript && script.isEmpty() && unitScript->isSelected())
-            script = unitScript->absoluteFilePath();
         const auto* source = qobject_cast<const QAStNodeSource*>(child);
         if (source && source->fileKey().endsWith(QLatin1String(".m"), Qt::CaseInsensitive))
             matlab = true;

@@ -26,6 +26,11 @@ public:
     // The kind's driver (docs/formats/driver-scripts.md).
     // Compiles its sources and links them.
     bool linksObjects() const override;
+    // The sources' objects and the script's.
+    QStringList builtObjects() const override;
+    // The absolute path of the first selected unit-testing script child;
+    // empty when none is.
+    QString selectedScript() const;
     QString driverKind() const override;
     bool executesDriver() const override;
     QStringList allowedChildClasses() const override;

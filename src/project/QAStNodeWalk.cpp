@@ -1,6 +1,7 @@
 // The build, execution and clean walk of a node.
 #include "QAStNode.h"
 
+#include "QAFileUtil.h"
 #include "QAStConfiguration.h"
 #include "QAStNodeFileRef.h"
 #include "QAStNodeSource.h"
@@ -10,9 +11,12 @@
 #include "StudioInterface.h"
 
 #include <QCoreApplication>
+#include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QMainWindow>
 #include <QMessageBox>
 #include <QSet>
@@ -74,6 +78,16 @@ QStringList QAStNode::driverArguments() const
 bool QAStNode::executesDriver() const
 {
     return false;
+}
+
+QStringList QAStNode::builtObjects() const
+{
+    QStringList objects;
+    if (linksObjects()) {
+        for (const QAStNodeSource* source : QAStNodeSource::compiledBy(this))
+            objects << source->objectFile();
+    }
+    return objects;
 }
 
 bool QAStNode::hasSomethingToExecute() const
@@ -402,10 +416,6 @@ void QAStNode::buildScriptTerminated()
     if (!m_walking)
         return;
     if (perlScriptSucceeded()) {
-        if (m_command == Command::Build) {
-            m_lastBuild = QDateTime::currentDateTimeUtc();
-            m_lastBuildStamps = configurationStamps();
-        }
         if (m_command == Command::Clean)
             removeRunFiles();
         finishWalk();
@@ -429,6 +439,7 @@ void QAStNode::removeRunFiles()
     for (const QString& file : files)
         QFile::remove(file);
     QDir().rmdir(QFileInfo(own).absolutePath());
+    forgetBuild();
 }
 
 // --- the execution walk
@@ -492,6 +503,9 @@ void QAStNode::endWalk(bool succeeded)
     m_walkSucceeded = succeeded;
     m_walkChild = nullptr;
     m_walkChildren.clear();
+    // Whether its own step ran a driver or only its children's did.
+    if (succeeded && m_command == Command::Build)
+        recordBuild();
     if (!m_savedDirectory.isEmpty()) {
         QDir::setCurrent(m_savedDirectory);
         m_savedDirectory.clear();
@@ -523,41 +537,170 @@ void QAStNode::endWalk(bool succeeded)
 
 // --- changed since the last build
 
-// The settings of the configurations the node's settings come from, one
-// digest each. executionFlag is left out: the walk itself changes it for
-// the length of a run's start.
-QStringList QAStNode::configurationStamps() const
+// What the node's settings come from: each configuration of its chain and
+// the own configuration of every node below it (whose chains pass through
+// this node's), each value but executionFlag, which the walk itself
+// changes for the length of a run's start. One digest, stable from one
+// run of the program to the next.
+QString QAStNode::settingsDigest() const
 {
-    QStringList stamps;
-    QSet<const QAPropertyStore*> seen;
-    for (const QAPropertyStore* store = currentConfiguration(); store && !seen.contains(store);
-         store = store->inheritOf()) {
-        seen.insert(store);
+    QCryptographicHash digest(QCryptographicHash::Sha1);
+    const auto addStore = [&digest](const QAPropertyStore* store) {
         QStringList entries;
         const QHash<QString, QVariant>& own = store->localProperties();
         for (auto it = own.cbegin(); it != own.cend(); ++it) {
             if (it.key() != executionFlagKey)
-                entries << it.key() + u'=' + it.value().toStringList().join(u'\n') +
+                entries << it.key() + u'=' + it.value().toStringList().join(u'\n') + u'\x1e' +
                                it.value().toString();
         }
         entries.sort();
-        stamps << QString::number(qHash(entries.join(u'\x1f')), 16);
+        digest.addData(entries.join(u'\x1f').toUtf8());
+        digest.addData("\x1d");
+    };
+    QSet<const QAPropertyStore*> seen;
+    for (const QAPropertyStore* store = currentConfiguration(); store && !seen.contains(store);
+         store = store->inheritOf()) {
+        seen.insert(store);
+        addStore(store);
     }
-    return stamps;
+    for (const QAStData* item : childrenOfClass("QAStNode", true)) {
+        const auto* node = static_cast<const QAStNode*>(item);
+        digest.addData(QByteArray::number(node->quid()));
+        if (const QAPropertyStore* own = node->currentConfiguration())
+            addStore(own);
+    }
+    return QString::fromLatin1(digest.result().toHex());
 }
 
-// Never built well, a setting changed since, or a file below the node is
-// newer than that build.
+QString QAStNode::buildRecordFile() const
+{
+    if (!currentConfiguration())
+        return QString();
+    QString safeName = name();
+    for (QChar& c : safeName) {
+        if (c == u'/' || c == u'\\' || c == u':' || c.unicode() < 0x20)
+            c = u'_';
+    }
+    QString intdir = QAStPerlGen::settingPath(currentConfiguration(), QStringLiteral("intdir"));
+    if (intdir.isEmpty())
+        intdir = QStringLiteral(".");
+    return QAFileUtil::cleanDirPath(determineAbsolutePathFile(
+        directory(), QAStPerlGen::joinPath(intdir, safeName + QStringLiteral(".built"))));
+}
+
+void QAStNode::recordBuild()
+{
+    // Only a node that executes something is ever asked about.
+    if (!hasSomethingToExecute())
+        return;
+    m_lastBuild = QDateTime::currentDateTimeUtc();
+    m_lastBuildDigest = settingsDigest();
+    const QString file = buildRecordFile();
+    if (file.isEmpty())
+        return;
+    const QJsonObject record{{QStringLiteral("built"), m_lastBuild.toString(Qt::ISODateWithMs)},
+                             {QStringLiteral("settings"), m_lastBuildDigest}};
+    QDir().mkpath(QFileInfo(file).absolutePath());
+    m_buildRecorded = QAFileUtil::replaceFile(file, QJsonDocument(record).toJson());
+}
+
+void QAStNode::forgetBuild()
+{
+    m_lastBuild = QDateTime();
+    m_lastBuildDigest.clear();
+    m_buildRecorded = false;
+    const QString file = buildRecordFile();
+    if (file.isEmpty() || !QFile::remove(file))
+        return;
+    // The directories it leaves empty, up to the node's own.
+    const QString top = QDir::cleanPath(QDir(directory()).absolutePath());
+    for (QString dir = QFileInfo(file).absolutePath(); dir.startsWith(top + u'/');
+         dir = QFileInfo(dir).absolutePath()) {
+        if (!QDir().rmdir(dir))
+            break;
+    }
+}
+
+// The node's last good build as its record beside its products tells it;
+// as this run of the program knows it when the record could not be
+// written. A record written and gone since (a clean) tells of no build.
+bool QAStNode::readBuildRecord(QDateTime& built, QString& digest) const
+{
+    QFile file(buildRecordFile());
+    if (!file.fileName().isEmpty() && file.open(QIODevice::ReadOnly)) {
+        const QJsonObject record = QJsonDocument::fromJson(file.readAll()).object();
+        built = QDateTime::fromString(record.value(QStringLiteral("built")).toString(), Qt::ISODateWithMs);
+        digest = record.value(QStringLiteral("settings")).toString();
+        return built.isValid();
+    }
+    if (m_buildRecorded)
+        return false;
+    built = m_lastBuild;
+    digest = m_lastBuildDigest;
+    return built.isValid();
+}
+
+namespace {
+
+// The files a make-style dependency file names; none when it cannot be
+// read.
+QStringList dependencies(const QString& depfile)
+{
+    QFile file(depfile);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    QString text = QString::fromLocal8Bit(file.readAll());
+    text.replace(QLatin1String("\\\r\n"), QLatin1String(" ")).replace(QLatin1String("\\\n"), QLatin1String(" "));
+    QStringList files;
+    for (const QString& line : text.split(u'\n')) {
+        const qsizetype colon = line.indexOf(QLatin1String(": "));
+        if (colon < 0 && !line.endsWith(u':'))
+            continue;
+        QString word;
+        const QString rest = colon < 0 ? QString() : line.mid(colon + 2);
+        for (qsizetype i = 0; i <= rest.size(); ++i) {
+            const QChar c = i < rest.size() ? rest.at(i) : QChar(u' ');
+            if (c == u'\\' && i + 1 < rest.size()) {
+                word += rest.at(++i);
+            } else if (c.isSpace()) {
+                if (!word.isEmpty())
+                    files << std::exchange(word, QString());
+            } else {
+                word += c;
+            }
+        }
+    }
+    return files;
+}
+
+} // namespace
+
+// Never built well, a setting changed since, or a file the build used is
+// newer than it: a file node below, or a header one of its objects
+// included (the dependency files the drivers keep), as the drivers
+// themselves decide what to remake.
 bool QAStNode::changedSinceBuild() const
 {
-    if (!m_lastBuild.isValid() || m_lastBuildStamps != configurationStamps())
+    QDateTime built;
+    QString digest;
+    if (!readBuildRecord(built, digest) || digest != settingsDigest())
         return true;
-    QList<QAStData*> files = childrenOfClass("QAStNodeFileRef", true);
+    QStringList files;
+    QList<QAStData*> refs = childrenOfClass("QAStNodeFileRef", true);
     if (qobject_cast<const QAStNodeFileRef*>(this))
-        files.prepend(const_cast<QAStNode*>(this));
-    for (const QAStData* item : files) {
-        const QFileInfo info(static_cast<const QAStNodeFileRef*>(item)->absoluteFilePath());
-        if (info.exists() && info.lastModified().toUTC() > m_lastBuild)
+        refs.prepend(const_cast<QAStNode*>(this));
+    for (const QAStData* item : refs)
+        files << static_cast<const QAStNodeFileRef*>(item)->absoluteFilePath();
+    QList<QAStData*> nodes = childrenOfClass("QAStNode", true);
+    nodes.prepend(const_cast<QAStNode*>(this));
+    for (const QAStData* item : nodes) {
+        const auto* node = static_cast<const QAStNode*>(item);
+        for (const QString& object : node->builtObjects())
+            files << dependencies(determineAbsolutePathFile(node->directory(), object + QStringLiteral(".d")));
+    }
+    for (const QString& path : files) {
+        const QFileInfo info(determineAbsolutePathFile(directory(), path));
+        if (info.exists() && info.lastModified().toUTC() > built)
             return true;
     }
     return false;

@@ -22,6 +22,7 @@
 #include <QtTest>
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 
 namespace {
@@ -500,6 +501,49 @@ private slots:
                                      "Execute app1 cptler DEBUG application"}));
         // Nor after a debug run, which changes no setting for good.
         QCOMPARE(walk(app1, &QAStNode::execute), 1);
+        QCOMPARE(m_studio->requests().size(), 1);
+    }
+
+    // A good build of a container is recorded too, beside its products, so
+    // that executing right after it, or in a later run of the program,
+    // asks nothing; a source touched or a setting of the chain changed
+    // since asks once; a clean forgets the build.
+    void executeAfterABuildAsksNothing()
+    {
+        QAStProject::setModeBatch(false);
+        QCOMPARE(walk(m_project.get(), &QAStNode::build), 1);
+        QVERIFY(m_project->walkSucceeded());
+        QCOMPARE(walk(m_project.get(), &QAStNode::execute), 1);
+        QVERIFY(m_studio->requests().isEmpty());
+        QVERIFY(m_project->save());
+        {
+            QAStProject later(QStringLiteral("walk"), QPixmap());
+            QVERIFY(later.open(m_dir->filePath("walk.rtp")));
+            QCOMPARE(walk(&later, &QAStNode::execute), 1);
+            QVERIFY(later.walkSucceeded());
+            QVERIFY(m_studio->requests().isEmpty());
+        }
+
+        const auto asksOnce = [this](const std::function<void()>& change) {
+            change();
+            m_studio->reset();
+            m_studio->answer(QMessageBox::Yes);
+            walk(m_project.get(), &QAStNode::execute);
+            QCOMPARE(m_studio->requests().size(), 1);
+            QCOMPARE(walk(m_project.get(), &QAStNode::execute), 1);
+            QCOMPARE(m_studio->requests().size(), 1);
+        };
+        asksOnce([this] {
+            QTest::qSleep(10);
+            TestFiles::writeFile(m_dir->filePath("src/a1.c"), "int a1;\n");
+        });
+        asksOnce([this] { config("l1.c")->setProperty(QStringLiteral("cflags"), "-O3"); });
+        asksOnce([this] { config("walk")->setProperty(QStringLiteral("ldflags"), "-s"); });
+
+        QCOMPARE(walk(m_project.get(), &QAStNode::clean), 1);
+        m_studio->reset();
+        m_studio->answer(QMessageBox::Cancel);
+        QCOMPARE(walk(m_project.get(), &QAStNode::execute), 1);
         QCOMPARE(m_studio->requests().size(), 1);
     }
 

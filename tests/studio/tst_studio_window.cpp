@@ -460,6 +460,38 @@ private slots:
         QVERIFY(output.contains(QLatin1String("calc.c")));
         QVERIFY(m_window->action(QStringLiteral("build"))->isEnabled());
     }
+
+    // Executing right after a good build asks nothing; a source touched
+    // since asks once whether to rebuild.
+    void executeAfterABuildAsksNothing()
+    {
+        if (QStandardPaths::findExecutable(QStringLiteral("gcc")).isEmpty() ||
+            QStandardPaths::findExecutable(QStringLiteral("perl")).isEmpty())
+            QSKIP("gcc or perl is not installed");
+        auto* project = qobject_cast<QAStNode*>(select(QStringLiteral("calculator")));
+        QVERIFY(project);
+        QSignalSpy finished(project, &QAStNode::buildExecuteFinished);
+        QVERIFY(m_window->buildSelected());
+        QVERIFY(finished.wait(180000));
+        QVERIFY2(project->walkSucceeded(),
+                 qPrintable(m_window->console(QAStData::OutputConsole)->toPlainText()));
+        QVERIFY(m_window->executeSelected());
+        QVERIFY(finished.wait(180000));
+        QVERIFY2(project->walkSucceeded(),
+                 qPrintable(m_window->console(QAStData::OutputConsole)->toPlainText()));
+        QVERIFY(m_boxes->unexpected().isEmpty());
+
+        QTest::qSleep(10);
+        QFile source(path(QStringLiteral("src/calc.c")));
+        QVERIFY(source.open(QIODevice::Append));
+        source.write("\n");
+        source.close();
+        m_boxes->click(QMessageBox::Cancel);
+        QVERIFY(m_window->executeSelected());
+        QTRY_VERIFY(m_boxes->idle());
+        QCOMPARE(m_boxes->texts().size(), 1);
+        QVERIFY(m_boxes->texts().first().startsWith(QLatin1String("You have changed settings")));
+    }
 };
 
 QTEST_MAIN(TestStudioWindow)
