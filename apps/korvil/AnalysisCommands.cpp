@@ -57,6 +57,40 @@ QString shownPath(const QAStProject* project, const QString& path)
     return relative.startsWith(QLatin1String("..")) ? QDir::cleanPath(path) : relative;
 }
 
+// The files below directory (hidden ones and those of hidden directories
+// left out, symbolic links to directories not followed) that accept
+// keeps, grouped by file type in the order of the file-type table, each
+// group by path relative to directory in code-point order.
+QStringList filesBelow(const QString& directory, bool (*accept)(const QAStFile*))
+{
+    const QList<QAStFile::FileType> order = QAStFile::fileTypesInTableOrder();
+    struct Found {
+        qsizetype rank;
+        QString relative;
+    };
+    QList<Found> found;
+    const QDir top(directory);
+    QStringList pending{directory};
+    while (!pending.isEmpty()) {
+        const QDir dir(pending.takeLast());
+        for (const QFileInfo& info : dir.entryInfoList(QDir::Files)) {
+            const QAStFile probe(info.absoluteFilePath());
+            if (accept(&probe))
+                found.append({order.indexOf(QAStFile::fileType(info.fileName())),
+                              top.relativeFilePath(info.absoluteFilePath())});
+        }
+        for (const QFileInfo& sub : dir.entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot | QDir::NoSymLinks))
+            pending.append(sub.absoluteFilePath());
+    }
+    std::sort(found.begin(), found.end(), [](const Found& a, const Found& b) {
+        return a.rank != b.rank ? a.rank < b.rank : a.relative < b.relative;
+    });
+    QStringList paths;
+    for (const Found& f : found)
+        paths.append(top.filePath(f.relative));
+    return paths;
+}
+
 } // namespace
 
 FileSelection selectFiles(const QStringList& arguments, bool (*accept)(const QAStFile*),
@@ -87,6 +121,19 @@ FileSelection selectFiles(const QStringList& arguments, bool (*accept)(const QAS
     }
     for (const QString& path : paths) {
         const QFileInfo info(path);
+        if (info.isDir()) {
+            const QStringList below = filesBelow(info.absoluteFilePath(), accept);
+            if (below.isEmpty()) {
+                err(QStringLiteral("%1: no file in this directory is %2").arg(path, acceptedWhat));
+                ++selection.faults;
+            }
+            for (const QString& file : below) {
+                QAStFile* added = project->addFile(file);
+                if (added && !selection.files.contains(added))
+                    selection.files.append(added);
+            }
+            continue;
+        }
         if (!info.isFile()) {
             err(QStringLiteral("%1: no such file").arg(path));
             ++selection.faults;

@@ -433,12 +433,16 @@ const QList<Command>& commands()
          [](QCommandLineParser& p) { p.addOption(asOption); }, save},
         {"tags", "[PROJECT] [FILE...]", "Analyse source files into tags and print the tag tree.",
          "The files are the project's source files, or the FILEs given (with or without a\n"
-         "project). Each file is analysed by the tagging driver; the tree is printed in\n"
-         "one of the tag browser's layouts: by file (each file with its tags as they\n"
+         "project). A directory stands for its source files and those of its\n"
+         "subdirectories, hidden ones left out: its C files, then C++, Java, Ada and\n"
+         "header files (the order of the file-type table), each kind by path. The\n"
+         "files are analysed by the tagging driver, many in one run; the tree is printed\n"
+         "in one of the tag browser's layouts: by file (each file with its tags as they\n"
          "nest), by type (classes, functions and packages) or alphabetical.\n",
          tagsOptions, tags},
         {"metrics", "[PROJECT] [FILE...]", "Compute the metrics of C and C++ files and print them.",
-         "The files are the project's C, C++ and header files, or the FILEs given. The\n"
+         "The files are the project's C, C++ and header files, or the FILEs given; a\n"
+         "directory stands for its C, C++ and header files, in that order, as for tags. The\n"
          "table has a row for each file, class, function and method, then the sum, mean\n"
          "and maximum over each file's units and over all the files. Testing Time is\n"
          "Effort divided by the Stroud number.\n",

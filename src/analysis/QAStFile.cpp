@@ -5,6 +5,7 @@
 #include "QAStAPackageTag.h"
 #include "QAStAStructTag.h"
 #include "QAStDataFactory.h"
+#include "QAStDriverBatch.h"
 #include "QAStProjectPref.h"
 #include "QAStTagFileReader.h"
 
@@ -16,9 +17,11 @@
 #include <QLoggingCategory>
 #include <QPointer>
 #include <QRegularExpression>
+#include <QTemporaryDir>
 #include <QTextStream>
 
 #include <initializer_list>
+#include <memory>
 #include <vector>
 
 namespace {
@@ -161,12 +164,66 @@ QString combinedFilter(const char* label, int first, int second)
     return filterText(tr(label), rowPatterns(*firstRowOf(first)) + rowPatterns(*firstRowOf(second)));
 }
 
-// --- the tagging process, one at a time
+// --- the tagging run, one at a time
 
-QPointer<QAStFile>& processedFile()
+// One run of the tagging driver over a batch of files, in a directory of
+// its own: the list of the files ("sources") and the tag file ("tags"),
+// where the records of each file end with the line "!_KORVIL_END\t<n>\t//".
+struct TaggingRun {
+    QTemporaryDir directory{QDir::tempPath() + QStringLiteral("/korvil-tagging-XXXXXX")};
+    QPointer<QAStDriverBatch> driver;
+    // The tag file, and what was read of it and not yet taken.
+    QFile tags;
+    QByteArray unread;
+    QList<QPointer<QAStFile>> files;
+    // The file the driver is at.
+    int current = 0;
+    bool stopped = false;
+    // The last file was reported (it ends with the run).
+    bool lastReported = false;
+    bool lastSucceeded = false;
+
+    QAStFile* currentFile() const { return current < files.size() ? files.at(current) : nullptr; }
+    QString tagFilePath() const { return directory.filePath(QStringLiteral("tags")); }
+
+    // The records of the file at index, up to its end line, which the
+    // driver wrote before reporting it; false when they are not there.
+    bool takeRecords(int index, QByteArray& records)
+    {
+        if (!tags.isOpen()) {
+            tags.setFileName(tagFilePath());
+            if (!tags.open(QIODevice::ReadOnly))
+                return false;
+        }
+        unread += tags.readAll();
+        const QByteArray end = "!_KORVIL_END\t" + QByteArray::number(index + 1) + '\t';
+        qsizetype at = unread.startsWith(end) ? 0 : unread.indexOf('\n' + end);
+        if (at < 0)
+            return false;
+        if (at > 0)
+            ++at;
+        const qsizetype next = unread.indexOf('\n', at);
+        records = unread.left(at);
+        unread.remove(0, next < 0 ? unread.size() : next + 1);
+        return true;
+    }
+};
+
+std::unique_ptr<TaggingRun>& taggingRun()
 {
-    static QPointer<QAStFile> file;
-    return file;
+    static std::unique_ptr<TaggingRun> run;
+    return run;
+}
+
+// The list the driver reads: one path a line.
+bool writeSourceList(const TaggingRun& run)
+{
+    QFile list(run.directory.filePath(QStringLiteral("sources")));
+    if (!list.open(QIODevice::WriteOnly))
+        return false;
+    for (const QPointer<QAStFile>& file : run.files)
+        list.write(QFile::encodeName(file->filePath()) + '\n');
+    return list.flush();
 }
 
 // --- kinds
@@ -305,6 +362,16 @@ QString QAStFile::fileTypeFilter(const QList<int>& types)
     return filters.join(QStringLiteral(";;"));
 }
 
+QList<QAStFile::FileType> QAStFile::fileTypesInTableOrder()
+{
+    QList<FileType> types;
+    for (const TypeRow& row : typeRows) {
+        if (!types.contains(FileType(row.type)))
+            types.append(FileType(row.type));
+    }
+    return types;
+}
+
 bool QAStFile::isSourceFile() const
 {
     switch (fileType(filePath())) {
@@ -323,39 +390,118 @@ bool QAStFile::isSourceFile() const
 
 bool QAStFile::taggingInformation(bool asynchronous)
 {
-    if (!isSourceFile() || isFileInformationProcessing())
+    return isSourceFile() && taggingInformation(QList<QAStFile*>{this}, asynchronous);
+}
+
+bool QAStFile::taggingInformation(const QList<QAStFile*>& files, bool asynchronous)
+{
+    if (isFileInformationProcessing())
         return false;
-    const QString dir = taggingDirectory();
-    QDir().mkpath(dir);
-    QFile::remove(tagFilePath());
-    processedFile() = this;
-    m_taggingStopped = false;
+    auto run = std::make_unique<TaggingRun>();
+    for (QAStFile* file : files) {
+        if (file && file->isSourceFile() && !run->files.contains(file))
+            run->files.append(file);
+    }
+    if (run->files.isEmpty())
+        return false;
+    if (!run->directory.isValid() || !writeSourceList(*run)) {
+        displayMessage(OutputConsole, tr("Can't create the tagging directory %1.\n")
+                                          .arg(run->directory.path()));
+        return false;
+    }
+    auto* driver = new QAStDriverBatch(QLatin1String(taggingScript));
+    run->driver = driver;
+    connect(driver, &QAStDriverBatch::fileReported, driver,
+            [driver](int index, bool succeeded) { taggingFileReported(driver, index, succeeded); });
+    connect(driver, &QAStData::perlScriptTerminated, driver, [driver] { taggingRunEnded(driver); });
+    const QString directory = run->directory.path();
+    QAStFile* first = run->files.constFirst();
+    taggingRun() = std::move(run);
+    first->startTagging();
+    if (taggingRun()->stopped)
+        taggingRunEnded(driver);
+    else
+        driver->executePerlScript(QLatin1String(taggingScript), directory, nullptr, asynchronous,
+                                  OutputConsole, nullptr, {QStringLiteral("--batch"), directory});
+    return true;
+}
+
+void QAStFile::startTagging()
+{
     m_taggingSucceeded = false;
+    m_taggingInterrupted = false;
     emit taggingStarted();
     emit taggingNotifier()->taggingStarted(this);
-    connect(this, &QAStData::perlScriptTerminated, this, &QAStFile::taggingInformationTerminated,
-            Qt::UniqueConnection);
-    executePerlScript(QLatin1String(taggingScript), dir, nullptr, asynchronous, OutputConsole,
-                      nullptr, {tagFilePath(), filePath()});
-    return true;
+}
+
+void QAStFile::taggingFileReported(const QAStDriverBatch* driver, int index, bool succeeded)
+{
+    TaggingRun* run = taggingRun().get();
+    if (!run || run->driver != driver || run->stopped || index != run->current)
+        return;
+    QAStFile* file = run->currentFile();
+    QByteArray records;
+    const bool read = succeeded && file && run->takeRecords(index, records);
+    if (read)
+        file->readTags(records, run->tagFilePath());
+    if (index + 1 == run->files.size()) {
+        run->lastReported = true;
+        run->lastSucceeded = read;
+        return;
+    }
+    ++run->current;
+    if (file) {
+        file->m_taggingSucceeded = read;
+        file->taggingInformationTerminated();
+    }
+    // A receiver may have stopped the run meanwhile.
+    run = taggingRun().get();
+    if (run && !run->stopped) {
+        if (QAStFile* next = run->currentFile())
+            next->startTagging();
+    }
+}
+
+void QAStFile::taggingRunEnded(const QAStDriverBatch* driver)
+{
+    if (!taggingRun() || taggingRun()->driver != driver)
+        return;
+    // No tagging runs from here on: a receiver may start the next one.
+    const std::unique_ptr<TaggingRun> run = std::move(taggingRun());
+    if (run->driver) {
+        // A stopped driver may still be ending: it tells nothing more.
+        QObject::disconnect(run->driver, nullptr, run->driver, nullptr);
+        run->driver->deleteLater();
+    }
+    if (QAStFile* file = run->currentFile()) {
+        file->m_taggingSucceeded = run->lastReported && run->lastSucceeded;
+        file->m_taggingInterrupted = !run->lastReported && !run->stopped;
+        file->taggingInformationTerminated();
+    }
+    emit taggingNotifier()->taggingRunTerminated();
 }
 
 bool QAStFile::isFileInformationProcessing()
 {
-    return !processedFile().isNull();
+    return taggingRun() != nullptr;
 }
 
 void QAStFile::stopFileInformationProcess()
 {
-    if (QAStFile* file = processedFile()) {
-        file->m_taggingStopped = true;
-        file->stop();
-    }
+    TaggingRun* run = taggingRun().get();
+    if (!run || run->stopped)
+        return;
+    run->stopped = true;
+    if (run->driver)
+        run->driver->stop();
+    // Ended at once, so that the next tagging may start.
+    taggingRunEnded(run->driver);
 }
 
 QAStFile* QAStFile::fileInformationProcessed()
 {
-    return processedFile();
+    const TaggingRun* run = taggingRun().get();
+    return run ? run->currentFile() : nullptr;
 }
 
 QAStFileTaggingNotifier* QAStFile::taggingNotifier()
@@ -364,32 +510,8 @@ QAStFileTaggingNotifier* QAStFile::taggingNotifier()
     return &notifier;
 }
 
-QString QAStFile::taggingDirectory() const
-{
-    const QString base = directory();
-    if (base.isEmpty())
-        return QDir::tempPath() + QStringLiteral("/korvil-tagging-") + userName();
-    return base + QStringLiteral("/.korvil");
-}
-
-QString QAStFile::tagFilePath() const
-{
-    return taggingDirectory() + QStringLiteral("/tags");
-}
-
 void QAStFile::taggingInformationTerminated()
 {
-    if (processedFile() != this)
-        return;
-    disconnect(this, &QAStData::perlScriptTerminated, this,
-               &QAStFile::taggingInformationTerminated);
-    processedFile() = nullptr;
-    bool succeeded = false;
-    if (!m_taggingStopped) {
-        const bool read = readTagFile(tagFilePath());
-        succeeded = read && perlScriptSucceeded();
-    }
-    m_taggingSucceeded = succeeded;
     emit taggingTerminated();
     emit taggingNotifier()->taggingTerminated(this);
 }
@@ -398,6 +520,13 @@ bool QAStFile::readTagFile(const QString& path)
 {
     QAStTagFileReader reader(this);
     return reader.read(path);
+}
+
+void QAStFile::readTags(QByteArrayView text, const QString& name)
+{
+    deleteChildren();
+    QAStTagFileReader reader(this);
+    reader.readText(text, name);
 }
 
 QAStATag* QAStFile::createTag(const QMap<QString, QVariant>& record, QAStFile* file,

@@ -9,16 +9,21 @@
 #include <QVariant>
 
 struct QAStTagRecord;
+class QAStDriverBatch;
 class QAStFile;
 
 // Tells, for every file of every project, when its tagging starts and
 // ends, so that a tag browser hears the project and all its sub-projects
-// through one connection (QAStFile::taggingNotifier()).
+// through one connection (QAStFile::taggingNotifier()); and when a run of
+// the tagging driver, over one file or a batch, has ended.
 class SDK110_EXPORT QAStFileTaggingNotifier : public QObject {
     Q_OBJECT
 signals:
     void taggingStarted(QAStFile* file);
     void taggingTerminated(QAStFile* file);
+    // The driver run has ended: no tagging runs any more. The files of
+    // its batch that neither started nor ended were not tagged.
+    void taggingRunTerminated();
 };
 
 // The item for one file on disk, in a folder of the project's file tree.
@@ -28,13 +33,14 @@ signals:
 // Element "file" wrapping the "tested_tag" element; the tags found in the
 // file are the children inside its "tag_child".
 //
-// Files are classified by name (fileType, languageType). A source file is
-// analysed into tags by the tagging driver script (taggingInformation):
-// the script writes the tag file "tags" (docs/formats/tags.md), which
-// taggingInformationTerminated reads into tags below the file, replacing
-// the former ones. One tagging runs at a time, whatever the file: the
-// process belongs to the class (isFileInformationProcessing,
-// stopFileInformationProcess).
+// Files are classified by name (fileType, languageType). Source files are
+// analysed into tags by the tagging driver script (taggingInformation),
+// one file or a batch of files in one run: the driver writes one tag file
+// per file (docs/formats/tags.md) into a directory of the run, and reports
+// each file as soon as its tag file is complete; the file then reads it
+// into tags below itself, replacing the former ones. One tagging runs at a
+// time, whatever the files: the run belongs to the class
+// (isFileInformationProcessing, stopFileInformationProcess).
 class SDK110_EXPORT QAStFile : public QAStTestedTag {
     Q_OBJECT
 public:
@@ -108,6 +114,10 @@ public:
     static QString fileTypeFilter(int type);
     // The filters of several types joined by ";;".
     static QString fileTypeFilter(const QList<int>& types);
+    // The types of the table, each once, in the order of the first row
+    // that gives it: ... C files, C++, Java, Matlab, Ada, header files ...
+    // (the order in which a directory's files are taken).
+    static QList<FileType> fileTypesInTableOrder();
     // Whether the file is analysed into tags: a header, C, C++, Ada or
     // Java file.
     bool isSourceFile() const;
@@ -116,33 +126,48 @@ public:
 
     // --- tagging
 
-    // Runs the tagging driver on this file (asynchronously or not); the
-    // end reaches taggingInformationTerminated. False, and nothing run,
-    // when the file is no source file or a tagging already runs.
+    // Runs the tagging driver on this file (asynchronously or not): a
+    // batch of one. False, and nothing run, when the file is no source
+    // file or a tagging already runs.
     bool taggingInformation(bool asynchronous);
+    // Runs the tagging driver once over the source files among files, in
+    // their order (files that are no source files, and repeats, are left
+    // out). Each file emits taggingStarted when the driver comes to it and
+    // taggingTerminated once its tags are read; the last one ends with the
+    // run. A run that ends early (stopped, or the driver died) ends the
+    // file it was at as failed; the files after it neither start nor end.
+    // Then the notifier emits taggingRunTerminated. The driver works in a
+    // fresh temporary directory of the run, removed at its end. False, and
+    // nothing run, when no file is a source file, a tagging already runs
+    // or the run's directory cannot be made.
+    static bool taggingInformation(const QList<QAStFile*>& files, bool asynchronous);
     // A tagging runs (of any file).
     static bool isFileInformationProcessing();
-    // Stops the running tagging, if any: it ends as failed, without
-    // reading the tag file.
+    // Stops the running tagging, if any, at once: the driver is killed,
+    // the file it is at ends as failed, without reading its tags, and the
+    // run ends (taggingRunTerminated); the files done keep their tags.
     static void stopFileInformationProcess();
-    // The file being tagged; null when none.
+    // The file the running tagging is at; null when none.
     static QAStFile* fileInformationProcessed();
     // The object that tells of every file's tagging.
     static QAStFileTaggingNotifier* taggingNotifier();
-    // The directory the driver writes into: ".korvil" in the tree's
-    // directory, else one in the temporary directory.
-    QString taggingDirectory() const;
-    // The tag file of this file's tagging: "tags" in taggingDirectory().
-    QString tagFilePath() const;
     // The last tagging of this file ran well and its tag file was read
     // (malformed lines are reported one by one, not as a failure).
     bool lastTaggingSucceeded() const { return m_taggingSucceeded; }
+    // The last tagging of this file failed because the driver run ended
+    // (died) while at this file, before reporting it; not when stopped.
+    // With a batch, the cause may be a file after it whose output was lost
+    // with the tag program.
+    bool lastTaggingInterrupted() const { return m_taggingInterrupted; }
 
     // Reads a tag file into tags below this file, replacing the former
     // ones. False, with "Can't open tag file." on the message console,
     // when it cannot be opened; every malformed line is reported there
     // too and costs only its own tag.
     bool readTagFile(const QString& path);
+    // Reads tag-file text into tags below this file, replacing the former
+    // ones; name stands for the text in the messages.
+    void readTags(QByteArrayView text, const QString& name);
 
     // Makes the tag of one record below parent (this file's path, the
     // record's line, qualifier and signature; the complete name for
@@ -155,8 +180,8 @@ public:
     static QAStATag* createTag(const QAStTagRecord& record, QAStFile* file, QAStATag* parent);
 
 public slots:
-    // The end of the driver run: reads the tag file, then emits
-    // taggingTerminated.
+    // The end of this file's tagging, when the driver has reported it or
+    // the run has ended: emits taggingTerminated, then the notifier's.
     void taggingInformationTerminated();
 
 signals:
@@ -168,10 +193,14 @@ protected:
     bool init(const QDomElement& e, int version);
 
 private:
-    void endTagging(bool succeeded);
+    // The driver reported the file of its batch at index.
+    static void taggingFileReported(const QAStDriverBatch* driver, int index, bool succeeded);
+    // The driver's run has ended, or is stopped.
+    static void taggingRunEnded(const QAStDriverBatch* driver);
+    void startTagging();
 
     mutable QString m_languagePath;
     mutable int m_language = NoLanguage;
     bool m_taggingSucceeded = false;
-    bool m_taggingStopped = false;
+    bool m_taggingInterrupted = false;
 };

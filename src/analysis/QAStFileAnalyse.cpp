@@ -5,6 +5,8 @@
 
 #include <QCoreApplication>
 
+#include <algorithm>
+
 namespace {
 QList<QAStFile*> living(const QList<QPointer<QAStFile>>& files)
 {
@@ -31,10 +33,16 @@ QAStFileAnalyse::~QAStFileAnalyse()
 {
     if (!m_running)
         return;
-    if (m_current && QAStFile::fileInformationProcessed() == m_current)
+    connectBatch(false);
+    if (batchPosition(QAStFile::fileInformationProcessed()) >= 0)
         QAStFile::stopFileInformationProcess();
     if (StudioInterface* host = QAStData::studioIFace())
         host->finishProgress();
+}
+
+void QAStFileAnalyse::setBatchSize(int files)
+{
+    m_batchSize = std::max(files, 1);
 }
 
 bool QAStFileAnalyse::start()
@@ -44,6 +52,7 @@ bool QAStFileAnalyse::start()
     m_running = true;
     m_stopped = false;
     m_next = 0;
+    m_alone = false;
     m_analysed.clear();
     m_failed.clear();
     if (StudioInterface* host = QAStData::studioIFace())
@@ -60,12 +69,10 @@ void QAStFileAnalyse::stop()
     if (!m_running)
         return;
     m_stopped = true;
-    if (m_current) {
-        disconnect(m_current, &QAStFile::taggingTerminated, this, &QAStFileAnalyse::fileTerminated);
-        if (QAStFile::fileInformationProcessed() == m_current)
-            QAStFile::stopFileInformationProcess();
-        m_current = nullptr;
-    }
+    connectBatch(false);
+    if (batchPosition(QAStFile::fileInformationProcessed()) >= 0)
+        QAStFile::stopFileInformationProcess();
+    m_batch.clear();
     finish();
 }
 
@@ -79,38 +86,92 @@ QList<QAStFile*> QAStFileAnalyse::failedFiles() const
     return living(m_failed);
 }
 
+int QAStFileAnalyse::batchPosition(const QObject* file) const
+{
+    if (!file)
+        return -1;
+    for (int position : m_batch) {
+        if (m_files.at(position) == file)
+            return position;
+    }
+    return -1;
+}
+
+void QAStFileAnalyse::connectBatch(bool on)
+{
+    for (int position : std::as_const(m_batch)) {
+        QAStFile* file = m_files.at(position);
+        if (!file)
+            continue;
+        if (on) {
+            connect(file, &QAStFile::taggingStarted, this, &QAStFileAnalyse::fileStarted);
+            connect(file, &QAStFile::taggingTerminated, this, &QAStFileAnalyse::fileTerminated);
+        } else {
+            disconnect(file, nullptr, this, nullptr);
+        }
+    }
+    if (on)
+        connect(QAStFile::taggingNotifier(), &QAStFileTaggingNotifier::taggingRunTerminated, this,
+                &QAStFileAnalyse::batchTerminated, Qt::UniqueConnection);
+    else
+        disconnect(QAStFile::taggingNotifier(), nullptr, this, nullptr);
+}
+
+// The next batch: up to batchSize source files from the first not given
+// to a batch yet.
 void QAStFileAnalyse::analyseNext()
 {
     StudioInterface* host = QAStData::studioIFace();
-    while (m_running && m_next < m_files.size()) {
-        QAStFile* file = m_files.at(m_next++);
-        if (!file || !file->isSourceFile()) {
-            if (host)
-                host->setProgressValue(m_next);
-            continue;
+    while (m_running && m_batch.isEmpty() && m_next < m_files.size()) {
+        QList<QAStFile*> files;
+        const int size = std::exchange(m_alone, false) ? 1 : m_batchSize;
+        while (m_next < m_files.size() && files.size() < size) {
+            QAStFile* file = m_files.at(m_next);
+            if (file && file->isSourceFile()) {
+                m_batch.append(m_next);
+                files.append(file);
+            } else if (host) {
+                host->setProgressValue(m_next + 1);
+            }
+            ++m_next;
         }
-        if (host)
-            host->setProgressLabel(tr("Analysing File:%1").arg(file->filePath()));
-        m_current = file;
-        connect(file, &QAStFile::taggingTerminated, this, &QAStFileAnalyse::fileTerminated);
-        if (file->taggingInformation(true))
+        if (files.isEmpty())
+            break;
+        m_batchEnded = QList<bool>(m_batch.size(), false);
+        connectBatch(true);
+        if (QAStFile::taggingInformation(files, true))
             return;
-        disconnect(file, &QAStFile::taggingTerminated, this, &QAStFileAnalyse::fileTerminated);
-        m_current = nullptr;
-        fileFailed(file);
-        if (host)
-            host->setProgressValue(m_next);
+        connectBatch(false);
+        const QList<int> refused = std::exchange(m_batch, QList<int>());
+        for (int position : refused) {
+            fileFailed(m_files.at(position));
+            if (host)
+                host->setProgressValue(position + 1);
+        }
     }
-    finish();
+    if (m_batch.isEmpty())
+        finish();
+}
+
+void QAStFileAnalyse::fileStarted()
+{
+    const int position = batchPosition(sender());
+    StudioInterface* host = QAStData::studioIFace();
+    if (position >= 0 && host)
+        host->setProgressLabel(tr("Analysing File:%1").arg(m_files.at(position)->filePath()));
 }
 
 void QAStFileAnalyse::fileTerminated()
 {
-    QAStFile* file = m_current;
-    if (!file || sender() != file)
+    const int position = batchPosition(sender());
+    if (position < 0)
         return;
-    disconnect(file, &QAStFile::taggingTerminated, this, &QAStFileAnalyse::fileTerminated);
-    m_current = nullptr;
+    QAStFile* file = m_files.at(position);
+    if (file->lastTaggingInterrupted() && m_batch.size() > 1) {
+        m_alone = true; // once more, alone (batchTerminated)
+        return;
+    }
+    m_batchEnded[m_batch.indexOf(position)] = true;
     if (file->lastTaggingSucceeded()) {
         m_analysed.append(file);
         emit fileAnalysed(file, true);
@@ -118,12 +179,25 @@ void QAStFileAnalyse::fileTerminated()
         fileFailed(file);
     }
     if (StudioInterface* host = QAStData::studioIFace())
-        host->setProgressValue(m_next);
+        host->setProgressValue(position + 1);
     pollCancel();
-    // The next file from the event loop: a tagging that ends at once (its
-    // interpreter missing) must not nest one file's end in the other.
-    if (m_running)
-        QMetaObject::invokeMethod(this, &QAStFileAnalyse::analyseNext, Qt::QueuedConnection);
+}
+
+// The driver run has ended: the files of the batch after the last one that
+// ended go to the next batch (a file deleted meanwhile ends with no
+// signal, and is passed over there).
+void QAStFileAnalyse::batchTerminated()
+{
+    if (!m_running || m_batch.isEmpty())
+        return;
+    connectBatch(false);
+    const int comeTo = int(m_batchEnded.lastIndexOf(true)) + 1;
+    if (comeTo < m_batch.size())
+        m_next = m_batch.at(comeTo);
+    m_batch.clear();
+    // The next batch from the event loop: a run that ends at once (its
+    // interpreter missing) must not nest one batch's end in the other.
+    QMetaObject::invokeMethod(this, &QAStFileAnalyse::analyseNext, Qt::QueuedConnection);
 }
 
 void QAStFileAnalyse::pollCancel()
@@ -135,6 +209,8 @@ void QAStFileAnalyse::pollCancel()
 
 void QAStFileAnalyse::fileFailed(QAStFile* file)
 {
+    if (!file)
+        return;
     m_failed.append(file);
     QAStData::displayMessage(QAStData::MessageConsole,
                              tr("%1: file analysing failed.").arg(file->filePath()));

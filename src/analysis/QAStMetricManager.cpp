@@ -1,6 +1,7 @@
 #include "QAStMetricManager.h"
 
 #include "QAStData.h"
+#include "QAStDriverBatch.h"
 #include "QAStPerlGen.h"
 #include "QAStProject.h"
 #include "StudioInterface.h"
@@ -12,6 +13,8 @@
 #include <QPixmap>
 #include <QTemporaryFile>
 #include <QTextStream>
+
+#include <algorithm>
 
 namespace {
 QString translate(const char* text)
@@ -37,12 +40,17 @@ QAStMetricManager::QAStMetricManager(const QString& metricDirectory, QObject* pa
         setObjectName(QString::fromLatin1(name));
     m_next.setSingleShot(true);
     m_next.setInterval(0);
-    connect(&m_next, &QTimer::timeout, this, &QAStMetricManager::nextFile);
+    connect(&m_next, &QTimer::timeout, this, &QAStMetricManager::nextBatch);
     m_poll.setInterval(100);
     connect(&m_poll, &QTimer::timeout, this, &QAStMetricManager::pollCancel);
 }
 
 QAStMetricManager::~QAStMetricManager() = default;
+
+void QAStMetricManager::setBatchSize(int files)
+{
+    m_batchSize = std::max(files, 1);
+}
 
 QString QAStMetricManager::logFileName() const
 {
@@ -73,6 +81,20 @@ QString QAStMetricManager::assignments(const QString& metricDirectory, const QSt
         QStringLiteral("$LOGFILENAME2='") + QAStPerlGen::safeStr(logFile) + "';\n";
 }
 
+QString QAStMetricManager::assignments(const QString& metricDirectory, const QStringList& sourceFiles,
+                                       const QString& logFile)
+{
+    QString text = assignments(metricDirectory, sourceFiles.value(0), logFile);
+    if (sourceFiles.size() > 1) {
+        QStringList values;
+        for (const QString& file : sourceFiles)
+            values.append(u'\'' + QAStPerlGen::safeStr(scriptFileName(file)) + u'\'');
+        text += QStringLiteral("@FILENAMES=(") + values.join(QStringLiteral(", ")) +
+            QStringLiteral(");\n");
+    }
+    return text;
+}
+
 bool QAStMetricManager::start()
 {
     if (m_inProgress)
@@ -83,8 +105,12 @@ bool QAStMetricManager::start()
     m_metricFiles.clear();
     m_failedFiles.clear();
     QDir().mkpath(m_metricDirectory);
-    if (!m_runner)
-        m_runner = std::make_unique<QAStData>(QStringLiteral("Metrics"), QPixmap());
+    if (!m_runner) {
+        m_runner = std::make_unique<QAStDriverBatch>(QString::fromLatin1(metricsScript));
+        connect(m_runner.get(), &QAStDriverBatch::fileReported, this, &QAStMetricManager::fileReported);
+        connect(m_runner.get(), &QAStData::perlScriptTerminated, this,
+                &QAStMetricManager::metricScriptTerminated);
+    }
     emit computeMetricStarted();
     if (StudioInterface* host = progressHost())
         host->startProgress(translate("Computing Metric in progress"),
@@ -127,12 +153,11 @@ void QAStMetricManager::pollCancel()
 
 // The progress value is the number of files done; the host is asked for an
 // abort once it has seen it.
-void QAStMetricManager::nextFile()
+void QAStMetricManager::nextBatch()
 {
     if (!m_inProgress || m_stopping)
         return;
-    StudioInterface* host = progressHost();
-    if (host)
+    if (StudioInterface* host = progressHost())
         host->setProgressValue(m_index);
     if (hostCanceled()) {
         canceled();
@@ -143,56 +168,88 @@ void QAStMetricManager::nextFile()
         finish();
         return;
     }
-    const QString file = m_files.at(m_index);
-    if (host)
-        host->setProgressLabel(translate("Compute Metric for File:%1").arg(file));
-    emit computeFileStarted(file);
-    if (!m_inProgress || m_stopping) // stopped by a receiver
+    m_batchStart = m_index;
+    m_batchEnd = int(std::min(m_files.size(), qsizetype(m_index) + m_batchSize));
+    if (!startFile())
         return;
-    if (!runFile(file)) {
-        m_failedFiles.append(file);
-        emit computeFileTerminated(file, false);
-        ++m_index;
+    if (!runBatch(m_files.mid(m_batchStart, m_batchEnd - m_batchStart))) {
+        endFile(false);
+        while (m_inProgress && !m_stopping && m_index < m_batchEnd && startFile())
+            endFile(false);
         m_next.start();
     }
 }
 
-bool QAStMetricManager::runFile(const QString& file)
+bool QAStMetricManager::startFile()
 {
-    m_assignmentFile = std::make_unique<QTemporaryFile>(
-        QDir(m_metricDirectory).filePath(QStringLiteral("Metrics-XXXXXX.pl")));
-    if (!m_assignmentFile->open()) {
-        QAStData::displayMessage(QAStData::OutputConsole,
-                                 translate("%1: cannot write the assignment file: %2\n")
-                                     .arg(file, m_assignmentFile->errorString()));
-        return false;
-    }
-    m_assignmentStream = std::make_unique<QTextStream>(m_assignmentFile.get());
-    *m_assignmentStream << assignments(m_metricDirectory, file, logFileName());
-    connect(m_runner.get(), &QAStData::perlScriptTerminated, this,
-            &QAStMetricManager::metricScriptTerminated, Qt::UniqueConnection);
-    m_poll.start();
-    m_runner->executePerlScript(QString::fromLatin1(metricsScript), m_metricDirectory,
-                                m_assignmentStream.get(), true, QAStData::OutputConsole);
-    return true;
+    const QString file = m_files.at(m_index);
+    if (StudioInterface* host = progressHost())
+        host->setProgressLabel(translate("Compute Metric for File:%1").arg(file));
+    emit computeFileStarted(file);
+    return m_inProgress && !m_stopping; // a receiver may stop the run
 }
 
-void QAStMetricManager::metricScriptTerminated()
+void QAStMetricManager::endFile(bool succeeded)
 {
-    m_poll.stop();
-    m_assignmentStream.reset();
-    m_assignmentFile.reset();
-    const QString file = m_files.value(m_index);
-    const bool succeeded = m_runner->perlScriptSucceeded();
+    const QString file = m_files.at(m_index);
     if (succeeded)
         m_metricFiles.append(metricFileName(m_metricDirectory, file));
     else
         m_failedFiles.append(file);
     ++m_index;
     emit computeFileTerminated(file, succeeded);
+}
+
+bool QAStMetricManager::runBatch(const QStringList& files)
+{
+    m_assignmentFile = std::make_unique<QTemporaryFile>(
+        QDir(m_metricDirectory).filePath(QStringLiteral("Metrics-XXXXXX.pl")));
+    if (!m_assignmentFile->open()) {
+        QAStData::displayMessage(QAStData::OutputConsole,
+                                 translate("%1: cannot write the assignment file: %2\n")
+                                     .arg(files.constFirst(), m_assignmentFile->errorString()));
+        return false;
+    }
+    m_assignmentStream = std::make_unique<QTextStream>(m_assignmentFile.get());
+    *m_assignmentStream << assignments(m_metricDirectory, files, logFileName());
+    m_poll.start();
+    m_runner->executePerlScript(QString::fromLatin1(metricsScript), m_metricDirectory,
+                                m_assignmentStream.get(), true, QAStData::OutputConsole);
+    return true;
+}
+
+// The driver reports its files in order; the next one starts at once.
+void QAStMetricManager::fileReported(int index, bool succeeded)
+{
+    if (!m_inProgress || m_stopping || m_batchStart + index != m_index || m_index >= m_batchEnd)
+        return;
+    endFile(succeeded);
+    if (!m_inProgress || m_stopping)
+        return;
+    if (StudioInterface* host = progressHost())
+        host->setProgressValue(m_index);
+    if (hostCanceled()) {
+        canceled();
+        return;
+    }
+    if (m_index < m_batchEnd)
+        startFile();
+}
+
+// The end of a script: the file it was at, if any, failed; the files of
+// its batch after that one go to the next run.
+void QAStMetricManager::metricScriptTerminated()
+{
+    m_poll.stop();
+    m_assignmentStream.reset();
+    m_assignmentFile.reset();
+    if (!m_inProgress)
+        return;
+    if (m_index < m_batchEnd)
+        endFile(false);
     if (m_stopping)
         finish();
-    else
+    else if (m_inProgress)
         m_next.start();
 }
 

@@ -9,34 +9,41 @@
 
 #include <memory>
 
-class QAStData;
+class QAStDriverBatch;
 class QTemporaryFile;
 class QTextStream;
 
-// Computes the metrics of a list of source files: the metrics driver
-// "Metrics.pl" of the installation runs once per file, one file after the
-// other, each run starting when the previous one has ended. Each run writes
-// the metrics file of its source into the metrics directory
-// (metricFileName) and appends to the log file.
+// Computes the metrics of a list of source files through the metrics
+// driver "Metrics.pl" of the installation. The driver measures a batch of
+// files in one run (up to batchSize()), one file after the other, and
+// reports each file as its metrics file is written; the batches run one
+// after the other. Each file's metrics file goes into the metrics
+// directory (metricFileName); the log file is appended to.
 //
-// Each run gets an assignment file of three lines, passed to the script as
-// its first argument:
+// Each run gets an assignment file, passed to the script as its first
+// argument:
 //   $METDIR='<metrics directory>';
-//   $FILENAME='<absolute path of the source>';
+//   $FILENAME='<absolute path of the batch's first source>';
 //   $LOGFILENAME2='<log file>';
-// (values escaped with QAStPerlGen::safeStr), written in the metrics
-// directory, which is also the working directory, and removed after the
-// run. The script's output goes to the output console.
+//   @FILENAMES=('<first source>', '<second source>', ...);
+// (values escaped with QAStPerlGen::safeStr; @FILENAMES only for more than
+// one file), written in the metrics directory, which is also the working
+// directory, and removed after the run. The script's output goes to the
+// output console.
 //
 // Progress goes to the host: "Computing Metric in progress" with the
-// number of files, "Compute Metric for File:%1" for each file, and an
-// "Abort" button when cancelling is enabled. Abort (the host's
-// progressWasCanceled, looked at before each file and every 100 ms during
-// a run, or canceled()) kills the running script and ends the run. In
-// batch mode or without a host nothing is shown and nothing cancels.
+// number of files, "Compute Metric for File:%1" for each file as the
+// driver comes to it, and an "Abort" button when cancelling is enabled.
+// Abort (the host's progressWasCanceled, looked at after each file and
+// every 100 ms during a run, or canceled()) kills the running script and
+// ends the run; the files done keep their metrics. In batch mode or
+// without a host nothing is shown and nothing cancels.
 //
-// A script that fails (does not start, ends with a non-zero status) is
-// reported by computeFileTerminated and the run goes on with the next file.
+// A file that fails (cannot be read, its metrics file cannot be written)
+// is reported by computeFileTerminated and the run goes on with the next
+// file. A script that fails as a whole (does not start, dies) fails the
+// file it was at; the files of its batch after that one go to the next
+// run.
 class SDK110_EXPORT QAStMetricManager : public QObject {
     Q_OBJECT
 public:
@@ -57,6 +64,11 @@ public:
     // true).
     void setCancelEnabled(bool enabled) { m_cancelEnabled = enabled; }
     bool isCancelEnabled() const { return m_cancelEnabled; }
+    // The most files one script run measures (at least 1; default
+    // DefaultBatchSize): the interpreter's start spread over many files.
+    static constexpr int DefaultBatchSize = 64;
+    void setBatchSize(int files);
+    int batchSize() const { return m_batchSize; }
     // Whether the manager deletes itself (later) once a run has ended
     // (default false).
     void setAutoDeleteEnabled(bool enabled) { m_autoDelete = enabled; }
@@ -88,8 +100,12 @@ public:
     // first 8 hexadecimal digits of the MD5 of $FILENAME in UTF-8>.met" in
     // the metrics directory.
     static QString metricFileName(const QString& metricDirectory, const QString& sourceFile);
-    // The three assignment lines of a run.
+    // The three assignment lines of a run over one file.
     static QString assignments(const QString& metricDirectory, const QString& sourceFile,
+                               const QString& logFile);
+    // The assignments of a run over a batch: those of its first file, then
+    // @FILENAMES with every file when there are several.
+    static QString assignments(const QString& metricDirectory, const QStringList& sourceFiles,
                                const QString& logFile);
 
 public slots:
@@ -107,12 +123,18 @@ signals:
 
 private slots:
     void metricScriptTerminated();
-    void nextFile();
+    void fileReported(int index, bool succeeded);
+    void nextBatch();
     void pollCancel();
 
 private:
     bool hostCanceled() const;
-    bool runFile(const QString& file);
+    // Starts the file at m_index: its label and computeFileStarted. False
+    // when a receiver stopped the run.
+    bool startFile();
+    // Ends the file at m_index and moves to the next.
+    void endFile(bool succeeded);
+    bool runBatch(const QStringList& files);
     void finish();
 
     QString m_metricDirectory;
@@ -120,18 +142,22 @@ private:
     QStringList m_files;
     bool m_cancelEnabled = true;
     bool m_autoDelete = false;
+    int m_batchSize = DefaultBatchSize;
 
     bool m_inProgress = false;
     bool m_stopping = false;
     bool m_canceled = false;
     bool m_state = false;
+    // The file the running script is at, and the first file of its batch.
     int m_index = 0;
+    int m_batchStart = 0;
+    int m_batchEnd = 0;
     QStringList m_metricFiles;
     QStringList m_failedFiles;
 
     // The item the scripts run on (QAStData::executePerlScript), and the
     // assignment file of the running script.
-    std::unique_ptr<QAStData> m_runner;
+    std::unique_ptr<QAStDriverBatch> m_runner;
     std::unique_ptr<QTemporaryFile> m_assignmentFile;
     std::unique_ptr<QTextStream> m_assignmentStream;
     QTimer m_next;

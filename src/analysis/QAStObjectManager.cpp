@@ -34,6 +34,25 @@ QString qualifiedText(const QAStATag* tag)
     return tag->qualifiedName() + tag->signature();
 }
 
+// A tag's text below owner (a file or a tag) in the by-file layouts: its
+// display name; a member shown apart from its class is named with as much
+// of its class as owner does not say ("Shape::move(double dx)" below the
+// namespace "geo", "geo::Shape::move(double dx)" below its file).
+QString nestedText(const QAStATag* tag, const QAStATag* owner)
+{
+    const auto* method = qobject_cast<const QAStAMethodTag*>(tag);
+    if (!method)
+        return tag->displayName();
+    QString prefix = method->classPrefix();
+    const QString under = qobject_cast<const QAStFile*>(owner) ? QString() : owner->qualifiedName();
+    if (prefix.isEmpty() || prefix == under)
+        return tag->displayName();
+    const QString separator = method->scopeSeparator();
+    if (!under.isEmpty() && prefix.startsWith(under + separator))
+        prefix.remove(0, under.size() + separator.size());
+    return prefix + separator + tag->displayName();
+}
+
 const QString& kindOf(const QAStATag* tag)
 {
     static const QString method = QStringLiteral("method");
@@ -272,11 +291,13 @@ LayoutEntry tagEntry(const QString& text, QAStATag* tag)
     return entry;
 }
 
-// The entries of the tags below tag, into entries: the accepted tags below
-// a tag the item filter refuses move up to here; a tag the tag filters
-// refuse stays as the context of the tags below it that pass, else goes.
-// The number added.
-int addTagEntries(QList<LayoutEntry>& entries, const QAStATag* tag, bool sorted, TagTest& test)
+// The entries of the tags below tag, into entries, the children of the
+// entry of owner (tag itself, or the tag or file it moved up to): the
+// accepted tags below a tag the item filter refuses move up to here; a tag
+// the tag filters refuse stays as the context of the tags below it that
+// pass, else goes. The number added.
+int addTagEntries(QList<LayoutEntry>& entries, const QAStATag* tag, const QAStATag* owner,
+                  bool sorted, TagTest& test)
 {
     QList<QAStATag*> children = tag->children();
     if (sorted)
@@ -284,14 +305,14 @@ int addTagEntries(QList<LayoutEntry>& entries, const QAStATag* tag, bool sorted,
     int added = 0;
     for (QAStATag* c : children) {
         if (!test.accepted(c)) {
-            added += addTagEntries(entries, c, sorted, test);
+            added += addTagEntries(entries, c, owner, sorted, test);
             continue;
         }
         const bool passed = test.passes(c);
         if (!passed && !c->child())
             continue;
-        entries.append(tagEntry(c->displayName(), c));
-        const int below = addTagEntries(entries.last().children, c, sorted, test);
+        entries.append(tagEntry(nestedText(c, owner), c));
+        const int below = addTagEntries(entries.last().children, c, c, sorted, test);
         if (!passed) {
             if (below == 0) {
                 entries.removeLast();
@@ -343,7 +364,7 @@ QList<QAStObjectManager::LayoutEntry> QAStObjectManager::layout(const QList<QASt
     for (QAStFile* file : shown) {
         LayoutEntry entry = tagEntry(file->name(), file);
         // A file with no tag shown is left out.
-        if (addTagEntries(entry.children, file, sorted, test) > 0)
+        if (addTagEntries(entry.children, file, file, sorted, test) > 0)
             entries.append(entry);
     }
     return entries;

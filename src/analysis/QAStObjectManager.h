@@ -21,7 +21,11 @@ class QATagFiltersMgr;
 // loaded.
 //
 //   0 by file       each file holding tags, in the order of the file
-//                   trees, with its tags below it as they nest
+//                   trees, with its tags below it as they nest; a member
+//                   standing apart from its class (a body in a source
+//                   file) is named with its class, as far as the item it
+//                   stands below does not say it ("Shape::move(...)"
+//                   below "geo")
 //   1 by type       "Test Items" holding "Classes" (class tags),
 //                   "Functions" (function and method tags) and "Packages"
 //                   (package tags), each a flat list by qualified name,

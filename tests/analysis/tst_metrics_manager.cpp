@@ -24,6 +24,7 @@ private slots:
     void init();
 
     void assignmentsAreEscaped();
+    void filesRunOneAfterAnother_data();
     void filesRunOneAfterAnother();
     void abortStopsTheRun_data();
     void abortStopsTheRun();
@@ -94,6 +95,9 @@ void TestMetricsManager::assignmentsAreEscaped()
     QCOMPARE(QAStMetricManager::assignments("/m/it's", "/s/a.c", "/l/log"),
              QStringLiteral("$METDIR='/m/it\\'s';\n$FILENAME='/s/a.c';\n$LOGFILENAME2='/l/log';\n"));
     QCOMPARE(QAStMetricManager::scriptFileName("/s/x/../a.c"), QStringLiteral("/s/a.c"));
+    QCOMPARE(QAStMetricManager::assignments("/m", QStringList{"/s/a.c", "/s/it's.c"}, "/l/log"),
+             QStringLiteral("$METDIR='/m';\n$FILENAME='/s/a.c';\n$LOGFILENAME2='/l/log';\n"
+                            "@FILENAMES=('/s/a.c', '/s/it\\'s.c');\n"));
     // Two sources of one name get two files.
     QVERIFY(QAStMetricManager::metricFileName("/m", "/a/util.c") !=
             QAStMetricManager::metricFileName("/m", "/b/util.c"));
@@ -102,11 +106,38 @@ void TestMetricsManager::assignmentsAreEscaped()
                 .startsWith(QStringLiteral("util.c.")));
 }
 
+namespace {
+// Counts the script runs that end: each writes "Terminated process pid".
+int endedRuns = 0;
+QtMessageHandler formerHandler = nullptr;
+void countRuns(QtMsgType type, const QMessageLogContext& context, const QString& text)
+{
+    if (text.startsWith(QLatin1String("Terminated process pid")))
+        ++endedRuns;
+    else
+        formerHandler(type, context, text);
+}
+}
+
+void TestMetricsManager::filesRunOneAfterAnother_data()
+{
+    QTest::addColumn<int>("batchSize");
+    QTest::addColumn<int>("runs");
+    QTest::newRow("one run for the batch") << QAStMetricManager::DefaultBatchSize << 1;
+    QTest::newRow("a run for each file") << 1 << 2;
+}
+
 void TestMetricsManager::filesRunOneAfterAnother()
 {
+    QFETCH(int, batchSize);
     QAStMetricManager manager(m_metdir);
+    manager.setBatchSize(batchSize);
     manager.setFileList({source("it's.c"), source("stack.cpp")});
+    endedRuns = 0;
+    formerHandler = qInstallMessageHandler(countRuns);
     const QStringList events = run(&manager);
+    qInstallMessageHandler(formerHandler);
+    QTEST(endedRuns, "runs");
     QCOMPARE(events, QStringList({"started", "second start refused", "start it's.c",
                                   "end it's.c 1", "start stack.cpp", "end stack.cpp 1",
                                   "terminated canceled=0 state=1"}));
@@ -121,7 +152,7 @@ void TestMetricsManager::filesRunOneAfterAnother()
     QCOMPARE(m_studio->progressValue(), 2);
     QVERIFY(!m_studio->progressRunning());
 
-    // Each script began after the previous one had ended.
+    // Each file began after the previous one had ended.
     const QStringList log = QString::fromUtf8(TestFiles::readFile(manager.logFileName()))
                                 .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     QCOMPARE(log.size(), 4);
@@ -162,6 +193,11 @@ void TestMetricsManager::abortStopsTheRun()
     manager->setCancelEnabled(cancelEnabled);
     manager->setAutoDeleteEnabled(true);
     manager->setFileList({source("calc.c"), source("stack.h"), source("stack.cpp")});
+    // The files done keep their metrics; the run may have gone further
+    // than the abort before it was killed, but tells of nothing more.
+    QStringList metricFiles;
+    connect(manager, &QAStMetricManager::computeMetricTerminated, this,
+            [&] { metricFiles = manager->metricFiles(); });
     const QStringList events = run(manager);
     QCOMPARE(events.filter(QRegularExpression("^start ")).size(), computed.size());
     QCOMPARE(events.last(), QStringLiteral("terminated canceled=%1 state=%2")
@@ -169,11 +205,12 @@ void TestMetricsManager::abortStopsTheRun()
                                 .arg(!cancelEnabled));
     QCOMPARE(m_studio->progressCancelText(), cancelEnabled ? QStringLiteral("Abort") : QString());
     QVERIFY(!m_studio->progressRunning());
-    QStringList written;
-    for (const QString& name : {"calc.c", "stack.h", "stack.cpp"})
-        if (QFileInfo::exists(QAStMetricManager::metricFileName(m_metdir, source(name))))
-            written << name;
-    QCOMPARE(written, computed);
+    QStringList measured;
+    for (const QString& file : metricFiles) {
+        QVERIFY(QFileInfo::exists(file));
+        measured << QFileInfo(file).fileName().section(u'.', 0, -3);
+    }
+    QCOMPARE(measured, computed);
 
     QTRY_VERIFY(manager.isNull()); // deleted once the run ended
 }

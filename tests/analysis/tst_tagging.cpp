@@ -4,14 +4,18 @@
 #include "QAStAStructTag.h"
 #include "QAStFile.h"
 #include "QAStFileAnalyse.h"
+#include "QAStObjectManager.h"
+#include "QAStProject.h"
 #include "QAStProjectPref.h"
 #include "QAStRootFolder.h"
 #include "QAStTagFileReader.h"
 #include "RecordingStudio.h"
 #include "TagFixtures.h"
 #include "TestFiles.h"
+#include "TestPaths.h"
 
 #include <QLoggingCategory>
+#include <QProcess>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -29,6 +33,9 @@ private slots:
     void driverTagsEachLanguage_data();
     void driverTagsEachLanguage();
     void driverWritesTheDocumentedLayout();
+    void tagsACUserExpects_data();
+    void tagsACUserExpects();
+    void membersApartFromTheirClassNameIt();
     void readerToleratesRealTagFiles();
     void utf8SourcesKeepTheirNames_data();
     void utf8SourcesKeepTheirNames();
@@ -46,9 +53,14 @@ private slots:
     void stoppedTaggingReadsNothing();
     void analyseRunsTheFilesInTurn();
     void analyseAbortsThroughTheHost();
+    void batchesRunOneDriverEach_data();
+    void batchesRunOneDriverEach();
+    void aFileTheTagProgramDiesOnFailsAlone();
 
 private:
     QAStFile* fileWithText(const QByteArray& text);
+    // The tag file the driver writes for sources, in its one-file form.
+    QList<QByteArray> driverLines(const QStringList& sources);
 
     std::unique_ptr<RecordingStudio> m_studio;
     std::unique_ptr<QTemporaryDir> m_dir;
@@ -82,6 +94,30 @@ QAStFile* TestTagging::fileWithText(const QByteArray& text)
     TestFiles::writeFile(tags, text);
     file->readTagFile(tags);
     return file;
+}
+
+QList<QByteArray> TestTagging::driverLines(const QStringList& sources)
+{
+    const QString tags = m_dir->filePath(QStringLiteral("driver.tags"));
+    QProcess driver;
+    driver.start(QStringLiteral("perl"),
+                 QStringList{TestPaths::installTree() + QStringLiteral("/scripts/Tagging.pl"), tags} + sources);
+    if (!driver.waitForFinished(60000) || driver.exitCode() != 0)
+        return {};
+    return TestFiles::readFile(tags).split('\n');
+}
+
+// Counts the driver runs that end: each writes "Terminated process pid".
+namespace {
+int endedRuns = 0;
+QtMessageHandler formerHandler = nullptr;
+void countRuns(QtMsgType type, const QMessageLogContext& context, const QString& text)
+{
+    if (text.startsWith(QLatin1String("Terminated process pid")))
+        ++endedRuns;
+    else
+        formerHandler(type, context, text);
+}
 }
 
 void TestTagging::driverTagsEachLanguage_data()
@@ -172,11 +208,11 @@ void TestTagging::driverWritesTheDocumentedLayout()
 {
     QAStFile* file = TagFixtures::tagged(*m_tree, m_dir->filePath(QStringLiteral("cpp/shapes.h")));
     QVERIFY(file);
-    const QList<QByteArray> lines = TestFiles::readFile(file->tagFilePath()).split('\n');
-    QVERIFY(lines.first().startsWith("!_TAG_"));
+    const QList<QByteArray> lines = driverLines({file->filePath()});
+    QVERIFY(!lines.isEmpty() && lines.first().startsWith("!_TAG_"));
     const QByteArray path = file->filePath().toUtf8();
-    QVERIFY(lines.contains("area\t" + path + "\t16;\"\tprototype\timplementation:pure virtual\tclass:geo::Shape"
-        "\taccess:public\tsignature:() const"));
+    QVERIFY(lines.contains("area\t" + path + "\t16;\"\tprototype\tclass:geo::Shape\taccess:public"
+        "\tsignature:() const\timplementation:pure virtual"));
     QVERIFY(lines.contains("Circle\t" + path + "\t34;\"\tclass\tnamespace:geo\tinherits:Shape"));
 
     const auto* circle = qobject_cast<QAStAClassTag*>(file->descendants().at(12));
@@ -189,6 +225,98 @@ void TestTagging::driverWritesTheDocumentedLayout()
     const auto* visit = qobject_cast<QAStAMethodTag*>(file->descendants().at(11));
     QCOMPARE(visit->completeName(), QStringLiteral("geo::Shape::Visitor::visit"));
     QCOMPARE(visit->classPrefix(), QStringLiteral("geo::Shape::Visitor"));
+}
+
+void TestTagging::tagsACUserExpects_data()
+{
+    QTest::addColumn<QString>("source");
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<QStringList>("tree");
+
+    QTest::newRow("typedef of an anonymous struct")
+        << "c/point.c"
+        << QByteArray("typedef struct {\n    int x;\n} point;\n"
+                      "typedef struct { int y; } *point_ptr, point_alias;\n"
+                      "typedef struct named_s { int z; } named_t;\n")
+        << QStringList{"struct point", "struct point_alias", "struct named_s"};
+    QTest::newRow("typedef of an anonymous struct with members")
+        << "cpp/holder.cpp"
+        << QByteArray("namespace n {\ntypedef struct {\n    void f() {}\n    int g(int);\n} S;\n}\n")
+        << QStringList{"package n", "  struct S", "    method f() q1", "    method g(int) q1"};
+    QTest::newRow("lambdas")
+        << "cpp/lambda.cpp"
+        << QByteArray("int run(int* v, int n)\n{\n    auto square = [](int x) { return x * x; };\n"
+                      "    auto less = [](int a, int b) { return a < b; };\n"
+                      "    return less(square(n), v[0]);\n}\n")
+        << QStringList{"function run(int * v,int n)"};
+    // The members of an anonymous union belong to its owner, whatever
+    // anonymous struct stands beside the union.
+    QTest::newRow("structures in a nested anonymous union")
+        << "c/packet.c"
+        << QByteArray("struct packet {\n    struct { int kind; } head;\n    union {\n"
+                      "        struct body_a { int x; } a;\n        struct body_b { int y; } b;\n"
+                      "    } body;\n};\n")
+        << QStringList{"struct packet", "  struct (anonymous) q1", "  struct body_a q1", "  struct body_b q1"};
+    QTest::newRow("a top-level anonymous union after an anonymous struct")
+        << "c/globals.c"
+        << QByteArray("struct { int a; } first;\nunion { struct inner { int q; } i; } second;\n")
+        << QStringList{"struct (anonymous)", "struct inner q1"};
+    // ctags puts m in the union Outer::U, which stands in Outer: m goes
+    // there, under its complete name.
+    QTest::newRow("a method of a named union in a struct")
+        << "cpp/outer.cpp"
+        << QByteArray("struct Outer {\n    union U { void m(); } u;\n    void own();\n};\n")
+        << QStringList{"struct Outer", "  method m() q1", "  method own() q1"};
+}
+
+// Sources a C or C++ user writes every day, through the real driver.
+void TestTagging::tagsACUserExpects()
+{
+    QFETCH(QString, source);
+    QFETCH(QByteArray, text);
+    const QString path = m_dir->filePath(source);
+    TestFiles::writeFile(path, text);
+    QAStFile* file = TagFixtures::tagged(*m_tree, path);
+    QVERIFY(file);
+    QTEST(dump(file), "tree");
+    if (source == QLatin1String("cpp/outer.cpp")) {
+        const auto* m = qobject_cast<QAStAMethodTag*>(file->descendants().at(1));
+        QCOMPARE(m->completeName(), QStringLiteral("Outer::U::m"));
+    }
+}
+
+// The bodies of a source file stand below the namespace, apart from their
+// classes in the header: the browser's by-file layouts name their class.
+void TestTagging::membersApartFromTheirClassNameIt()
+{
+    QAStFile* header = TagFixtures::tagged(*m_tree, m_dir->filePath(QStringLiteral("cpp/shapes.h")));
+    QAStFile* body = TagFixtures::tagged(*m_tree, m_dir->filePath(QStringLiteral("cpp/shapes.cpp")));
+    QVERIFY(header && body);
+    const auto texts = [](const QAStObjectManager::LayoutEntry& entry) {
+        QStringList found;
+        for (const QAStObjectManager::LayoutEntry& child : entry.children)
+            found.append(child.text);
+        return found;
+    };
+    const QList<QAStObjectManager::LayoutEntry> byFile =
+        QAStObjectManager::layout({header, body}, QAStObjectManager::SortByFile);
+    QCOMPARE(byFile.size(), 2);
+    // In the header, below their class: their own names.
+    const QAStObjectManager::LayoutEntry& shape = byFile.at(0).children.at(0).children.at(1);
+    QCOMPARE(shape.text, QStringLiteral("Shape"));
+    QVERIFY(texts(shape).contains(QStringLiteral("move(double dx,double dy)")));
+    QCOMPARE(texts(byFile.at(1).children.at(0)),
+             (QStringList{"Shape::Shape()", "Shape::~Shape()", "Shape::move(double dx,double dy)",
+                          "Shape::scale(int factor)", "Shape::scale(double factor)", "Shape::touch()",
+                          "Shape::Visitor::visit(Shape & shape)", "Circle::Circle(double radius)",
+                          "Circle::area() const", "detail"}));
+    // Moved up to the file when the namespace is left out: the whole class.
+    const QList<QAStObjectManager::LayoutEntry> withoutPackages = QAStObjectManager::layout(
+        {body}, QAStObjectManager::SortAlpha,
+        [](const QAStATag* tag) { return !qobject_cast<const QAStAPackageTag*>(tag); });
+    QCOMPARE(texts(withoutPackages.at(0)).mid(0, 3),
+             (QStringList{"geo::Circle::area() const", "geo::Circle::Circle(double radius)",
+                          "counter(int start)"}));
 }
 
 void TestTagging::readerToleratesRealTagFiles()
@@ -452,10 +580,13 @@ void TestTagging::stoppedTaggingReadsNothing()
     QSignalSpy ended(file, &QAStFile::taggingTerminated);
     QVERIFY(file->taggingInformation(true));
     QAStFile::stopFileInformationProcess();
-    QVERIFY(ended.wait(20000));
+    // Ended at once: another tagging may start.
+    QCOMPARE(ended.size(), 1);
+    QVERIFY(!QAStFile::isFileInformationProcessing());
     QVERIFY(!file->lastTaggingSucceeded());
     QCOMPARE(file->childCount(), 0);
-    QVERIFY(!m_studio->messages(QAStData::MessageConsole).contains("Can't open tag file."));
+    QVERIFY(file->taggingInformation(false));
+    QVERIFY(file->lastTaggingSucceeded());
 }
 
 void TestTagging::analyseRunsTheFilesInTurn()
@@ -478,9 +609,9 @@ void TestTagging::analyseRunsTheFilesInTurn()
                           "Analysing File:" + files[3]->filePath()}));
     QVERIFY(!m_studio->progressRunning());
     QCOMPARE(m_studio->progressValue(), 4);
-    const QStringList console = m_studio->messages(QAStData::MessageConsole);
-    QVERIFY(console.contains(QStringLiteral("Can't open tag file.")));
-    QCOMPARE(console.last(), missing + QStringLiteral(": file analysing failed."));
+    QVERIFY(m_studio->consoleText(QAStData::OutputConsole).contains(missing + QStringLiteral(":1: no such file")));
+    QCOMPARE(m_studio->messages(QAStData::MessageConsole),
+             QStringList{missing + QStringLiteral(": file analysing failed.")});
     QCOMPARE(run->failedFiles(), QList<QAStFile*>{files[2]});
     QCOMPARE(run->analysedFiles(), (QList<QAStFile*>{files[0], files[3]}));
     QCOMPARE(dump(files[3]).first(), QStringLiteral("package bank.core"));
@@ -510,6 +641,80 @@ void TestTagging::analyseAbortsThroughTheHost()
     QVERIFY(!uncancellable.wasStopped());
     QCOMPARE(uncancellable.analysedFiles(), files);
     QCOMPARE(m_studio->progressCancelText(), QString());
+}
+
+void TestTagging::batchesRunOneDriverEach_data()
+{
+    QTest::addColumn<int>("batchSize");
+    QTest::addColumn<int>("runs");
+    QTest::newRow("all in one run") << QAStFileAnalyse::DefaultBatchSize << 1;
+    QTest::newRow("two files a run") << 2 << 3;
+}
+
+// One interpreter and one tag program for a batch; each file is read into
+// tags, labelled and counted on its own.
+void TestTagging::batchesRunOneDriverEach()
+{
+    QFETCH(int, batchSize);
+    const QStringList names{"c/ledger.h", "c/ledger.c", "run.sh", "cpp/shapes.h", "cpp/shapes.cpp",
+                            "java/Account.java"};
+    QStringList paths;
+    for (const QString& name : names)
+        paths.append(m_dir->filePath(name));
+    const QList<QAStFile*> files = m_tree->addFiles(paths);
+    QAStFileAnalyse run(files, true, false);
+    run.setBatchSize(batchSize);
+    QSignalSpy finished(&run, &QAStFileAnalyse::finished);
+    endedRuns = 0;
+    formerHandler = qInstallMessageHandler(countRuns);
+    QVERIFY(run.start());
+    const bool ended = finished.wait(60000);
+    qInstallMessageHandler(formerHandler);
+    QVERIFY(ended);
+    QTEST(endedRuns, "runs");
+    QList<QAStFile*> sources = files;
+    sources.removeAt(2);
+    QCOMPARE(run.analysedFiles(), sources);
+    QStringList labels{"Analysing file in progress"};
+    for (const QAStFile* file : sources)
+        labels.append("Analysing File:" + file->filePath());
+    QCOMPARE(m_studio->progressLabels(), labels);
+    QCOMPARE(m_studio->progressValue(), 6);
+    QCOMPARE(dump(files[0]).size(), 4);
+    QCOMPARE(dump(files[3]).first(), QStringLiteral("package geo"));
+    QCOMPARE(dump(files[5]).first(), QStringLiteral("package bank.core"));
+    QVERIFY(m_studio->messages(QAStData::MessageConsole).isEmpty());
+}
+
+// A tag program that crashes on one file, after the output of the file
+// before it: that file fails alone, the others are tagged.
+void TestTagging::aFileTheTagProgramDiesOnFailsAlone()
+{
+    const QString tagProgram = m_dir->filePath(QStringLiteral("dying-ctags"));
+    TestFiles::writeFile(tagProgram, "#!/usr/bin/perl\n"
+                                     "my @options = grep { /^-/ } @ARGV;\n"
+                                     "for my $file (grep { !/^-/ } @ARGV) {\n"
+                                     "    kill('SEGV', $$) if $file =~ /poison\\.c\\z/;\n"
+                                     "    system('ctags', @options, $file) == 0 or exit(1);\n"
+                                     "}\n");
+    QVERIFY(QFile::setPermissions(tagProgram, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    TestFiles::writeFile(m_dir->filePath(QStringLiteral("c/poison.c")), "int poison(void) { return 0; }\n");
+    const QList<QAStFile*> files = m_tree->addFiles(
+        {m_dir->filePath(QStringLiteral("c/ledger.h")), m_dir->filePath(QStringLiteral("c/poison.c")),
+         m_dir->filePath(QStringLiteral("c/ledger.c"))});
+    qputenv("KORVIL_CTAGS", tagProgram.toLocal8Bit());
+    QAStFileAnalyse run(files, false, false);
+    QSignalSpy finished(&run, &QAStFileAnalyse::finished);
+    QVERIFY(run.start());
+    const bool ended = finished.wait(60000);
+    qunsetenv("KORVIL_CTAGS");
+    QVERIFY(ended);
+    QCOMPARE(run.failedFiles(), QList<QAStFile*>{files[1]});
+    QCOMPARE(m_studio->messages(QAStData::MessageConsole),
+             QStringList{files[1]->filePath() + QStringLiteral(": file analysing failed.")});
+    QCOMPARE(run.analysedFiles(), (QList<QAStFile*>{files[0], files[2]}));
+    QCOMPARE(dump(files[0]).size(), 4);
+    QCOMPARE(dump(files[2]).size(), 5);
 }
 
 QTEST_MAIN(TestTagging)

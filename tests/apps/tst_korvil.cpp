@@ -335,6 +335,74 @@ private slots:
         QVERIFY2(run.out.contains("main.cpp\n  (anonymous)  (line 10)\n    evaluate("), qPrintable(run.out));
     }
 
+    void directoryStandsForItsSources_data()
+    {
+        QTest::addColumn<QString>("command");
+        QTest::addColumn<QStringList>("files"); // as printed, in this order
+        // The order of the file-type table: C, then C++, then headers.
+        const QStringList c{"src/calc.c", "sub/printer/src/printer.c", "tests/unit/test_calc.c"};
+        const QStringList cpp{"src/main.cpp"};
+        const QStringList headers{"include/calc.h", "sub/printer/include/printer.h"};
+        QTest::newRow("tags") << "tags" << c + cpp + headers;
+        QTest::newRow("metrics") << "metrics" << c + cpp + headers;
+    }
+
+    // A directory given stands for its source files below it, hidden ones
+    // left out.
+    void directoryStandsForItsSources()
+    {
+        if (QStandardPaths::findExecutable(QStringLiteral("ctags")).isEmpty())
+            QSKIP("Universal Ctags is not installed");
+        QFETCH(QString, command);
+        QFETCH(QStringList, files);
+        const QString tree = path("tree-" + command);
+        TestFiles::copyTree(TestPaths::sourceDir() + QStringLiteral("/examples/calculator"), tree);
+        TestFiles::writeFile(tree + "/.hidden/ghost.c", "int ghost(void) { return 0; }\n");
+        TestFiles::writeFile(tree + "/src/.ghost.c", "int ghost(void) { return 0; }\n");
+        const Run run = korvil({command, "."}, tree);
+        QVERIFY2(run.status == 0, qPrintable(run.out + run.err));
+        QStringList printed; // the lines that name a file of the tree
+        for (const QString& line : run.out.split(u'\n')) {
+            const QString first = line.section(u' ', 0, 0);
+            if (!first.isEmpty() && QFileInfo(tree + u'/' + first).isFile())
+                printed.append(first);
+        }
+        QCOMPARE(printed, files);
+        QVERIFY(!run.out.contains("ghost"));
+
+        TestFiles::writeFile(tree + "/empty/notes.txt", "nothing to analyse\n");
+        const Run empty = korvil({command, "empty", "src/calc.c"}, tree);
+        QCOMPARE(empty.status, 1);
+        QVERIFY2(empty.err.contains("empty: no file in this directory is a C, C++"), qPrintable(empty.err));
+        QVERIFY(empty.out.contains("calc.c"));
+    }
+
+    // Two tools tagging at once, each its own files one after the other:
+    // neither sees the other's tags.
+    void runsAtOnceKeepTheirOwnTags()
+    {
+        if (QStandardPaths::findExecutable(QStringLiteral("ctags")).isEmpty())
+            QSKIP("Universal Ctags is not installed");
+        QStringList alpha, beta;
+        for (int i = 0; i < 20; ++i) {
+            alpha << path(QStringLiteral("at-once/alpha_%1.c").arg(i));
+            beta << path(QStringLiteral("at-once/beta_%1.c").arg(i));
+            TestFiles::writeFile(alpha.last(), QStringLiteral("int alpha_%1(void) { return %1; }\n").arg(i).toUtf8());
+            TestFiles::writeFile(beta.last(), QStringLiteral("int beta_%1(void) { return %1; }\n").arg(i).toUtf8());
+        }
+        QProcess first, second;
+        first.start(QStringLiteral(KORVIL_BINARY), QStringList{"tags"} + alpha);
+        second.start(QStringLiteral(KORVIL_BINARY), QStringList{"tags"} + beta);
+        QVERIFY(first.waitForFinished(300000) && second.waitForFinished(300000));
+        const QString firstOut = QString::fromLocal8Bit(first.readAllStandardOutput());
+        const QString secondOut = QString::fromLocal8Bit(second.readAllStandardOutput());
+        QCOMPARE(first.exitCode(), 0);
+        QCOMPARE(second.exitCode(), 0);
+        QCOMPARE(firstOut.count("alpha_"), 40); // the file and its function
+        QCOMPARE(secondOut.count("beta_"), 40);
+        QVERIFY(!firstOut.contains("beta_") && !secondOut.contains("alpha_"));
+    }
+
     // A row per file and unit with its metrics, the aggregates of each file
     // and of the project, testing times from the Stroud number.
     void metrics()
