@@ -146,11 +146,8 @@ const QCommandLineOption asOption(QStringLiteral("as"),
                                   QStringLiteral("Write the project to FILE."),
                                   QStringLiteral("FILE"));
 
-// --- the project
+} // namespace
 
-// The node named by name: a path of names from the project ("Build/calc"),
-// or a name found anywhere (the first, depth first). The project itself
-// when name is empty.
 QAStNode* findNode(QAStProject& project, const QString& name)
 {
     if (name.isEmpty())
@@ -170,6 +167,10 @@ QAStNode* findNode(QAStProject& project, const QString& name)
         return node;
     return qobject_cast<QAStNode*>(project.findNode(name));
 }
+
+namespace {
+
+// --- the project
 
 // Makes name the current configuration of every node; false when the
 // project has no configuration of that name.
@@ -454,6 +455,44 @@ const QList<Command>& commands()
          "(Ctrl-C or a termination signal); a last pass then splits what remains. At the\n"
          "end each result file is listed with its line count.\n",
          splitOptions, split},
+        {"new", "PROJECT", "Create a new project file on a target package.",
+         "PROJECT gets its object information file (.inf) beside it and an empty file\n"
+         "tree; an existing file is never replaced. The project has the configurations\n"
+         "Debug (current) and Release, filled from the target package: the one named by\n"
+         "--package, else the installation's package for the --language (C by default).\n"
+         "Both build into build/, their results going to build/results; Release compiles\n"
+         "with -O2.\n",
+         newOptions, newProject},
+        {"add", "PROJECT KIND NAME [FILE...]", "Add a node of a kind to a project.",
+         "KIND is the tag of a node kind: group, application, library, unit_testing,\n"
+         "object_testing, system_testing, java_testing, user, link, source, test_script,\n"
+         "...; the parent (--under) must take it, and the message names the kinds it\n"
+         "takes. Each C, C++, Ada or Java FILE becomes a source node of the new node; a\n"
+         "directory stands for its files. Every FILE also enters the file tree. A source\n"
+         "or test script refers to its one FILE, or to NAME when none is given.\n",
+         addOptions, add},
+        {"add-files", "PROJECT FILE...", "Add files and directories to the project's file tree.",
+         "Each file goes into the folder of its directory (relative to the project's\n"
+         "directory), folders made as needed. A directory stands for the files below it\n"
+         "whose type is known, hidden ones and the project's build directories left out.\n",
+         [](QCommandLineParser&) {}, addFiles},
+        {"import", "SOURCE", "Make a new project of a compilation database or a directory.",
+         "SOURCE is a compile_commands.json (as CMake, Meson or Bear write it): one node\n"
+         "per target, its sources, include directories, macros and the libraries it\n"
+         "links. Or a directory: its sources and headers, one application when a source\n"
+         "defines main, else one library. The project goes to --output, else into the\n"
+         "source tree, named after its directory; an existing file is never replaced.\n",
+         importOptions, import},
+        {"set", "PROJECT NODE KEY VALUE...", "Set a setting of a node's configuration.",
+         "KEY is a key of the settings descriptor (cflags, ge_incdir, generationFormat,\n"
+         "...); an unknown key is told with the closest ones. A list takes one item per\n"
+         "VALUE, a text the VALUEs joined by blanks, any other kind one VALUE. Put -- before\n"
+         "VALUEs that start with -.\n",
+         settingOptions, set},
+        {"get", "PROJECT NODE KEY", "Print a setting of a node's configuration.",
+         "The value the node uses: its own, else the inherited one, else the default. A\n"
+         "list prints one item a line.\n",
+         settingOptions, get},
     };
     return list;
 }
@@ -481,6 +520,18 @@ QString argumentHelp(const QString& command, const QString& word)
         return QStringLiteral("A node: a path of names from the project (Build/calc), or a name.");
     if (word == QLatin1String("FILE") && command == QLatin1String("split"))
         return QStringLiteral("The runtime output to split.");
+    if (word == QLatin1String("FILE") && command.startsWith(QLatin1String("add")))
+        return QStringLiteral("A file or a directory.");
+    if (word == QLatin1String("KIND"))
+        return QStringLiteral("The kind of the node: application, library, group, source, ...");
+    if (word == QLatin1String("NAME"))
+        return QStringLiteral("The name of the node.");
+    if (word == QLatin1String("KEY"))
+        return QStringLiteral("The key of a setting (cflags, ge_incdir, ...).");
+    if (word == QLatin1String("VALUE"))
+        return QStringLiteral("The setting's value; one per item for a list.");
+    if (word == QLatin1String("SOURCE"))
+        return QStringLiteral("A compile_commands.json file or a directory of sources.");
     if (word == QLatin1String("FILE"))
         return QStringLiteral("A source file; the project's sources when none is given.");
     return QString();

@@ -6,6 +6,7 @@
 
 class CommandLineStudio;
 class QAStFile;
+class QAStNode;
 class QAStProject;
 class QCommandLineParser;
 
@@ -33,6 +34,11 @@ void err(const QString& text);
 // for when it has none). The project's questions are answered by the
 // tool's host and printed with the answer.
 std::unique_ptr<QAStProject> load(const QString& path);
+
+// The node named by name: a path of names from the project ("Build/calc"),
+// or a name found anywhere (the first, depth first). The project itself
+// when name is empty; null when none is so named.
+QAStNode* findNode(QAStProject& project, const QString& name);
 
 // Whether path names a project file (by its first lines, else by the
 // extension ".rtp" or ".rtt").
@@ -68,5 +74,15 @@ void metricsOptions(QCommandLineParser& parser);
 int metrics(QCommandLineParser& parser, CommandLineStudio& studio);
 void splitOptions(QCommandLineParser& parser);
 int split(QCommandLineParser& parser, CommandLineStudio& studio);
+void newOptions(QCommandLineParser& parser);
+int newProject(QCommandLineParser& parser, CommandLineStudio& studio);
+void addOptions(QCommandLineParser& parser);
+int add(QCommandLineParser& parser, CommandLineStudio& studio);
+int addFiles(QCommandLineParser& parser, CommandLineStudio& studio);
+void importOptions(QCommandLineParser& parser);
+int import(QCommandLineParser& parser, CommandLineStudio& studio);
+void settingOptions(QCommandLineParser& parser);
+int set(QCommandLineParser& parser, CommandLineStudio& studio);
+int get(QCommandLineParser& parser, CommandLineStudio& studio);
 
 }

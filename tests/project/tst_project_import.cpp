@@ -1,0 +1,755 @@
+// Making projects without writing their XML: the compilation database
+// reader, the new-project, add and settings rules, and the imports.
+#include "QAStCompilationDatabase.h"
+#include "QAStConfiguration.h"
+#include "QAStFile.h"
+#include "QAStFolder.h"
+#include "QAStNodeFileRef.h"
+#include "QAStNodeLink.h"
+#include "QAStProject.h"
+#include "QAStProjectImport.h"
+#include "QAStProjectSetup.h"
+#include "QAStRootFolder.h"
+#include "QAStTargetPackage.h"
+#include "RecordingStudio.h"
+#include "TestFiles.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <memory>
+
+namespace {
+
+// "alpha:static[1] app:app[2]<alpha>{-lm}": each target with its kind,
+// source count, the targets it links and its other libraries.
+QString summary(const QAStCompilationDatabase& database)
+{
+    QStringList parts;
+    for (const QAStCompilationDatabase::Target& target : database.targets()) {
+        const char* kind = target.kind == QAStCompilationDatabase::StaticLibrary   ? "static"
+                           : target.kind == QAStCompilationDatabase::SharedLibrary ? "shared"
+                                                                                   : "app";
+        QString part = QStringLiteral("%1:%2[%3]")
+                           .arg(target.name, QLatin1String(kind))
+                           .arg(target.sources.size());
+        if (!target.links.isEmpty())
+            part += u'<' + target.links.join(u',') + u'>';
+        if (!target.libraries.isEmpty())
+            part += u'{' + target.libraries.join(u',') + u'}';
+        parts.append(part);
+    }
+    return parts.join(u' ');
+}
+
+// The names of a folder's children, folders marked with "/", nested in
+// brackets: "src/[a.c b.c] main.c".
+QString treeText(const QAStFolder* folder)
+{
+    QStringList parts;
+    for (const QAStData* child = folder->child(); child; child = child->next()) {
+        if (const auto* sub = qobject_cast<const QAStFolder*>(child))
+            parts.append(sub->name() + QStringLiteral("/[") + treeText(sub) + u']');
+        else
+            parts.append(child->name());
+    }
+    return parts.join(u' ');
+}
+
+bool hasTools(std::initializer_list<const char*> tools)
+{
+    for (const char* tool : tools) {
+        if (QStandardPaths::findExecutable(QLatin1String(tool)).isEmpty())
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
+class TestProjectImport : public QObject {
+    Q_OBJECT
+
+    QString path(const QString& relative) const { return m_dir->filePath(relative); }
+
+    // Writes the files of a fixture: pairs of a path and a content, "@DIR@"
+    // standing for the test's directory in both.
+    void writeFixture(const QStringList& pairs)
+    {
+        for (qsizetype i = 0; i + 1 < pairs.size(); i += 2) {
+            QString content = pairs.at(i + 1);
+            TestFiles::writeFile(path(QString(pairs.at(i)).replace(QLatin1String("@DIR@/"), QString())),
+                                 content.replace(QLatin1String("@DIR@"), m_dir->path()).toUtf8());
+        }
+    }
+
+    // A new C project in the test's directory.
+    std::unique_ptr<QAStProject> newProject(const QString& file)
+    {
+        auto project = std::make_unique<QAStProject>(QString(), QPixmap());
+        QString error;
+        const QAStTargetPackage* package =
+            QAStProjectSetup::packageForLanguage(QAStFile::LanguageC, &error);
+        if (!package || !QAStProjectSetup::createProject(*project, path(file), *package, &error))
+            qWarning("%s", qPrintable(error));
+        return project;
+    }
+
+    std::unique_ptr<QTemporaryDir> m_dir;
+    std::unique_ptr<RecordingStudio> m_studio;
+
+private slots:
+    void initTestCase()
+    {
+        m_studio = std::make_unique<RecordingStudio>();
+        QAStProject::setModeBatch(true);
+        QVERIFY(QAStConfiguration::initialize(m_studio.get(), nullptr));
+    }
+
+    void init()
+    {
+        m_dir = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_dir->isValid());
+        m_studio->reset();
+    }
+
+    void cleanupTestCase() { QAStProject::setModeBatch(false); }
+
+    // --- command lines
+
+    void splitCommand_data()
+    {
+        QTest::addColumn<QString>("command");
+        QTest::addColumn<QStringList>("words");
+        QTest::newRow("blanks") << " cc  -c\ta.c " << QStringList{"cc", "-c", "a.c"};
+        QTest::newRow("CMake's quoted macro")
+            << "cc -DMSG=\\\"a\\ b\\\" -c a.c" << QStringList{"cc", "-DMSG=\"a b\"", "-c", "a.c"};
+        QTest::newRow("double quotes keep backslashes but before specials")
+            << "cc \"-DP=\\\"C:\\dir\\\"\" x" << QStringList{"cc", "-DP=\"C:\\dir\"", "x"};
+        QTest::newRow("single quotes keep all")
+            << "cc '-DA=\"x y\"' '\\n'" << QStringList{"cc", "-DA=\"x y\"", "\\n"};
+        QTest::newRow("quotes join a word") << "cc -I'my dir'/inc" << QStringList{"cc", "-Imy dir/inc"};
+        QTest::newRow("empty word") << "cc '' x" << QStringList{"cc", "", "x"};
+    }
+
+    // A command reads as a POSIX shell reads it; the words written back
+    // for the drivers read back the same.
+    void splitCommand()
+    {
+        QFETCH(QString, command);
+        QFETCH(QStringList, words);
+        QStringList split;
+        QVERIFY(QAStCompilationDatabase::splitCommand(command, &split));
+        QCOMPARE(split, words);
+        QStringList again;
+        QVERIFY(
+            QAStCompilationDatabase::splitCommand(QAStCompilationDatabase::joinCommand(words), &again));
+        QCOMPARE(again, words);
+    }
+
+    // --- the database
+
+    void databaseFaults_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("not JSON") << QByteArray("[{\"file\": ")
+                                  << "Unable to read the compilation database: ";
+        QTest::newRow("no list") << QByteArray("{\"file\": \"a.c\"}") << "holds no list of entries";
+        QTest::newRow("no directory")
+            << QByteArray("[{\"file\": \"a.c\", \"command\": \"cc a.c\"}]")
+            << "Entry 1 of the compilation database: it has no \"directory\".";
+        QTest::newRow("no command, second entry")
+            << QByteArray(
+                   "[{\"directory\": \"/\", \"file\": \"a.c\", \"command\": \"cc a.c\"}, {\"directory\": \"/\", \"file\": \"b.c\"}]")
+            << "Entry 2 of the compilation database: it has neither \"arguments\" nor \"command\".";
+        QTest::newRow("unbalanced quote")
+            << QByteArray("[{\"directory\": \"/\", \"file\": \"a.c\", \"command\": \"cc 'a.c\"}]")
+            << "its \"command\" cannot be read: a single quote is not closed";
+    }
+
+    // Each fault names the database and what was wrong; nothing is read.
+    void databaseFaults()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(QString, reason);
+        TestFiles::writeFile(path("compile_commands.json"), content);
+        QAStCompilationDatabase database;
+        QString error;
+        QVERIFY(!database.read(path("compile_commands.json"), &error));
+        QVERIFY2(error.startsWith(path("compile_commands.json") + QStringLiteral("\n\n")),
+                 qPrintable(error));
+        QVERIFY2(error.contains(reason), qPrintable(error));
+        QVERIFY(database.targets().isEmpty());
+    }
+
+    void databaseTargets_data()
+    {
+        QTest::addColumn<QStringList>("files");
+        QTest::addColumn<QString>("targets");
+        QTest::addColumn<QString>("sourceDirectory");
+
+        // CMake's Makefiles: link.txt beside the objects, targets in a
+        // sub-directory too; the program is listed first.
+        QTest::newRow("CMake, Makefiles")
+            << QStringList{"b/compile_commands.json",
+                           "[{\"directory\": \"@DIR@/b\", \"command\": \"/usr/bin/cc -I@DIR@/inc -o CMakeFiles/app.dir/main.c.o -c @DIR@/main.c\", \"file\": \"@DIR@/main.c\"},\n"
+                           "                {\"directory\": \"@DIR@/b\", \"command\": \"/usr/bin/cc -o CMakeFiles/alpha.dir/a.c.o -c @DIR@/a.c\", \"file\": \"@DIR@/a.c\"},\n"
+                           "                {\"directory\": \"@DIR@/b/sub\", \"command\": \"/usr/bin/cc -fPIC -o CMakeFiles/beta.dir/b.c.o -c @DIR@/b.c\", \"file\": \"@DIR@/b.c\"}]",
+                           "b/CMakeFiles/app.dir/link.txt",
+                           "/usr/bin/cc CMakeFiles/app.dir/main.c.o -o app  libalpha.a sub/libbeta.so -lm -pthread /usr/lib/libz.a -L/opt/lib\n",
+                           "b/CMakeFiles/alpha.dir/link.txt",
+                           "/usr/bin/ar qc libalpha.a CMakeFiles/alpha.dir/a.c.o\n/usr/bin/ranlib libalpha.a\n",
+                           "b/sub/CMakeFiles/beta.dir/link.txt",
+                           "/usr/bin/cc -fPIC -shared -Wl,-soname,libbeta.so -o libbeta.so CMakeFiles/beta.dir/b.c.o\n",
+                           "b/CMakeCache.txt",
+                           "CMAKE_HOME_DIRECTORY:INTERNAL=@DIR@/src\n"}
+            << "alpha:static[1] beta:shared[1] app:app[1]<alpha,beta>{-lm,-pthread,/usr/lib/libz.a}"
+            << "src";
+
+        // CMake's Ninja: the link statements of build.ninja, one continued
+        // on a second line.
+        QTest::newRow("CMake, Ninja")
+            << QStringList{"b/compile_commands.json",
+                           "[{\"directory\": \"@DIR@/b\", \"command\": \"cc -c @DIR@/a.c\", \"file\": \"@DIR@/a.c\", \"output\": \"CMakeFiles/alpha.dir/a.c.o\"},\n"
+                           "                {\"directory\": \"@DIR@/b\", \"command\": \"cc -c @DIR@/main.c\", \"file\": \"@DIR@/main.c\", \"output\": \"CMakeFiles/app.dir/main.c.o\"}]",
+                           "b/build.ninja",
+                           "build CMakeFiles/alpha.dir/a.c.o: C_COMPILER__alpha_Debug @DIR@/a.c || cmake_object_order_depends_target_alpha\n"
+                           "  FLAGS = -g\n"
+                           "build libalpha.a: C_STATIC_LIBRARY_LINKER__alpha_Debug CMakeFiles/alpha.dir/a.c.o\n"
+                           "build app: C_EXECUTABLE_LINKER__app_Debug CMakeFiles/app.dir/main.c.o $\n"
+                           "    | libalpha.a || libalpha.a\n"
+                           "  LINK_LIBRARIES = libalpha.a  -lm\n"}
+            << "alpha:static[1] app:app[1]<alpha>{-lm}"
+            << "";
+
+        // Meson, as 1.0 writes it: a compiler launcher, targets named after
+        // their outputs, links in LINK_ARGS.
+        QTest::newRow("Meson")
+            << QStringList{"bm/compile_commands.json",
+                           "[{\"directory\": \"@DIR@/bm\", \"command\": \"ccache cc -Ilibalpha.a.p -I. -I.. -O0 -g -fPIC -MD -MQ libalpha.a.p/a.c.o -MF libalpha.a.p/a.c.o.d -o libalpha.a.p/a.c.o -c ../a.c\", \"file\": \"../a.c\", \"output\": \"libalpha.a.p/a.c.o\"},\n"
+                           "                {\"directory\": \"@DIR@/bm\", \"command\": \"ccache cc -Ilibgamma.so.p -fPIC -o libgamma.so.p/g.c.o -c ../g.c\", \"file\": \"../g.c\", \"output\": \"libgamma.so.p/g.c.o\"},\n"
+                           "                {\"directory\": \"@DIR@/bm\", \"command\": \"ccache cc -Iapp.p -o app.p/main.c.o -c ../main.c\", \"file\": \"../main.c\", \"output\": \"app.p/main.c.o\"}]",
+                           "bm/build.ninja",
+                           "build libalpha.a: STATIC_LINKER libalpha.a.p/a.c.o\n LINK_ARGS = csrDT\n\n"
+                           "build libgamma.so: c_LINKER libgamma.so.p/g.c.o\n"
+                           " LINK_ARGS = -Wl,--as-needed -Wl,--no-undefined -shared -fPIC -Wl,--start-group -Wl,-soname,libgamma.so -Wl,--end-group\n\n"
+                           "build app: c_LINKER app.p/main.c.o | libalpha.a libgamma.so\n"
+                           " LINK_ARGS = -Wl,--as-needed -Wl,--no-undefined -Wl,--start-group libalpha.a libgamma.so -Wl,--end-group\n",
+                           "bm/meson-info/meson-info.json",
+                           "{\"directories\": {\"source\": \"@DIR@\", \"build\": \"@DIR@/bm\"}}"}
+            << "alpha:static[1] gamma:shared[1] app:app[1]<alpha,gamma>"
+            << ".";
+
+        // Without build.ninja a Meson target's kind comes from its output.
+        QTest::newRow("Meson, output names only")
+            << QStringList{"bm/compile_commands.json",
+                           "[{\"directory\": \"@DIR@/bm\", \"command\": \"cc -o app.p/main.c.o -c ../main.c\", \"file\": \"../main.c\"},\n"
+                           "                {\"directory\": \"@DIR@/bm\", \"command\": \"cc -o libgamma.so.1.2.p/g.c.o -c ../g.c\", \"file\": \"../g.c\"},\n"
+                           "                {\"directory\": \"@DIR@/bm\", \"command\": \"cc -o libalpha.a.p/a.c.o -c ../a.c\", \"file\": \"../a.c\"}]"}
+            << "gamma:shared[1] alpha:static[1] app:app[1]"
+            << ".";
+
+        // Bear: arguments, no build system's layout: one application named
+        // after the directory holding every source; a source compiled
+        // twice counts once.
+        QTest::newRow("Bear")
+            << QStringList{"proj/compile_commands.json",
+                           "[{\"directory\": \"@DIR@/proj\", \"arguments\": [\"gcc\", \"-c\", \"a.c\", \"-o\", \"a.o\"], \"file\": \"a.c\"},\n"
+                           "                {\"directory\": \"@DIR@/proj/sub\", \"arguments\": [\"gcc\", \"-c\", \"b.c\"], \"file\": \"b.c\"},\n"
+                           "                {\"directory\": \"@DIR@/proj\", \"arguments\": [\"gcc\", \"-c\", \"a.c\", \"-o\", \"a.o\"], \"file\": \"a.c\"}]"}
+            << "proj:app[2]"
+            << "proj";
+
+        // A CMake target that nothing tells about is an application.
+        QTest::newRow("CMake, nothing beside")
+            << QStringList{"b/compile_commands.json",
+                           "[{\"directory\": \"@DIR@/b\", \"command\": \"cc -c @DIR@/t.c\", \"file\": \"@DIR@/t.c\", \"output\": \"CMakeFiles/tool.dir/t.c.o\"}]"}
+            << "tool:app[1]"
+            << "";
+    }
+
+    // Targets by writer: kinds, sources, links and other libraries, in
+    // build order (libraries first, each after what it links).
+    void databaseTargets()
+    {
+        QFETCH(QStringList, files);
+        QFETCH(QString, targets);
+        QFETCH(QString, sourceDirectory);
+        writeFixture(files);
+        QAStCompilationDatabase database;
+        QString error;
+        QVERIFY2(database.read(path(QFileInfo(files.constFirst()).path() +
+                                    QStringLiteral("/compile_commands.json")),
+                               &error),
+                 qPrintable(error));
+        QCOMPARE(summary(database), targets);
+        if (!sourceDirectory.isEmpty())
+            QCOMPARE(database.sourceDirectory(), QDir::cleanPath(path(sourceDirectory)));
+    }
+
+    void compilerOptions_data()
+    {
+        QTest::addColumn<QString>("command");
+        QTest::addColumn<QStringList>("includes"); // relative to the entry's directory
+        QTest::addColumn<QStringList>("options");
+        QTest::addColumn<QStringList>("leftOut");
+        QTest::newRow("separate and joined values")
+            << "cc -I inc -Iinc2 -isystem sys -iquote q -idirafter late -D A=1 -DB -U C -c x.c -o x.o"
+            << QStringList{"inc", "inc2", "sys", "q", "late"} << QStringList{"-DA=1", "-DB", "-UC"}
+            << QStringList{};
+        QTest::newRow("standard and forced include kept, the rest left")
+            << "cc -std=c99 -include cfg.h -O2 -g -Wall -fno-common -x c -MD -MF x.d -c x.c"
+            << QStringList{} << QStringList{"-std=c99", "-include", "@/cfg.h"}
+            << QStringList{"-O2", "-g", "-Wall", "-fno-common", "-x c"};
+    }
+
+    // What a command keeps: include directories, macros, the standard and
+    // forced includes; optimisation, warnings and the like are told.
+    void compilerOptions()
+    {
+        QFETCH(QString, command);
+        QFETCH(QStringList, includes);
+        QFETCH(QStringList, options);
+        QFETCH(QStringList, leftOut);
+        const QJsonArray entries{
+            QJsonObject{{"directory", m_dir->path()}, {"command", command}, {"file", "x.c"}}};
+        TestFiles::writeFile(path("compile_commands.json"), QJsonDocument(entries).toJson());
+        QAStCompilationDatabase database;
+        QVERIFY(database.read(path("compile_commands.json")));
+        const QAStCompilationDatabase::Source& source =
+            database.targets().constFirst().sources.constFirst();
+        QStringList expected;
+        for (const QString& include : includes)
+            expected.append(path(include));
+        QCOMPARE(source.includeDirectories, expected);
+        QStringList expectedOptions = options;
+        expectedOptions.replaceInStrings(QStringLiteral("@/"), m_dir->path() + u'/');
+        QCOMPARE(source.preprocessorOptions, expectedOptions);
+        QCOMPARE(source.file, path("x.c"));
+        QCOMPARE(database.leftOutOptions(), leftOut);
+    }
+
+    // --- a new project
+
+    // Debug and Release on the installation's package, the package's own
+    // values, build directories; the files refuse to be replaced.
+    void newProject()
+    {
+        const std::unique_ptr<QAStProject> project = newProject(QStringLiteral("calc"));
+        QVERIFY(project->isOpen());
+        QCOMPARE(project->path(), path("calc.rtp"));
+        QCOMPARE(project->configurations(), (QStringList{"Debug", "Release"}));
+        QCOMPARE(project->currentConfigurationName(), QStringLiteral("Debug"));
+        const QAStConfiguration* debug = project->configuration(QStringLiteral("Debug"));
+        const QAStConfiguration* release = project->configuration(QStringLiteral("Release"));
+        QCOMPARE(debug->property(QStringLiteral("targetPath")).toString(),
+                 QStringLiteral("${ZELTAHOME}/targets/gcc-c"));
+        QVERIFY(debug->targetPackage());
+        QCOMPARE(debug->property(QStringLiteral("cflags")).toString(), QStringLiteral("-g -O0"));
+        QCOMPARE(release->property(QStringLiteral("cflags")).toString(), QStringLiteral("-O2"));
+        QCOMPARE(release->property(QStringLiteral("intdir")).toString(), QStringLiteral("build"));
+        QCOMPARE(release->property(QStringLiteral("outdir")).toString(),
+                 QStringLiteral("build/results"));
+        QVERIFY(QFileInfo::exists(path("calc.inf")));
+
+        // Neither file is ever replaced: not the project file, nor an
+        // object information file that lies where the new one would.
+        const QAStTargetPackage* package = QAStProjectSetup::packageForLanguage(QAStFile::LanguageC);
+        TestFiles::writeFile(path("other.inf"), "mine");
+        for (const char* target : {"calc.rtp", "other.rtp"}) {
+            QAStProject again{QString(), QPixmap()};
+            QString error;
+            QVERIFY(!QAStProjectSetup::createProject(again, path(QLatin1String(target)), *package, &error));
+            QVERIFY2(error.contains(QLatin1String("The file exists already")), qPrintable(error));
+        }
+        QCOMPARE(TestFiles::readFile(path("other.inf")), QByteArray("mine"));
+        QVERIFY(!QFileInfo::exists(path("other.rtp")));
+    }
+
+    // --- nodes and files
+
+    void addNode_data()
+    {
+        QTest::addColumn<QString>("under"); // a node's name; empty: the project
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QStringList>("files");
+        QTest::addColumn<QString>("fault"); // empty: added
+        QTest::newRow("application with sources") << ""
+                                                  << "application"
+                                                  << "calc" << QStringList{"src/main.c", "src"} << "";
+        QTest::newRow("library is static") << ""
+                                           << "library"
+                                           << "libcalc" << QStringList{"src/util.c"} << "";
+        QTest::newRow("source refers to its name") << "lib"
+                                                   << "source"
+                                                   << "src/util.c" << QStringList{} << "";
+        QTest::newRow("library takes no application")
+            << "lib"
+            << "application"
+            << "x" << QStringList{} << "\"lib\" takes no \"application\" node: it takes source, link.";
+        QTest::newRow("group takes no source")
+            << ""
+            << "group"
+            << "g" << QStringList{"src/main.c"} << "A \"group\" node takes no source";
+        QTest::newRow("name taken") << ""
+                                    << "library"
+                                    << "lib" << QStringList{} << "has a node named \"lib\" already.";
+        QTest::newRow("missing file")
+            << ""
+            << "application"
+            << "app" << QStringList{"src/gone.c"} << "No such file or directory.";
+    }
+
+    // A node of a kind the parent takes; its sources and files; else a
+    // reason naming what the parent takes, and nothing changed.
+    void addNode()
+    {
+        QFETCH(QString, under);
+        QFETCH(QString, kind);
+        QFETCH(QString, name);
+        QFETCH(QStringList, files);
+        QFETCH(QString, fault);
+        const std::unique_ptr<QAStProject> project = newProject(QStringLiteral("p.rtp"));
+        TestFiles::writeFile(path("src/main.c"), "int main(void) { return 0; }\n");
+        TestFiles::writeFile(path("src/util.c"), "int util;\n");
+        TestFiles::writeFile(path("src/util.h"), "extern int util;\n");
+        QVERIFY(
+            QAStProjectSetup::addNode(project.get(), QStringLiteral("library"), QStringLiteral("lib")));
+        QAStNode* parent =
+            under.isEmpty() ? project.get() : qobject_cast<QAStNode*>(project->findNode(under));
+        QVERIFY(parent);
+        const QString before = project->toString();
+        const int filesBefore = int(project->files().size());
+
+        QString error;
+        QAStNode* node = QAStProjectSetup::addNode(parent, kind, name, files, &error);
+        if (!fault.isEmpty()) {
+            QVERIFY(!node);
+            QVERIFY2(error.contains(fault), qPrintable(error));
+            QVERIFY2(error.contains(QStringLiteral("\n\n")), qPrintable(error));
+            QCOMPARE(project->toString(), before);
+            QCOMPARE(project->files().size(), filesBefore);
+            return;
+        }
+        QVERIFY2(node, qPrintable(error));
+        QCOMPARE(node->parent(), parent);
+        QCOMPARE(node->configurations(), parent->configurations());
+        if (kind == QLatin1String("source")) {
+            QCOMPARE(node->name(), QStringLiteral("util.c"));
+            QCOMPARE(static_cast<QAStNodeFileRef*>(node)->fileKey(), QStringLiteral("src/util.c"));
+            QVERIFY(project->file(path("src/util.c")));
+            return;
+        }
+        QCOMPARE(node->name(), name);
+        if (kind == QLatin1String("library")) {
+            for (const QAStConfiguration* c : node->configurationList())
+                QCOMPARE(c->property(QStringLiteral("generationFormat")).toString(),
+                         QStringLiteral("LIB"));
+        }
+        // Sources in file order, each once; the header only in the tree.
+        QStringList keys;
+        for (QAStData* source : node->childrenOfClass("QAStNodeSource"))
+            keys.append(static_cast<QAStNodeFileRef*>(source)->fileKey());
+        const QStringList expected = kind == QLatin1String("application")
+                                         ? QStringList{"src/main.c", "src/util.c"}
+                                         : QStringList{"src/util.c"};
+        QCOMPARE(keys, expected);
+        QCOMPARE(treeText(project->rootFolder()), kind == QLatin1String("application")
+                                                      ? QStringLiteral("src/[main.c util.c util.h]")
+                                                      : QStringLiteral("src/[util.c]"));
+    }
+
+    // Files go into the folders of their directories, folders before
+    // files, each by name; a directory brings its known files, hidden ones
+    // and the project's own build directories left out; a file is added
+    // once; a missing path adds nothing.
+    void addFiles()
+    {
+        const std::unique_ptr<QAStProject> project = newProject(QStringLiteral("p.rtp"));
+        for (const char* file : {"b.c", "a/z.h", "a/y/x.c", "a/README", "a/.hidden.c", ".git/c.c",
+                                 "build/out.c", "build/results/r.tio", "m/Makefile"})
+            TestFiles::writeFile(path(QLatin1String(file)), "x\n");
+        QVERIFY(QAStProjectSetup::addFiles(*project, {path("b.c")}).size() == 1);
+        QString error;
+        const QList<QAStFile*> added =
+            QAStProjectSetup::addFiles(*project, {QStringLiteral("."), path("b.c")}, &error);
+        QVERIFY2(error.isEmpty(), qPrintable(error));
+        QCOMPARE(added.size(), 3);
+        QCOMPARE(treeText(project->rootFolder()), QStringLiteral("a/[y/[x.c] z.h] m/[Makefile] b.c"));
+        QVERIFY(QAStProjectSetup::addFiles(*project, {path("a/README")}).size() == 1);
+        QCOMPARE(treeText(project->rootFolder()),
+                 QStringLiteral("a/[y/[x.c] README z.h] m/[Makefile] b.c"));
+
+        QVERIFY(QAStProjectSetup::addFiles(*project, {path("b2.c"), path("build/out.c")}, &error)
+                    .isEmpty());
+        QCOMPARE(error, path("b2.c") + QStringLiteral("\n\nNo such file or directory."));
+        QVERIFY(!project->file(path("build/out.c")));
+    }
+
+    // --- settings
+
+    void settings_data()
+    {
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QStringList>("values");
+        QTest::addColumn<QStringList>("lines"); // what get gives after; empty with a fault
+        QTest::addColumn<QString>("fault");
+        QTest::newRow("text joined")
+            << "cflags" << QStringList{"-O3", "-g"} << QStringList{"-O3 -g"} << "";
+        QTest::newRow("list") << "ge_incdir" << QStringList{"inc", "a,b"} << QStringList{"inc", "a,b"}
+                              << "";
+        QTest::newRow("number") << "buildJobs" << QStringList{"4"} << QStringList{"4"} << "";
+        QTest::newRow("number out of range") << "buildJobs" << QStringList{"999"} << QStringList{}
+                                             << "takes a number from 0 to 256, not 999.";
+        QTest::newRow("yes") << "debug" << QStringList{"Yes"} << QStringList{"true"} << "";
+        QTest::newRow("not a switch")
+            << "debug" << QStringList{"maybe"} << QStringList{} << "takes true or false";
+        QTest::newRow("combo value")
+            << "generationFormat" << QStringList{"DLL"} << QStringList{"DLL"} << "";
+        QTest::newRow("combo label")
+            << "generationFormat" << QStringList{"static library"} << QStringList{"LIB"} << "";
+        QTest::newRow("combo none")
+            << "generationFormat" << QStringList{"ZIP"} << QStringList{}
+            << "takes one of EXE (Executable), DLL (Shared library), LIB (Static library), not \"ZIP\".";
+        QTest::newRow("path takes one")
+            << "intdir" << QStringList{"a", "b"} << QStringList{} << "takes one value.";
+        QTest::newRow("read only") << "executionFlag" << QStringList{"1"} << QStringList{}
+                                   << "is read only.";
+        QTest::newRow("unknown, close")
+            << "cflag" << QStringList{"x"} << QStringList{}
+            << "No setting has the key \"cflag\"; the closest keys are cflags (Compiler options), tcflags";
+        QTest::newRow("unknown, by display name")
+            << "include" << QStringList{"x"} << QStringList{} << "ge_incdir (Include directories)";
+        QTest::newRow("unknown, far") << "zzzzqqqq" << QStringList{"x"} << QStringList{}
+                                      << "No setting has the key \"zzzzqqqq\", nor a key close to it.";
+    }
+
+    // A value read by the descriptor's kind of the setting, read back
+    // through the inheriting store; a bad key or value changes nothing.
+    void settings()
+    {
+        QFETCH(QString, key);
+        QFETCH(QStringList, values);
+        QFETCH(QStringList, lines);
+        QFETCH(QString, fault);
+        const std::unique_ptr<QAStProject> project = newProject(QStringLiteral("p.rtp"));
+        QAStNode* node = QAStProjectSetup::addNode(project.get(), QStringLiteral("application"),
+                                                   QStringLiteral("app"));
+        QAStConfiguration* c = QAStProjectSetup::configurationOf(node, QString(), false);
+        QVERIFY(c);
+        const QStringList before = c->propertyNames();
+        QString error;
+        if (!fault.isEmpty()) {
+            QVERIFY(!QAStProjectSetup::setSetting(*c, key, values, &error));
+            QVERIFY2(error.startsWith(path("p.rtp") + QStringLiteral("\n\n")), qPrintable(error));
+            QVERIFY2(error.contains(fault), qPrintable(error));
+            QCOMPARE(c->propertyNames(), before);
+            return;
+        }
+        const QAStConfiguration* above =
+            QAStProjectSetup::configurationOf(project.get(), QString(), false);
+        const QVariant aboveBefore = above->localProperty(key);
+        QVERIFY2(QAStProjectSetup::setSetting(*c, key, values, &error), qPrintable(error));
+        QCOMPARE(QAStProjectSetup::settingLines(QAStProjectSetup::setting(*c, key)), lines);
+        // The value is the node's own; the project's stays.
+        QVERIFY(c->hasProperty(key));
+        QCOMPARE(above->localProperty(key), aboveBefore);
+    }
+
+    // A setting not set anywhere reads as the descriptor's initial value;
+    // one set above is inherited; a name the project lacks is told.
+    void settingInheritance()
+    {
+        const std::unique_ptr<QAStProject> project = newProject(QStringLiteral("p.rtp"));
+        QAStNode* node = QAStProjectSetup::addNode(project.get(), QStringLiteral("application"),
+                                                   QStringLiteral("app"));
+        const QAStConfiguration* release =
+            QAStProjectSetup::configurationOf(node, QStringLiteral("Release"), false);
+        QCOMPARE(QAStProjectSetup::settingLines(
+                     QAStProjectSetup::setting(*release, QStringLiteral("cflags"))),
+                 QStringList{"-O2"});
+        QCOMPARE(QAStProjectSetup::settingLines(
+                     QAStProjectSetup::setting(*release, QStringLiteral("generationFormat"))),
+                 QStringList{"EXE"});
+        QString error;
+        QVERIFY(!QAStProjectSetup::configurationOf(node, QStringLiteral("Nightly"), true, &error));
+        QVERIFY2(error.endsWith(QLatin1String(
+                     "The project has no configuration \"Nightly\"; it has Debug, Release.")),
+                 qPrintable(error));
+        QVERIFY(node->removeConfiguration(QStringLiteral("Release")));
+        QVERIFY(!QAStProjectSetup::configurationOf(node, QStringLiteral("Release"), false, &error));
+        QVERIFY(QAStProjectSetup::configurationOf(node, QStringLiteral("Release"), true, &error));
+    }
+
+    // --- imports
+
+    // A database import writes a project whose nodes, settings, links and
+    // file tree read back from the files; the build goes beside the build
+    // system's.
+    void importDatabase()
+    {
+        writeFixture(
+            {"src/b/compile_commands.json",
+             "[{\"directory\": \"@DIR@/src/b\", \"command\": \"cc -I@DIR@/src/inc -DAPP '-DMSG=\\\"a b\\\"' -o CMakeFiles/app.dir/main.c.o -c @DIR@/src/main.c\", \"file\": \"@DIR@/src/main.c\"},\n"
+             "                          {\"directory\": \"@DIR@/src/b\", \"command\": \"cc -I@DIR@/src/inc -DAPP -o CMakeFiles/app.dir/two.c.o -c @DIR@/src/two.c\", \"file\": \"@DIR@/src/two.c\"},\n"
+             "                          {\"directory\": \"@DIR@/src/b\", \"command\": \"cc -I@DIR@/src/inc -DAPP -o CMakeFiles/app.dir/three.c.o -c @DIR@/src/three.c\", \"file\": \"@DIR@/src/three.c\"},\n"
+             "                          {\"directory\": \"@DIR@/src/b\", \"command\": \"cc -O3 -std=c11 -o CMakeFiles/calc.dir/calc.c.o -c @DIR@/src/calc.c\", \"file\": \"@DIR@/src/calc.c\"}]",
+             "src/b/CMakeFiles/app.dir/link.txt",
+             "cc CMakeFiles/app.dir/main.c.o -o app libcalc.a -lm\n",
+             "src/b/CMakeFiles/calc.dir/link.txt",
+             "ar qc libcalc.a CMakeFiles/calc.dir/calc.c.o\n",
+             "src/b/CMakeCache.txt",
+             "CMAKE_HOME_DIRECTORY:INTERNAL=@DIR@/src\n",
+             "src/inc/calc.h",
+             "int calc(void);\n",
+             "src/inc/sub/deep.h",
+             "\n",
+             "src/b/gen.h",
+             "\n",
+             "src/local.h",
+             "\n",
+             "src/main.c",
+             "\n",
+             "src/two.c",
+             "\n",
+             "src/three.c",
+             "\n"});
+        QCOMPARE(QAStProjectImport::defaultProjectFile(path("src/b/compile_commands.json")),
+                 path("src/src.rtp"));
+        QAStProject project{QString(), QPixmap()};
+        QString error;
+        QVERIFY2(QAStProjectImport::importSource(project, path("src/b/compile_commands.json"),
+                                                 QString(), QString(), &error),
+                 qPrintable(error));
+        const QString notes = m_studio->consoleText(QAStData::MessageConsole);
+        QVERIFY(notes.contains(
+            QLatin1String("compiler options left to the project's configurations: -O3")));
+        QVERIFY(notes.contains(QLatin1String("sources not on disk, left out of the file tree: ") +
+                               path("src/calc.c")));
+
+        QAStProject reread{QString(), QPixmap()};
+        QVERIFY(reread.open(path("src/src.rtp")));
+        QCOMPARE(reread.configuration(QStringLiteral("Debug"))
+                     ->property(QStringLiteral("intdir"))
+                     .toString(),
+                 QStringLiteral("b/korvil"));
+        const QList<QAStData*> nodes = reread.childrenOfClass("QAStNode");
+        QCOMPARE(nodes.size(), 2);
+        auto* calc = static_cast<QAStNode*>(nodes.at(0));
+        auto* app = static_cast<QAStNode*>(nodes.at(1));
+        QVERIFY(calc->inherits("QAStNodeLibrary"));
+        QVERIFY(app->inherits("QAStNodeApplication"));
+        const QAStConfiguration* appDebug = app->configuration(QStringLiteral("Debug"));
+        QCOMPARE(appDebug->property(QStringLiteral("ge_incdir")).toStringList(), QStringList{"inc"});
+        QCOMPARE(appDebug->property(QStringLiteral("cppFlags")).toString(), QStringLiteral("-DAPP"));
+        QCOMPARE(appDebug->property(QStringLiteral("additionnalObjects")).toString(),
+                 QStringLiteral("-lm"));
+        QCOMPARE(calc->configuration(QStringLiteral("Release"))
+                     ->property(QStringLiteral("cppFlags"))
+                     .toString(),
+                 QStringLiteral("-std=c11"));
+        // The source with other macros has its own, the others inherit.
+        const QList<QAStData*> sources = app->childrenOfClass("QAStNodeSource");
+        QCOMPARE(sources.size(), 3);
+        QCOMPARE(static_cast<QAStNode*>(sources.at(0))
+                     ->configuration(QStringLiteral("Debug"))
+                     ->localProperty(QStringLiteral("cppFlags"))
+                     .toString(),
+                 QStringLiteral("-DAPP '-DMSG=\"a b\"'"));
+        QVERIFY(!static_cast<QAStNode*>(sources.at(1))
+                     ->configuration(QStringLiteral("Debug"))
+                     ->hasProperty(QStringLiteral("cppFlags")));
+        const QList<QAStData*> links = app->childrenOfClass("QAStNodeLink");
+        QCOMPARE(links.size(), 1);
+        QCOMPARE(static_cast<QAStNodeLink*>(links.first())->linkedNode(), calc);
+        // Sources, the include directory's headers and those beside the
+        // sources; none of the build directory.
+        QCOMPARE(treeText(reread.rootFolder()),
+                 QStringLiteral("inc/[sub/[deep.h] calc.h] local.h main.c three.c two.c"));
+
+        // A second import does not replace the project.
+        QAStProject again{QString(), QPixmap()};
+        QVERIFY(!QAStProjectImport::importSource(again, path("src/b/compile_commands.json"), QString(),
+                                                 QString(), &error));
+        QVERIFY(error.contains(QLatin1String("exists already")));
+    }
+
+    // A bare directory: an application when a source defines main (found
+    // by the tagging), else a library; include directories where headers
+    // are, and "include" above them.
+    void importDirectory_data()
+    {
+        QTest::addColumn<QStringList>("files");
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QStringList>("includes");
+        QTest::newRow("program")
+            << QStringList{"src/main.c",
+                           "#include \"util.h\"\nint main(void) { return util(); }\n",
+                           "src/util.c",
+                           "int util(void) { return 0; }\n",
+                           "include/app/util.h",
+                           "int util(void);\n"}
+            << "QAStNodeApplication" << QStringList{"include/app", "include"};
+        QTest::newRow("library, main only mentioned")
+            << QStringList{"lib.c", "/* main(void) is elsewhere */\nint mainly(void) { return 1; }\n",
+                           "lib.h", "int mainly(void);\n"}
+            << "QAStNodeLibrary" << QStringList{"."};
+    }
+
+    void importDirectory()
+    {
+        if (!hasTools({"perl", "ctags"}))
+            QSKIP("perl or ctags is not installed");
+        QFETCH(QStringList, files);
+        QFETCH(QString, kind);
+        QFETCH(QStringList, includes);
+        QStringList inTree;
+        for (qsizetype i = 0; i < files.size(); i += 2)
+            inTree.append(QStringLiteral("tree/") + files.at(i));
+        for (qsizetype i = 0; i < files.size(); i += 2)
+            files[i] = QStringLiteral("tree/") + files.at(i);
+        writeFixture(files);
+        QAStProject project{QString(), QPixmap()};
+        QString error;
+        QVERIFY2(QAStProjectImport::importSource(project, path("tree"), QString(), QString(), &error),
+                 qPrintable(error));
+        QCOMPARE(project.path(), path("tree/tree.rtp"));
+        const QList<QAStData*> nodes = project.childrenOfClass("QAStNode");
+        QCOMPARE(nodes.size(), 1);
+        QVERIFY2(nodes.first()->inherits(kind.toLatin1()), nodes.first()->metaObject()->className());
+        QCOMPARE(nodes.first()->name(), QStringLiteral("tree"));
+        QCOMPARE(static_cast<QAStNode*>(nodes.first())
+                     ->configuration(QStringLiteral("Debug"))
+                     ->property(QStringLiteral("ge_incdir"))
+                     .toStringList(),
+                 includes);
+        QCOMPARE(project.files().size(), files.size() / 2);
+        QVERIFY(QFileInfo::exists(path("tree/tree.inf")));
+    }
+
+    void importFaults()
+    {
+        QDir().mkpath(path("empty"));
+        TestFiles::writeFile(path("empty/notes.txt"), "x\n");
+        QAStProject project{QString(), QPixmap()};
+        QString error;
+        QVERIFY(!QAStProjectImport::importSource(project, path("empty"), QString(), QString(), &error));
+        QCOMPARE(error,
+                 path("empty") +
+                     QStringLiteral("\n\nNo C, C++, Ada or Java source lies in this directory."));
+        TestFiles::writeFile(path("j/a.java"), "class A {}\n");
+        QVERIFY(!QAStProjectImport::importSource(project, path("j"), QString(), QString(), &error));
+        QVERIFY2(error.contains(QLatin1String("No target package for Java is installed")),
+                 qPrintable(error));
+        QCOMPARE(QDir(path("j")).entryList(QDir::Files), QStringList{"a.java"});
+    }
+};
+
+QTEST_MAIN(TestProjectImport)
+#include "tst_project_import.moc"
