@@ -14,12 +14,15 @@
 #include "QAStObjectManager.h"
 #include "QAStOutputWidget.h"
 #include "QAStProject.h"
+#include "QAStProjectImport.h"
+#include "QAStProjectSetup.h"
 #include "QATagFiltersMgr.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QComboBox>
+#include <QDir>
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -199,7 +202,13 @@ QAction* StudioWindow::action(const QString& objectName) const
 
 void StudioWindow::createActions()
 {
+    newAction("newProject", tr("&New project..."), QKeySequence::New, [this] { newProjectDialog(); });
     newAction("open", tr("&Open project..."), QKeySequence::Open, [this] { openProjectDialog(); });
+    newAction("importDirectory", tr("From a &directory..."), QKeySequence(),
+              [this] { importDirectoryDialog(); });
+    newAction("importDatabase", tr("From a &compilation database..."), QKeySequence(),
+              [this] { importDatabaseDialog(); });
+    newAction("addFiles", tr("Add &files..."), QKeySequence(), [this] { addFilesDialog(); });
     newAction("save", tr("&Save"), QKeySequence::Save, [this] { saveProject(); });
     newAction("saveAs", tr("Save &as..."), QKeySequence::SaveAs, [this] { saveProjectAs(); });
     newAction("closeProject", tr("&Close project"), QKeySequence(), [this] { closeProject(); });
@@ -235,7 +244,12 @@ void StudioWindow::createActions()
 void StudioWindow::createMenus()
 {
     QMenu* file = menuBar()->addMenu(tr("&File"));
+    file->addAction(action("newProject"));
     file->addAction(action("open"));
+    QMenu* import = file->addMenu(tr("&Import"));
+    import->setObjectName(QStringLiteral("importMenu"));
+    import->addAction(action("importDirectory"));
+    import->addAction(action("importDatabase"));
     m_recentMenu = file->addMenu(tr("Open &recent"));
     connect(m_recentMenu, &QMenu::aboutToShow, this, &StudioWindow::fillRecentMenu);
     file->addAction(action("save"));
@@ -247,6 +261,7 @@ void StudioWindow::createMenus()
     QMenu* edit = menuBar()->addMenu(tr("&Edit"));
     m_addMenu = edit->addMenu(tr("&Add"));
     m_addMenu->setObjectName(QStringLiteral("addMenu"));
+    edit->addAction(action("addFiles"));
     edit->addSeparator();
     for (const char* name : {"undo", "redo"})
         edit->addAction(action(QLatin1String(name)));
@@ -292,6 +307,121 @@ bool StudioWindow::openProjectDialog()
     const QString path = getOpenFileName(this, tr("Open project"), dir,
                                          tr("Projects (*.rtp);;All files (*)"));
     return !path.isEmpty() && openProject(path);
+}
+
+bool StudioWindow::newProjectDialog()
+{
+    // The project shown goes first, so that its question comes first.
+    if (!closeProject())
+        return false;
+    const QString path = getSaveFileName(this, tr("New project"), QDir::currentPath(),
+                                         tr("Projects (*.rtp)"));
+    if (path.isEmpty())
+        return false;
+    bool ok = false;
+    const QString language =
+        QInputDialog::getItem(this, tr("New project"), tr("Language of the sources:"),
+                              {QStringLiteral("C"), QStringLiteral("C++"), QStringLiteral("Ada"),
+                               QStringLiteral("Java")},
+                              0, false, &ok);
+    return ok && newProject(path, language);
+}
+
+bool StudioWindow::newProject(const QString& path, const QString& language)
+{
+    if (!closeProject())
+        return false;
+    QString error;
+    QAStTargetPackage* package =
+        QAStProjectSetup::packageForLanguage(QAStProjectSetup::languageOf(language), &error);
+    auto project = std::make_unique<QAStProject>(QFileInfo(path).completeBaseName(), QPixmap());
+    if (!package || !QAStProjectSetup::createProject(*project, QFileInfo(path).absoluteFilePath(),
+                                                     *package, &error)) {
+        warning(this, tr("New project"), error);
+        return false;
+    }
+    return showNewProject(std::move(project));
+}
+
+bool StudioWindow::importDirectoryDialog()
+{
+    if (!closeProject())
+        return false;
+    const QString dir = getExistingDirectory(this, tr("Import a directory of sources"),
+                                             QDir::currentPath());
+    return !dir.isEmpty() && importDialog(dir);
+}
+
+bool StudioWindow::importDatabaseDialog()
+{
+    if (!closeProject())
+        return false;
+    const QString database = getOpenFileName(
+        this, tr("Import a compilation database"), QDir::currentPath(),
+        tr("Compilation databases (compile_commands.json);;JSON files (*.json);;All files (*)"));
+    return !database.isEmpty() && importDialog(database);
+}
+
+// Asks where the project of source goes, the import's own choice first.
+bool StudioWindow::importDialog(const QString& source)
+{
+    const QString projectFile = getSaveFileName(this, tr("Save the imported project as"),
+                                                QAStProjectImport::defaultProjectFile(source),
+                                                tr("Projects (*.rtp)"));
+    return !projectFile.isEmpty() && importProject(source, projectFile);
+}
+
+bool StudioWindow::importProject(const QString& source, const QString& projectFile)
+{
+    if (!closeProject())
+        return false;
+    statusMessage(tr("Importing %1...").arg(source));
+    auto project = std::make_unique<QAStProject>(QFileInfo(source).completeBaseName(), QPixmap());
+    QString error;
+    if (!QAStProjectImport::importSource(*project, QFileInfo(source).absoluteFilePath(),
+                                         projectFile.isEmpty() ? QString()
+                                                               : QFileInfo(projectFile).absoluteFilePath(),
+                                         QString(), &error)) {
+        warning(this, tr("Import"), error);
+        statusMessage(tr("%1 was not imported").arg(source));
+        return false;
+    }
+    return showNewProject(std::move(project));
+}
+
+// Shows a project just made and saved, as an opened one.
+bool StudioWindow::showNewProject(std::unique_ptr<QAStProject> project)
+{
+    m_project = std::move(project);
+    showProject();
+    rememberRecent(m_project->path());
+    statusMessage(tr("Project %1 made").arg(m_project->filename()));
+    return true;
+}
+
+bool StudioWindow::addFilesDialog()
+{
+    if (!m_project)
+        return false;
+    const QStringList files = getOpenFileNames(this, tr("Add files to the file tree"),
+                                               m_project->directory(), tr("All files (*)"));
+    return !files.isEmpty() && addFilesToTree(files);
+}
+
+bool StudioWindow::addFilesToTree(const QStringList& paths)
+{
+    if (!m_project)
+        return false;
+    QString error;
+    const QList<QAStFile*> added = QAStProjectSetup::addFiles(*m_project, paths, &error);
+    if (!error.isEmpty()) {
+        warning(this, tr("Add files"), error);
+        return false;
+    }
+    if (!added.isEmpty())
+        setModified(true);
+    statusMessage(tr("%n file(s) added to the file tree", nullptr, int(added.size())));
+    return true;
 }
 
 bool StudioWindow::openProject(const QString& path)
@@ -482,6 +612,7 @@ void StudioWindow::updateActions()
     action("save")->setEnabled(open);
     action("saveAs")->setEnabled(open);
     action("closeProject")->setEnabled(open);
+    action("addFiles")->setEnabled(open);
     action("undo")->setEnabled(QAStData::isUndoAvailable());
     action("redo")->setEnabled(QAStData::isRedoAvailable());
     action("cut")->setEnabled(movable && data->isDuplicable());

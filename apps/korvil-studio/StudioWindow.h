@@ -53,6 +53,28 @@ public:
     bool openProject(const QString& path);
     // Asks for a project file and opens it.
     bool openProjectDialog();
+    // Makes a new project at path for a language ("C", "C++", "Ada",
+    // "Java") on the installation's package for it, and shows it; the
+    // project shown is closed first (asking to save it when modified).
+    // False, told in a box, when the project cannot be made.
+    bool newProject(const QString& path, const QString& language);
+    // Closes the project shown (asking to save it when modified), asks for
+    // the new project's file and language, then newProject.
+    bool newProjectDialog();
+    // Makes a project of a code base (a directory, or a compilation
+    // database) saved at projectFile (the import's default when empty),
+    // and shows it; as newProject otherwise.
+    bool importProject(const QString& source, const QString& projectFile = QString());
+    // Closes the project shown, asks for a directory, or for a
+    // compilation database, then for the project file, then importProject.
+    bool importDirectoryDialog();
+    bool importDatabaseDialog();
+    // Adds files and directories to the file tree of the project shown,
+    // folders by directory; false, told in a box, when a path names
+    // nothing.
+    bool addFilesToTree(const QStringList& paths);
+    // Asks for the files, then addFilesToTree.
+    bool addFilesDialog();
     bool saveProject();
     bool saveProjectAs();
     // Closes the project, asking to save it when modified; false when the
@@ -173,6 +195,8 @@ private:
     // Asks whether to save a modified project: true to go on (saved or
     // discarded), false to stay.
     bool maybeSave();
+    bool importDialog(const QString& source);
+    bool showNewProject(std::unique_ptr<QAStProject> project);
     void dropProject();
     bool startWalk(void (QAStNode::*command)(), const QString& what);
     void treeContextMenu(const QPoint& position);

@@ -28,6 +28,8 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
+#include <QDir>
+#include <QFileDialog>
 #include <QPlainTextEdit>
 #include <QProgressDialog>
 #include <QPushButton>
@@ -82,6 +84,30 @@ public:
             QVERIFY(message);
             m_texts << message->text();
             message->button(button)->click();
+        });
+    }
+    // Chooses path in the next file dialog.
+    void choose(const QString& path)
+    {
+        then([path](QWidget* box) {
+            auto* dialog = qobject_cast<QFileDialog*>(box);
+            QVERIFY(dialog);
+            // Typed, as a user would: the dialog's own selection waits for
+            // its file system model.
+            auto* edit = dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+            QVERIFY(edit);
+            edit->setText(path);
+            QMetaObject::invokeMethod(dialog, "accept");
+        });
+    }
+    // Picks text in the next input dialog.
+    void pick(const QString& text)
+    {
+        then([text](QWidget* box) {
+            auto* dialog = qobject_cast<QInputDialog*>(box);
+            QVERIFY(dialog);
+            dialog->setTextValue(text);
+            dialog->accept();
         });
     }
     bool idle() const { return m_handlers.isEmpty(); }
@@ -491,6 +517,51 @@ private slots:
         QTRY_VERIFY(m_boxes->idle());
         QCOMPARE(m_boxes->texts().size(), 1);
         QVERIFY(m_boxes->texts().first().startsWith(QLatin1String("You have changed settings")));
+    }
+
+    // File > New project, Edit > Add files and File > Import through their
+    // dialogs: each project is made, saved and shown.
+    void createsAndImportsProjects()
+    {
+        QTemporaryDir work;
+        const QString file = work.filePath(QStringLiteral("demo/demo.rtp"));
+        QVERIFY(QDir().mkpath(work.filePath(QStringLiteral("demo/src"))));
+        TestFiles::writeFile(work.filePath(QStringLiteral("demo/src/main.c")), "int main(void) { return 0; }\n");
+        if (m_window->project() && m_window->isModified())
+            m_boxes->click(QMessageBox::Discard);
+        m_boxes->choose(file);
+        m_boxes->pick(QStringLiteral("C"));
+        m_window->action(QStringLiteral("newProject"))->trigger();
+        QVERIFY(m_window->project());
+        QCOMPARE(m_window->project()->path(), file);
+        QVERIFY(QFileInfo::exists(work.filePath(QStringLiteral("demo/demo.inf"))));
+        QCOMPARE(m_window->project()->configurations(), (QStringList{"Debug", "Release"}));
+
+        m_boxes->choose(work.filePath(QStringLiteral("demo/src/main.c")));
+        m_window->action(QStringLiteral("addFiles"))->trigger();
+        QVERIFY(m_boxes->idle());
+        QTRY_VERIFY(row(tree(), QStringLiteral("main.c")));
+        QVERIFY(row(tree(), QStringLiteral("src")));
+        QVERIFY(m_window->isModified());
+        QVERIFY(m_window->saveProject());
+
+        const QString imported = work.filePath(QStringLiteral("tool/tool.rtp"));
+        TestFiles::writeFile(work.filePath(QStringLiteral("tool/lib/greet.h")), "const char* greet(void);\n");
+        TestFiles::writeFile(work.filePath(QStringLiteral("tool/lib/greet.c")),
+                             "#include \"greet.h\"\nconst char* greet(void) { return \"hi\"; }\n");
+        TestFiles::writeFile(work.filePath(QStringLiteral("tool/main.c")),
+                             "#include \"greet.h\"\nint main(void) { return greet()[0] != 'h'; }\n");
+        m_boxes->choose(work.filePath(QStringLiteral("tool")));
+        m_boxes->choose(imported);
+        m_window->action(QStringLiteral("importDirectory"))->trigger();
+        QVERIFY(m_window->project());
+        QCOMPARE(m_window->project()->path(), imported);
+        QStringList nodes;
+        for (const QAStData* child = m_window->project()->child(); child; child = child->next())
+            nodes << QLatin1String(child->metaObject()->className()) + u':' + child->name();
+        QCOMPARE(nodes, QStringList{QStringLiteral("QAStNodeApplication:tool")});
+        QTRY_VERIFY(row(tree(), QStringLiteral("greet.c")));
+        QVERIFY(!m_window->isModified());
     }
 };
 
