@@ -63,7 +63,9 @@ class SDK110_EXPORT QAStData : public QObject {
 public:
     // The host's two output consoles: OutputConsole (0) receives the output
     // of driver runs, MessageConsole (1) the library's own messages.
-    enum Console { OutputConsole = 0, MessageConsole = 1 };
+    // Any other value selects the second console, as 1 does: the type is
+    // an int, so that every value is one.
+    enum Console : int { OutputConsole = 0, MessageConsole = 1 };
     Q_ENUM(Console)
 
     // A new item, inserted into parent behind after (at the front when after

@@ -16,6 +16,7 @@
 
 #include <QDir>
 #include <QDirIterator>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -113,16 +114,24 @@ void TestRoundTrips::openAndSave(const QString& file)
     QVERIFY(project.save());
 }
 
-// The example, its sub-project and both file trees, as they are shipped.
+// The example, its sub-project and both file trees, as they are shipped
+// but for the DOCTYPE line, which names the installation in use.
 void TestRoundTrips::exampleIsByteStable()
 {
     TestFiles::copyTree(TestPaths::sourceDir() + QStringLiteral("/examples/calculator"), m_dir->path());
     const QString file = m_dir->filePath(QStringLiteral("calculator.rtp"));
+    const auto withoutDoctype = [](QMap<QString, QByteArray> files) {
+        static const QRegularExpression doctype(QStringLiteral("<!DOCTYPE [^\n]*\n"));
+        for (QByteArray& bytes : files)
+            bytes = QString::fromUtf8(bytes).remove(doctype).toUtf8();
+        return files;
+    };
     const auto shipped = snapshot(m_dir->path());
     openAndSave(file);
-    QCOMPARE(snapshot(m_dir->path()), shipped);
+    const auto saved = snapshot(m_dir->path());
+    QCOMPARE(withoutDoctype(saved), withoutDoctype(shipped));
     openAndSave(file);
-    QCOMPARE(snapshot(m_dir->path()), shipped);
+    QCOMPARE(snapshot(m_dir->path()), saved);
 }
 
 void TestRoundTrips::sortedAndHostileProjectIsByteStable()
