@@ -32,6 +32,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QProgressDialog>
 #include <QSettings>
@@ -486,15 +487,14 @@ bool StudioWindow::maybeSave()
 {
     if (!m_project || !m_modified)
         return true;
-    const QMessageBox::StandardButton answer = question(
+    const StandardButton answer = question(
         this, tr("Save project"),
         tr("The project %1 has been modified.\nDo you want to save your changes?")
             .arg(m_project->name()),
-        QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, QMessageBox::Save,
-        QMessageBox::Warning);
-    if (answer == QMessageBox::Save)
+        Save | Discard | Cancel, Save, Warning);
+    if (answer == Save)
         return saveProject();
-    return answer == QMessageBox::Discard;
+    return answer == Discard;
 }
 
 bool StudioWindow::closeProject()
@@ -945,68 +945,73 @@ void StudioWindow::statusMessage(const QString& text)
     statusBar()->showMessage(text);
 }
 
-QWidget* StudioWindow::boxParent(QWidget* parent)
+QWidget* StudioWindow::dialogParent(QWidget* parent)
 {
     return parent ? parent : this;
 }
 
 void StudioWindow::warning(QWidget* parent, const QString& caption, const QString& text)
 {
-    QMessageBox::warning(boxParent(parent), caption, text);
+    QMessageBox::warning(dialogParent(parent), caption, text);
 }
 
 void StudioWindow::information(QWidget* parent, const QString& caption, const QString& text)
 {
-    QMessageBox::information(boxParent(parent), caption, text);
+    QMessageBox::information(dialogParent(parent), caption, text);
 }
 
 void StudioWindow::critical(QWidget* parent, const QString& caption, const QString& text)
 {
-    QMessageBox::critical(boxParent(parent), caption, text);
+    QMessageBox::critical(dialogParent(parent), caption, text);
 }
 
-QMessageBox::StandardButton StudioWindow::question(QWidget* parent, const QString& caption,
-                                                   const QString& text,
-                                                   QMessageBox::StandardButtons buttons,
-                                                   QMessageBox::StandardButton defaultButton,
-                                                   QMessageBox::Icon icon)
+StudioInterface::StandardButton StudioWindow::question(QWidget* parent, const QString& caption,
+                                                      const QString& text, StandardButtons buttons,
+                                                      StandardButton defaultButton, Icon icon)
 {
-    QMessageBox box(icon, caption, text, buttons, boxParent(parent));
-    box.setDefaultButton(defaultButton);
-    const auto answer = QMessageBox::StandardButton(box.exec());
+    // The host seam's values are QMessageBox's.
+    QMessageBox box(QMessageBox::Icon(icon), caption, text,
+                    QMessageBox::StandardButtons(int(buttons)), dialogParent(parent));
+    box.setDefaultButton(QMessageBox::StandardButton(defaultButton));
+    const auto answer = StandardButton(box.exec());
     if (buttons.testFlag(answer))
         return answer;
     // Closed without a button: the way out the box offers.
-    for (QMessageBox::StandardButton out : {QMessageBox::Cancel, QMessageBox::No, QMessageBox::Abort})
+    for (StandardButton out : {Cancel, No, Abort})
         if (buttons.testFlag(out))
             return out;
     return defaultButton;
 }
 
+QWidget* StudioWindow::boxParent() const
+{
+    return const_cast<StudioWindow*>(this);
+}
+
 QString StudioWindow::getText(QWidget* parent, const QString& caption, const QString& label,
                               const QString& text, bool* ok)
 {
-    return QInputDialog::getText(boxParent(parent), caption, label, QLineEdit::Normal, text, ok);
+    return QInputDialog::getText(dialogParent(parent), caption, label, QLineEdit::Normal, text, ok);
 }
 
 QString StudioWindow::getOpenFileName(QWidget* parent, const QString& caption, const QString& dir,
                                       const QString& filter)
 {
-    return QFileDialog::getOpenFileName(boxParent(parent), caption, dir, filter, nullptr,
+    return QFileDialog::getOpenFileName(dialogParent(parent), caption, dir, filter, nullptr,
                                         QFileDialog::DontUseNativeDialog);
 }
 
 QStringList StudioWindow::getOpenFileNames(QWidget* parent, const QString& caption,
                                            const QString& dir, const QString& filter)
 {
-    return QFileDialog::getOpenFileNames(boxParent(parent), caption, dir, filter, nullptr,
+    return QFileDialog::getOpenFileNames(dialogParent(parent), caption, dir, filter, nullptr,
                                          QFileDialog::DontUseNativeDialog);
 }
 
 QString StudioWindow::getSaveFileName(QWidget* parent, const QString& caption, const QString& dir,
                                       const QString& filter)
 {
-    return QFileDialog::getSaveFileName(boxParent(parent), caption, dir, filter, nullptr,
+    return QFileDialog::getSaveFileName(dialogParent(parent), caption, dir, filter, nullptr,
                                         QFileDialog::DontUseNativeDialog);
 }
 
@@ -1014,7 +1019,7 @@ QString StudioWindow::getExistingDirectory(QWidget* parent, const QString& capti
                                            const QString& dir)
 {
     return QFileDialog::getExistingDirectory(
-        boxParent(parent), caption, dir,
+        dialogParent(parent), caption, dir,
         QFileDialog::ShowDirsOnly | QFileDialog::DontUseNativeDialog);
 }
 

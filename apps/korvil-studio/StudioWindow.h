@@ -153,10 +153,10 @@ public:
     void warning(QWidget* parent, const QString& caption, const QString& text) override;
     void information(QWidget* parent, const QString& caption, const QString& text) override;
     void critical(QWidget* parent, const QString& caption, const QString& text) override;
-    QMessageBox::StandardButton question(QWidget* parent, const QString& caption,
-                                         const QString& text, QMessageBox::StandardButtons buttons,
-                                         QMessageBox::StandardButton defaultButton,
-                                         QMessageBox::Icon icon) override;
+    StandardButton question(QWidget* parent, const QString& caption, const QString& text,
+                            StandardButtons buttons, StandardButton defaultButton,
+                            Icon icon) override;
+    QWidget* boxParent() const override;
     QString getText(QWidget* parent, const QString& caption, const QString& label,
                     const QString& text, bool* ok) override;
     QString getOpenFileName(QWidget* parent, const QString& caption, const QString& dir,
@@ -183,7 +183,7 @@ private:
     QAction* newAction(const char* objectName, const QString& text, const QKeySequence& shortcut,
                        const std::function<void()>& slot);
     // The parent of a box: the one given, else the window.
-    QWidget* boxParent(QWidget* parent);
+    QWidget* dialogParent(QWidget* parent);
     void showProject();
     void selectionChanged(QAStData* data);
     void updateActions();

@@ -3,13 +3,12 @@
 // shown as a table).
 #include "CommandLineStudio.h"
 #include "Commands.h"
-
 #include "QAStATag.h"
 #include "QAStFile.h"
 #include "QAStFileAnalyse.h"
 #include "QAStMetricManager.h"
-#include "QAStObjectManager.h"
 #include "QAStProject.h"
+#include "QAStTagLayout.h"
 #include "QMetElement.h"
 #include "QMetQuery.h"
 
@@ -170,10 +169,10 @@ QString placeOf(const QAStATag* tag, const QAStFile* within)
     return file + QString::number(tag->line());
 }
 
-void printEntries(const QList<QAStObjectManager::LayoutEntry>& entries, int depth, const QAStFile* within,
+void printEntries(const QList<QAStTagLayout::Entry>& entries, int depth, const QAStFile* within,
                   const QAStProject* project)
 {
-    for (const QAStObjectManager::LayoutEntry& entry : entries) {
+    for (const QAStTagLayout::Entry& entry : entries) {
         QString line = QString(2 * depth, u' ');
         const auto* file = qobject_cast<const QAStFile*>(entry.tag);
         if (file) {
@@ -201,7 +200,7 @@ int tags(QCommandLineParser& parser, CommandLineStudio& studio)
     static const QStringList layouts = {QStringLiteral("file"), QStringLiteral("type"),
                                         QStringLiteral("alpha"), QStringLiteral("alphabetical")};
     const int mode = std::min(int(layouts.indexOf(parser.value(layoutOption).toLower())),
-                              int(QAStObjectManager::SortAlpha));
+                              int(QAStTagLayout::SortAlpha));
     if (mode < 0) {
         err(QStringLiteral("tags: unknown layout \"%1\" (file, type or alpha)").arg(parser.value(layoutOption)));
         return Usage;
@@ -227,7 +226,7 @@ int tags(QCommandLineParser& parser, CommandLineStudio& studio)
     studio.endLine();
 
     const QList<QAStFile*> analysed = analyse.analysedFiles();
-    printEntries(QAStObjectManager::layout(analysed, mode), 0, nullptr, selection.project.get());
+    printEntries(QAStTagLayout::layout(analysed, mode), 0, nullptr, selection.project.get());
     const int failed = int(analyse.failedFiles().size()) + selection.faults;
     if (selection.files.isEmpty() && selection.faults == 0)
         err(QStringLiteral("tags: no source file to analyse"));

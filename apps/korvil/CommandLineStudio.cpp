@@ -1,6 +1,5 @@
 #include "CommandLineStudio.h"
 
-#include <QMetaEnum>
 
 #include <cstdio>
 
@@ -50,7 +49,7 @@ QString CommandLineStudio::messageText(const QString& text)
     return result;
 }
 
-QString CommandLineStudio::questionText(const QString& text, QMessageBox::StandardButton answer)
+QString CommandLineStudio::questionText(const QString& text, StandardButton answer)
 {
     QString line;
     for (const QString& part : messageLines(text)) {
@@ -58,8 +57,7 @@ QString CommandLineStudio::questionText(const QString& text, QMessageBox::Standa
             line += endsSentence(line) ? QLatin1String(" ") : QLatin1String(". ");
         line += part.trimmed();
     }
-    const char* word = QMetaEnum::fromType<QMessageBox::StandardButtons>().valueToKey(answer);
-    return QStringLiteral("korvil: %1 %2 (batch mode)\n").arg(line, QLatin1String(word));
+    return QStringLiteral("korvil: %1 %2 (batch mode)\n").arg(line, buttonName(answer));
 }
 
 void CommandLineStudio::writeOutput(const QString& text)
@@ -146,10 +144,10 @@ void CommandLineStudio::critical(QWidget*, const QString&, const QString& text)
     writeMessage(messageText(text));
 }
 
-QMessageBox::StandardButton CommandLineStudio::question(QWidget*, const QString&, const QString& text,
-                                                        QMessageBox::StandardButtons,
-                                                        QMessageBox::StandardButton defaultButton,
-                                                        QMessageBox::Icon)
+StudioInterface::StandardButton CommandLineStudio::question(QWidget*, const QString&, const QString& text,
+                                                        StandardButtons,
+                                                        StandardButton defaultButton,
+                                                        Icon)
 {
     writeMessage(questionText(text, defaultButton));
     return defaultButton;

@@ -25,10 +25,10 @@ public:
     void warning(QWidget* parent, const QString& caption, const QString& text) override;
     void information(QWidget* parent, const QString& caption, const QString& text) override;
     void critical(QWidget* parent, const QString& caption, const QString& text) override;
-    QMessageBox::StandardButton question(QWidget* parent, const QString& caption, const QString& text,
-                                         QMessageBox::StandardButtons buttons,
-                                         QMessageBox::StandardButton defaultButton,
-                                         QMessageBox::Icon icon) override;
+    StandardButton question(QWidget* parent, const QString& caption, const QString& text,
+                                         StandardButtons buttons,
+                                         StandardButton defaultButton,
+                                         Icon icon) override;
 
     QString getSaveFileName(QWidget* parent, const QString& caption, const QString& dir,
                             const QString& filter) override;
@@ -58,7 +58,7 @@ public:
     // A question and the answer taken, as one line for standard error:
     // "korvil: " and its lines joined (". " after a line that does not end
     // a sentence), then the answer and "(batch mode)".
-    static QString questionText(const QString& text, QMessageBox::StandardButton answer);
+    static QString questionText(const QString& text, StandardButton answer);
 
 private:
     void writeOutput(const QString& text);

@@ -1,5 +1,6 @@
 #include "QMetReader.h"
 
+#include "QAHost.h"
 #include "QAStData.h"
 #include "QAStProject.h"
 #include "QAXML.h"
@@ -11,7 +12,6 @@
 #include <QCoreApplication>
 #include <QDomDocument>
 #include <QFile>
-#include <QMainWindow>
 
 namespace {
 const QString nameAttribute = QStringLiteral("Name");
@@ -85,7 +85,7 @@ void QMetReader::reportParsingError(const QString& file, const QString& reason)
     if (QAStProject::modeBatch() || !host)
         QAStData::displayMessage(QAStData::MessageConsole, text);
     else
-        host->warning(QAStData::mainWindow(), QCoreApplication::translate("QMetReader", "Metrics"), text);
+        host->warning(QAHost::boxParent(), QCoreApplication::translate("QMetReader", "Metrics"), text);
 }
 
 // One element and everything inside it. Its file name and directory are

@@ -433,7 +433,7 @@ void QASTSplitSurvey::reportRejected()
     if (m_rejectedReported)
         return;
     m_rejectedReported = true;
-    QAStData::displayMessage(
+    QAHost::displayMessage(
         m_console,
         translated("Some lines have not been recognized during the split (file %1 contains the "
                    "rejected lines)")

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "QAStData.h"
+#include "QAHost.h"
 #include "sdk110_export.h"
 
 #include <QByteArray>
@@ -152,7 +152,7 @@ public:
     QAFileSurvey* survey() const { return m_survey; }
     // The console that receives the rejected-lines message (the message
     // console by default).
-    void setConsole(QAStData::Console console) { m_console = console; }
+    void setConsole(int console) { m_console = console; }
 
     // The output index of a line by its first two bytes (bytes are
     // unsigned: 0-255); length may hold the "\n" or not.
@@ -224,6 +224,6 @@ private:
     QAFileSurvey* m_survey; // owned
     QASTSplitOutputs m_outputs{OutputCount};
     bool m_rejectedReported = false;
-    QAStData::Console m_console = QAStData::MessageConsole;
+    int m_console = QAHost::MessageConsole;
     QByteArray m_stamped; // a record being stamped
 };

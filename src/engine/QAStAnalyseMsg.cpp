@@ -1,6 +1,6 @@
 #include "QAStAnalyseMsg.h"
 
-#include "QAStData.h"
+#include "QAHost.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -277,11 +277,11 @@ QString QAStAnalyseMsg::resolvedFile(const QString& file, const QString& baseDir
 bool QAStAnalyseMsg::editMessage(const QString& line, const QString& baseDirectory)
 {
     QAStAnalyseMsg message;
-    if (!QAStData::studioIFace() || !message.analyze(line))
+    if (!QAHost::studioInterface() || !message.analyze(line))
         return false;
     const QString path = resolvedFile(message.fileName(), baseDirectory);
     if (!QFileInfo(path).isFile())
         return false;
-    QAStData::editFile(path, message.lineNumber());
+    QAHost::editFile(path, message.lineNumber());
     return true;
 }

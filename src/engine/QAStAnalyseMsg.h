@@ -69,7 +69,7 @@ public:
     static QString resolvedFile(const QString& file, const QString& baseDirectory);
 
     // Opens the file a message names in the host's editor
-    // (QAStData::editFile): analyzes line, resolves the file against
+    // (QAHost::editFile): analyzes line, resolves the file against
     // baseDirectory and asks the host when the file exists. True when the
     // host was asked.
     static bool editMessage(const QString& line, const QString& baseDirectory);

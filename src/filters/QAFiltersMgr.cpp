@@ -2,7 +2,7 @@
 
 #include "QAFileUtil.h"
 #include "QAFilter.h"
-#include "QAFiltersMgrEditor.h"
+#include "QAFiltersMgrEditorView.h"
 #include "QAXML.h"
 
 #include <QDomDocument>
@@ -95,7 +95,7 @@ QAFiltersMgr::QAFiltersMgr(QObject* parent)
 
 QAFiltersMgr::~QAFiltersMgr()
 {
-    delete m_editor.data();
+    delete m_editorObject.data();
     qDeleteAll(m_filters);
 }
 
@@ -108,8 +108,8 @@ void QAFiltersMgr::addFilter(QAFilter* filter)
 void QAFiltersMgr::append(QAFilter* filter)
 {
     m_filters.append(filter);
-    if (m_editor)
-        m_editor->filterAdded(filter);
+    if (QAFiltersMgrEditorView* open = editor())
+        open->filterAdded(filter);
 }
 
 bool QAFiltersMgr::remove(int index)
@@ -117,8 +117,8 @@ bool QAFiltersMgr::remove(int index)
     if (index < 0 || index >= m_filters.size())
         return false;
     delete m_filters.takeAt(index);
-    if (m_editor)
-        m_editor->refresh();
+    if (QAFiltersMgrEditorView* open = editor())
+        open->refresh();
     emit filtersChanged();
     return true;
 }
@@ -159,37 +159,38 @@ void QAFiltersMgr::setModified(bool modified)
 
 void QAFiltersMgr::updateEnabled(QAFilter* filter)
 {
-    if (m_editor)
-        m_editor->updateEnabled(filter);
+    if (QAFiltersMgrEditorView* open = editor())
+        open->updateEnabled(filter);
     emit filtersChanged();
 }
 
-QAFiltersMgrEditor* QAFiltersMgr::editor() const
+QAFiltersMgrEditorView* QAFiltersMgr::editor() const
 {
-    return m_editor.data();
+    return m_editorObject ? m_editor : nullptr;
 }
 
 bool QAFiltersMgr::edit(QWidget* parent, const char* name)
 {
-    if (!m_editor) {
+    if (!editor()) {
         m_editor = createEditor(parent, name);
+        m_editorObject = m_editor ? m_editor->object() : nullptr;
         if (!m_editor)
             return false;
     }
     m_editor->setModified(m_modified);
     m_editor->refresh();
     m_editor->exec();
-    if (m_editor)
-        m_modified = m_editor->isModified();
+    if (QAFiltersMgrEditorView* open = editor())
+        m_modified = open->isModified();
     return true;
 }
 
-QAFiltersMgrEditor* QAFiltersMgr::createEditor(QWidget* parent, const char* name)
+QAFiltersMgrEditorView* QAFiltersMgr::createEditor(QWidget* parent, const char* name)
 {
-    auto* editor = new QAFiltersMgrEditor(this, parent);
-    if (name)
-        editor->setObjectName(QString::fromLatin1(name));
-    return editor;
+    QAFiltersMgrEditorView* made = QAFiltersMgrEditorView::make(this, parent);
+    if (made && name)
+        made->object()->setObjectName(QString::fromLatin1(name));
+    return made;
 }
 
 QAFilter* QAFiltersMgr::createFilter()

@@ -9,7 +9,7 @@
 #include <QStringList>
 
 class QAFilter;
-class QAFiltersMgrEditor;
+class QAFiltersMgrEditorView;
 class QDomDocument;
 class QDomElement;
 class QWidget;
@@ -74,13 +74,15 @@ public:
     void updateEnabled(QAFilter* filter);
 
     // The editor made by the first edit(); null before.
-    QAFiltersMgrEditor* editor() const;
+    QAFiltersMgrEditorView* editor() const;
     // Makes the editor through createEditor on first use (false when it
     // gives none), hands it the modified flag, runs it as a modal dialog and
     // takes the flag back.
     virtual bool edit(QWidget* parent = nullptr, const char* name = nullptr);
-    // A new editor of the manager (a QAFiltersMgrEditor in the base).
-    virtual QAFiltersMgrEditor* createEditor(QWidget* parent, const char* name);
+    // A new editor of the manager: in the base, the widgets library's
+    // QAFiltersMgrEditor (QAFiltersMgrEditorView::make), named name; null
+    // without the widgets library.
+    virtual QAFiltersMgrEditorView* createEditor(QWidget* parent, const char* name);
     // A new filter of the viewer's kind (a plain QAFilter in the base); the
     // caller owns it.
     virtual QAFilter* createFilter();
@@ -116,5 +118,7 @@ private:
 
     QAFilterList m_filters;
     bool m_modified = false;
-    QPointer<QAFiltersMgrEditor> m_editor;
+    // The editor, while its dialog lives.
+    QAFiltersMgrEditorView* m_editor = nullptr;
+    QPointer<QObject> m_editorObject;
 };

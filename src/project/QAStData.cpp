@@ -1,5 +1,6 @@
 #include "QAStData.h"
 
+#include "QAHost.h"
 #include "QAInstall.h"
 #include "QAProcess.h"
 #include "QARes.h"
@@ -30,7 +31,6 @@ namespace {
 
 // The state behind the static services.
 struct Services {
-    StudioInterface* host = nullptr;
     QARes* preferenceResources = nullptr;
     QString loadReport;
     quint32 nextQuid = 1;
@@ -929,16 +929,15 @@ void QAStData::appendLoadReport(const QString& text)
 
 void QAStData::initialize(StudioInterface* host, QARes* preferenceResources)
 {
-    Services& s = services();
-    s.host = host;
-    s.preferenceResources = preferenceResources;
+    QAHost::setInterface(host);
+    services().preferenceResources = preferenceResources;
     if (preferenceResources)
         preferences()->load(preferenceResources);
 }
 
 StudioInterface* QAStData::studioIFace()
 {
-    return services().host;
+    return QAHost::studioInterface();
 }
 
 QARes* QAStData::preferenceResources()
@@ -948,46 +947,27 @@ QARes* QAStData::preferenceResources()
 
 QMainWindow* QAStData::mainWindow()
 {
-    StudioInterface* host = studioIFace();
-    return host ? host->mainWindow() : nullptr;
+    return QAHost::mainWindow();
 }
 
 QAStProjectPref* QAStData::preferences()
 {
-    static QAStProjectPref* prefs = [] {
-        static QAStProjectPref loaded;
-        loaded.load();
-        return &loaded;
-    }();
-    return prefs;
+    return QAStProjectPref::instance();
 }
 
 void QAStData::displayMessage(QAStData::Console console, const QString& text)
 {
-    if (StudioInterface* host = studioIFace())
-        host->displayMessage(console == OutputConsole ? 0 : 1, text);
-    else
-        qWarning("%s", qPrintable(text));
+    QAHost::displayMessage(console, text);
 }
 
 void QAStData::clearMessage(QAStData::Console console)
 {
-    if (StudioInterface* host = studioIFace())
-        host->clearMessage(console == OutputConsole ? 0 : 1);
+    QAHost::clearMessage(console);
 }
 
 QString QAStData::installDir()
 {
-    for (const char* variable : {"ZELTAHOME", "KORVILDIR"}) {
-        const QString dir = qEnvironmentVariable(variable);
-        if (!dir.isEmpty())
-            return dir;
-    }
-    if (!QCoreApplication::instance())
-        return QString();
-    const QString beside =
-        QDir::cleanPath(QCoreApplication::applicationDirPath() + QLatin1String("/../share/korvil"));
-    return QFileInfo(beside).isDir() ? beside : QString();
+    return QAInstall::installDir();
 }
 
 QString QAStData::binaryDir()
@@ -1039,8 +1019,7 @@ QPixmap QAStData::pixmap(const QString& fileName)
 
 void QAStData::editFile(const QString& file, int line)
 {
-    if (StudioInterface* host = studioIFace())
-        host->editFile(file, line);
+    QAHost::editFile(file, line);
 }
 
 int QAStData::getViewerIdByName(const QString& name)

@@ -3,18 +3,17 @@
 #include "QAFileUtil.h"
 #include "QAPropertyMapGroup.h"
 #include "QAStConfiguration.h"
+#include "QAStMenus.h"
 #include "QAStPerlGen.h"
 #include "QAStProject.h"
 #include "QAStPropertyFilters.h"
 #include "QAStTargetPackage.h"
 
-#include <QAction>
 #include <QCoreApplication>
 #include <QDir>
 #include <QDomElement>
 #include <QFile>
 #include <QHash>
-#include <QMenu>
 #include <QTextStream>
 
 #include <algorithm>
@@ -505,24 +504,12 @@ QString QAStNode::freshChildName(const QString& tag) const
 
 QMenu* QAStNode::addChildPopupMenu(QWidget* parent)
 {
-    auto* menu = new QMenu(QCoreApplication::translate(labelContext, "Add"), parent);
-    for (const QString& tag : addableChildKinds()) {
-        QAction* action = menu->addAction(kindLabel(tag));
-        action->setData(tag);
-        connect(action, &QAction::triggered, this, [this, tag] { addNewChild(tag); });
-    }
-    return menu;
+    return QAStMenus::addChildMenu(this, parent);
 }
 
 QMenu* QAStNode::popupMenu(QWidget* parent)
 {
-    auto* menu = new QMenu(parent);
-    QMenu* add = addChildPopupMenu(menu);
-    if (add->isEmpty())
-        delete add;
-    else
-        menu->addMenu(add);
-    return menu;
+    return QAStMenus::nodeMenu(this, parent);
 }
 
 QString QAStNode::kindLabel(const QString& tag)

@@ -2,6 +2,7 @@
 #include "QAStNode.h"
 
 #include "QAFileUtil.h"
+#include "QAHost.h"
 #include "QAStConfiguration.h"
 #include "QAStNodeFileRef.h"
 #include "QAStNodeSource.h"
@@ -17,8 +18,6 @@
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QMainWindow>
-#include <QMessageBox>
 #include <QSet>
 #include <QTextStream>
 
@@ -184,23 +183,24 @@ void QAStNode::executeOrDebug(bool debug)
         return;
     m_debugRun = debug;
     if (!QAStProject::modeBatch() && hasSomethingToExecute() && changedSinceBuild()) {
-        const QMessageBox::StandardButton answer = [this] {
+        const StudioInterface::StandardButton answer = [this] {
             StudioInterface* host = studioIFace();
             const QString title = tr("%1 execution").arg(name());
             const QString text = tr("You have changed settings, compilation flags or source file "
                                     "content.\nDo you want to rebuild the node?");
             if (!host)
-                return QMessageBox::Yes;
-            return host->question(mainWindow(), title, text, QMessageBox::Yes | QMessageBox::Cancel,
-                                  QMessageBox::Yes, QMessageBox::Warning);
+                return StudioInterface::Yes;
+            return host->question(QAHost::boxParent(), title, text,
+                                  StudioInterface::Yes | StudioInterface::Cancel, StudioInterface::Yes,
+                                  StudioInterface::Warning);
         }();
-        if (answer == QMessageBox::Yes) {
+        if (answer == StudioInterface::Yes) {
             // Build, then execute when the build went well.
             m_then = Then::Execute;
             buildProcess(false);
             return;
         }
-        if (answer != QMessageBox::No) {
+        if (answer != StudioInterface::No) {
             // Canceled: the command ends at once, and says so.
             m_walkSucceeded = false;
             emit buildExecuteInvoked();

@@ -1,6 +1,7 @@
 #include "QAStProject.h"
 
 #include "QAFileUtil.h"
+#include "QAHost.h"
 #include "QAInstall.h"
 #include "QARes.h"
 #include "QAStConfiguration.h"
@@ -30,7 +31,6 @@
 #include <QDomElement>
 #include <QFile>
 #include <QFileInfo>
-#include <QMainWindow>
 #include <QSignalBlocker>
 #include <QTextStream>
 
@@ -40,7 +40,6 @@
 
 namespace {
 
-bool batchMode = false;
 
 // Resource errors of an older project file become lines of the load
 // report, "file:line: message", while it is read.
@@ -365,9 +364,10 @@ bool QAStProject::askToRebuildFileTree(const QString& text) const
         displayMessage(MessageConsole, text);
         return true;
     }
-    return host->question(mainWindow(), tr("Project"), text, QMessageBox::Yes | QMessageBox::No,
-                          QMessageBox::Yes, QMessageBox::Information)
-           == QMessageBox::Yes;
+    return host->question(QAHost::boxParent(), tr("Project"), text,
+                          StudioInterface::Yes | StudioInterface::No, StudioInterface::Yes,
+                          StudioInterface::Information)
+           == StudioInterface::Yes;
 }
 
 void QAStProject::takeCurrentConfigurationToSubProjects()
@@ -500,7 +500,7 @@ void QAStProject::warning(const QString& text)
     if (modeBatch() || !host)
         displayMessage(MessageConsole, text);
     else
-        host->warning(mainWindow(), tr("Project"), text);
+        host->warning(QAHost::boxParent(), tr("Project"), text);
 }
 
 QString QAStProject::askFileName(FileChooser chooser, const QString& caption,
@@ -510,8 +510,8 @@ QString QAStProject::askFileName(FileChooser chooser, const QString& caption,
     if (modeBatch() || !host)
         return QString();
     return chooser == FileChooser::Save
-               ? host->getSaveFileName(mainWindow(), caption, directory(), filter)
-               : host->getOpenFileName(mainWindow(), caption, directory(), filter);
+               ? host->getSaveFileName(QAHost::boxParent(), caption, directory(), filter)
+               : host->getOpenFileName(QAHost::boxParent(), caption, directory(), filter);
 }
 
 // --- writing and reading
@@ -761,12 +761,12 @@ void QAStProject::setPluginList(const QStringList& features)
 
 bool QAStProject::modeBatch()
 {
-    return batchMode;
+    return QAHost::batchMode();
 }
 
 void QAStProject::setModeBatch(bool batch)
 {
-    batchMode = batch;
+    QAHost::setBatchMode(batch);
 }
 
 // --- files and sub-projects

@@ -1,6 +1,6 @@
 #include "QAPropertyBool.h"
 
-#include "QAPropertyBoolWidget.h"
+#include "QAPropertyEditorFactory.h"
 
 #include <QCoreApplication>
 
@@ -23,7 +23,7 @@ QMetaType::Type QAPropertyBool::type() const
 
 QWidget* QAPropertyBool::createEditor(QWidget* parent)
 {
-    return new QAPropertyBoolWidget(this, parent);
+    return QAPropertyEditorFactory::create(QStringLiteral("Bool"), this, parent);
 }
 
 QString QAPropertyBool::text(bool b) const

@@ -1,6 +1,6 @@
 #include "QAPropertyComboInt.h"
 
-#include "QAPropertyComboIntWidget.h"
+#include "QAPropertyEditorFactory.h"
 
 QAPropertyComboInt::QAPropertyComboInt(const QString& name)
     : QAProperty(name)
@@ -24,7 +24,7 @@ QMetaType::Type QAPropertyComboInt::type() const
 
 QWidget* QAPropertyComboInt::createEditor(QWidget* parent)
 {
-    return new QAPropertyComboIntWidget(this, parent);
+    return QAPropertyEditorFactory::create(QStringLiteral("ComboInt"), this, parent);
 }
 
 QStringList QAPropertyComboInt::itemTexts() const

@@ -1,6 +1,6 @@
 #include "QAPropertyComboString.h"
 
-#include "QAPropertyComboStringWidget.h"
+#include "QAPropertyEditorFactory.h"
 
 QAPropertyComboString::QAPropertyComboString(const QString& name)
     : QAProperty(name)
@@ -22,7 +22,7 @@ QMetaType::Type QAPropertyComboString::type() const
 
 QWidget* QAPropertyComboString::createEditor(QWidget* parent)
 {
-    return new QAPropertyComboStringWidget(this, parent);
+    return QAPropertyEditorFactory::create(QStringLiteral("ComboString"), this, parent);
 }
 
 void QAPropertyComboString::insertItem(const QString& text, const QString& value)

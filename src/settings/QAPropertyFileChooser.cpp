@@ -1,52 +1,37 @@
 #include "QAPropertyFileChooser.h"
 
-#include <QFileDialog>
-
 namespace {
 
-QStringList chooseWithFileDialog(QWidget* parent, const QAPropertyFileChooser::Request& request)
+QAPropertyFileChooser::Chooser& defaultChooser()
 {
-    QFileDialog dialog(parent, request.caption, request.startPath,
-                       QAPropertyFileChooser::filterString(request.filters));
-    switch (request.mode) {
-    case QAPropertyFileChooser::ExistingFile:
-        dialog.setFileMode(QFileDialog::ExistingFile);
-        break;
-    case QAPropertyFileChooser::AnyFile:
-        dialog.setFileMode(QFileDialog::AnyFile);
-        break;
-    case QAPropertyFileChooser::Directory:
-        dialog.setFileMode(QFileDialog::Directory);
-        break;
-    case QAPropertyFileChooser::DirectoryOnly:
-        dialog.setFileMode(QFileDialog::Directory);
-        dialog.setOption(QFileDialog::ShowDirsOnly);
-        break;
-    case QAPropertyFileChooser::ExistingFiles:
-        dialog.setFileMode(QFileDialog::ExistingFiles);
-        break;
-    }
-    return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles() : QStringList();
+    static QAPropertyFileChooser::Chooser chooser;
+    return chooser;
 }
 
 QAPropertyFileChooser::Chooser& installedChooser()
 {
-    static QAPropertyFileChooser::Chooser chooser = &chooseWithFileDialog;
+    static QAPropertyFileChooser::Chooser chooser;
     return chooser;
 }
 
-}
+} // namespace
 
 QAPropertyFileChooser::Chooser QAPropertyFileChooser::setChooser(Chooser chooser)
 {
     Chooser previous = installedChooser();
-    installedChooser() = chooser ? std::move(chooser) : Chooser(&chooseWithFileDialog);
+    installedChooser() = std::move(chooser);
     return previous;
+}
+
+void QAPropertyFileChooser::setDefaultChooser(Chooser chooser)
+{
+    defaultChooser() = std::move(chooser);
 }
 
 QStringList QAPropertyFileChooser::choose(QWidget* parent, const Request& request)
 {
-    return installedChooser()(parent, request);
+    const Chooser& chooser = installedChooser() ? installedChooser() : defaultChooser();
+    return chooser ? chooser(parent, request) : QStringList();
 }
 
 bool QAPropertyFileChooser::modeFromString(const QString& text, Mode* mode)

@@ -13,7 +13,9 @@ class QWidget;
 // never opens a chooser on its own: the path widgets call choose() only on
 // the user's click, and a host replaces the chooser (a batch host with one
 // that answers without asking, a test with one that returns fixed paths).
-// The default chooser is a QFileDialog.
+// The default chooser is the widgets library's QFileDialog, which it
+// installs when it is loaded (setDefaultChooser); without it nothing is
+// chosen.
 class SDK110_EXPORT QAPropertyFileChooser {
 public:
     // What the dialog lets the user pick.
@@ -30,8 +32,10 @@ public:
     using Chooser = std::function<QStringList(QWidget* parent, const Request& request)>;
 
     // Installs a chooser and returns the one it replaces; an empty function
-    // restores the QFileDialog.
+    // restores the default one.
     static Chooser setChooser(Chooser chooser);
+    // The chooser an empty setChooser restores.
+    static void setDefaultChooser(Chooser chooser);
     static QStringList choose(QWidget* parent, const Request& request);
 
     // Reads a mode name: "ExistingFile", "AnyFile", "Directory",

@@ -1,6 +1,6 @@
 #include "QAPropertyInt.h"
 
-#include "QAPropertyIntWidget.h"
+#include "QAPropertyEditorFactory.h"
 
 QAPropertyInt::QAPropertyInt(const QString& name, int min, int max, int step)
     : QAProperty(name)
@@ -25,7 +25,7 @@ QMetaType::Type QAPropertyInt::type() const
 
 QWidget* QAPropertyInt::createEditor(QWidget* parent)
 {
-    return new QAPropertyIntWidget(this, parent);
+    return QAPropertyEditorFactory::create(QStringLiteral("Int"), this, parent);
 }
 
 QAPropertyAttrInt::~QAPropertyAttrInt() = default;

@@ -1,6 +1,6 @@
 #include "QAPropertyLineEdit.h"
 
-#include "QAPropertyLineEditWidget.h"
+#include "QAPropertyEditorFactory.h"
 
 QAPropertyLineEdit::QAPropertyLineEdit(const QString& name)
     : QAProperty(name)
@@ -21,7 +21,7 @@ QMetaType::Type QAPropertyLineEdit::type() const
 
 QWidget* QAPropertyLineEdit::createEditor(QWidget* parent)
 {
-    return new QAPropertyLineEditWidget(this, parent);
+    return QAPropertyEditorFactory::create(QStringLiteral("LineEdit"), this, parent);
 }
 
 QVariant QAPropertyLineEdit::convertedValue(QMetaType::Type, const QVariant& v)

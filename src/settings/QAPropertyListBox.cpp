@@ -1,6 +1,6 @@
 #include "QAPropertyListBox.h"
 
-#include "QAPropertyListBoxWidget.h"
+#include "QAPropertyEditorFactory.h"
 
 QAPropertyListBox::QAPropertyListBox(const QString& name)
     : QAProperty(name)
@@ -21,7 +21,7 @@ QMetaType::Type QAPropertyListBox::type() const
 
 QWidget* QAPropertyListBox::createEditor(QWidget* parent)
 {
-    return new QAPropertyListBoxWidget(this, parent);
+    return QAPropertyEditorFactory::create(QStringLiteral("ListBox"), this, parent);
 }
 
 QAPropertyAttrListBox::~QAPropertyAttrListBox() = default;

@@ -1,6 +1,6 @@
 #include "QAPropertyPathBox.h"
 
-#include "QAPropertyPathBoxWidget.h"
+#include "QAPropertyEditorFactory.h"
 
 QAPropertyPathBox::QAPropertyPathBox(const QString& name)
     : QAProperty(name)
@@ -21,7 +21,7 @@ QMetaType::Type QAPropertyPathBox::type() const
 
 QWidget* QAPropertyPathBox::createEditor(QWidget* parent)
 {
-    return new QAPropertyPathBoxWidget(this, parent);
+    return QAPropertyEditorFactory::create(QStringLiteral("PathBox"), this, parent);
 }
 
 QString QAPropertyPathBox::filter() const

@@ -1,6 +1,6 @@
 #include "QAPropertyPathItem.h"
 
-#include "QAPropertyPathItemWidget.h"
+#include "QAPropertyEditorFactory.h"
 
 QAPropertyPathItem::QAPropertyPathItem(const QString& name)
     : QAProperty(name)
@@ -21,7 +21,7 @@ QMetaType::Type QAPropertyPathItem::type() const
 
 QWidget* QAPropertyPathItem::createEditor(QWidget* parent)
 {
-    return new QAPropertyPathItemWidget(this, parent);
+    return QAPropertyEditorFactory::create(QStringLiteral("PathItem"), this, parent);
 }
 
 QString QAPropertyPathItem::filter() const

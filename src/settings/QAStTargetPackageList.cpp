@@ -1,8 +1,8 @@
 #include "QAStTargetPackageList.h"
 
+#include "QAHost.h"
 #include "QAILogMonitor.h"
 #include "QARes.h"
-#include "QAStData.h"
 #include "QAStProjectPref.h"
 #include "QAStTargetPackage.h"
 #include "StudioInterface.h"
@@ -11,7 +11,6 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QLoggingCategory>
-#include <QMainWindow>
 
 #include <algorithm>
 #include <memory>
@@ -33,7 +32,7 @@ public:
     void report(const QString& text)
     {
         ++m_faults;
-        QAStData::displayMessage(QAStData::MessageConsole, text);
+        QAHost::displayMessage(QAHost::MessageConsole, text);
         if (m_monitor)
             m_monitor->log(text);
     }
@@ -124,7 +123,7 @@ std::unique_ptr<QAStTargetPackageList>& installed()
 void reportInitializationError(QAILogMonitor* monitor)
 {
     const QString text = tr("Error when initializing Target Package List, see the reason above");
-    QAStData::displayMessage(QAStData::MessageConsole, text);
+    QAHost::displayMessage(QAHost::MessageConsole, text);
     if (monitor)
         monitor->log(text);
 }
@@ -133,8 +132,8 @@ void warnNoPackage()
 {
     const QString text = tr("Unable to find any Target Deployment port for your\nKorvil installation.\n"
                             "Please check your Project's Preferences > TDP Directories");
-    if (StudioInterface* host = QAStData::studioIFace())
-        host->warning(QAStData::mainWindow(), tr("Target Deployment Package"), text);
+    if (StudioInterface* host = QAHost::studioInterface())
+        host->warning(QAHost::boxParent(), tr("Target Deployment Package"), text);
     else
         qWarning("%s", qUtf8Printable(text));
 }
@@ -271,7 +270,7 @@ bool QAStTargetPackageList::buildInstalled(QAILogMonitor* monitor)
     if (list)
         return true;
     list = std::make_unique<QAStTargetPackageList>();
-    const bool scanned = list->scan(QAStData::preferences()->tdpDirectories(), monitor);
+    const bool scanned = list->scan(QAStProjectPref::instance()->tdpDirectories(), monitor);
     if (!scanned)
         reportInitializationError(monitor);
     if (list->isEmpty())

@@ -6,6 +6,7 @@
 #include "QAFileSurvey.h"
 #include "QASTSplitJavaPSurvey.h"
 #include "QASTSplitSurvey.h"
+#include "QAStData.h"
 #include "RecordingStudio.h"
 #include "TestFiles.h"
 

@@ -122,11 +122,12 @@ void TestServices::recordingStudioAnswersFromItsQueues()
     RecordingStudio studio;
     studio.answer(QMessageBox::No);
     const auto ask = [&studio](const QString& text) {
-        return studio.question(nullptr, QStringLiteral("c"), text, QMessageBox::Yes | QMessageBox::No,
-                               QMessageBox::Yes, QMessageBox::Question);
+        return studio.question(nullptr, QStringLiteral("c"), text,
+                               StudioInterface::Yes | StudioInterface::No, StudioInterface::Yes,
+                               StudioInterface::Question);
     };
-    QCOMPARE(ask(QStringLiteral("first?")), QMessageBox::No);
-    QCOMPARE(ask(QStringLiteral("second?")), QMessageBox::Yes); // queue empty: the default
+    QCOMPARE(ask(QStringLiteral("first?")), StudioInterface::No);
+    QCOMPARE(ask(QStringLiteral("second?")), StudioInterface::Yes); // queue empty: the default
     QCOMPARE(studio.requestTexts(RecordingStudio::Request::Question), (QStringList{"first?", "second?"}));
     QCOMPARE(studio.requests().at(1).answer, QMessageBox::Yes);
 

@@ -428,14 +428,14 @@ private slots:
     {
         m_boxes->click(QMessageBox::No);
         QCOMPARE(m_window->question(nullptr, QStringLiteral("Q"), QStringLiteral("Go on?"),
-                                    QMessageBox::Yes | QMessageBox::No, QMessageBox::Yes,
-                                    QMessageBox::Question),
-                 QMessageBox::No);
+                                    StudioInterface::Yes | StudioInterface::No, StudioInterface::Yes,
+                                    StudioInterface::Question),
+                 StudioInterface::No);
         m_boxes->then([](QWidget* box) { static_cast<QDialog*>(box)->reject(); });
         QCOMPARE(m_window->question(nullptr, QStringLiteral("Q"), QStringLiteral("Go on?"),
-                                    QMessageBox::Yes | QMessageBox::Cancel, QMessageBox::Yes,
-                                    QMessageBox::Question),
-                 QMessageBox::Cancel);
+                                    StudioInterface::Yes | StudioInterface::Cancel, StudioInterface::Yes,
+                                    StudioInterface::Question),
+                 StudioInterface::Cancel);
         m_boxes->then([](QWidget* box) {
             auto* input = qobject_cast<QInputDialog*>(box);
             QVERIFY(input);

@@ -21,6 +21,11 @@ void RecordingStudio::install()
 
 void RecordingStudio::answer(QMessageBox::StandardButton button)
 {
+    answer(StandardButton(button));
+}
+
+void RecordingStudio::answer(StandardButton button)
+{
     m_buttons.append(button);
 }
 
@@ -139,16 +144,13 @@ void RecordingStudio::critical(QWidget*, const QString& caption, const QString& 
     record(Request::Critical, caption, text);
 }
 
-QMessageBox::StandardButton RecordingStudio::question(QWidget*, const QString& caption,
-                                                      const QString& text,
-                                                      QMessageBox::StandardButtons,
-                                                      QMessageBox::StandardButton defaultButton,
-                                                      QMessageBox::Icon)
+StudioInterface::StandardButton RecordingStudio::question(QWidget*, const QString& caption,
+                                                         const QString& text, StandardButtons,
+                                                         StandardButton defaultButton, Icon)
 {
-    const QMessageBox::StandardButton chosen =
-        m_buttons.isEmpty() ? defaultButton : m_buttons.takeFirst();
+    const StandardButton chosen = m_buttons.isEmpty() ? defaultButton : m_buttons.takeFirst();
     record(Request::Question, caption, text);
-    m_requests.last().answer = chosen;
+    m_requests.last().answer = QMessageBox::StandardButton(chosen);
     return chosen;
 }
 

@@ -38,6 +38,7 @@ public:
 
     // --- scripted answers, each used once, first in first out
     void answer(QMessageBox::StandardButton button);
+    void answer(StandardButton button);
     void answerText(const QString& text, bool ok = true);
     // For open, save and directory choosers; a list answers getOpenFileNames.
     void answerPath(const QString& path);
@@ -83,10 +84,9 @@ public:
     void warning(QWidget* parent, const QString& caption, const QString& text) override;
     void information(QWidget* parent, const QString& caption, const QString& text) override;
     void critical(QWidget* parent, const QString& caption, const QString& text) override;
-    QMessageBox::StandardButton question(QWidget* parent, const QString& caption,
-                                         const QString& text, QMessageBox::StandardButtons buttons,
-                                         QMessageBox::StandardButton defaultButton,
-                                         QMessageBox::Icon icon) override;
+    StandardButton question(QWidget* parent, const QString& caption, const QString& text,
+                            StandardButtons buttons, StandardButton defaultButton,
+                            Icon icon) override;
     QString getText(QWidget* parent, const QString& caption, const QString& label,
                     const QString& text, bool* ok) override;
     QString getOpenFileName(QWidget* parent, const QString& caption, const QString& dir,
@@ -118,7 +118,7 @@ private:
     QString m_cmTool;
     QStringList m_viewers;
 
-    QList<QMessageBox::StandardButton> m_buttons;
+    QList<StandardButton> m_buttons;
     QList<TextAnswer> m_texts;
     QList<QStringList> m_paths;
     int m_cancelAt = -1;
