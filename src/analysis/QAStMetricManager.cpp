@@ -4,6 +4,7 @@
 #include "QAStDriverBatch.h"
 #include "QAStPerlGen.h"
 #include "QAStProject.h"
+#include "QATr.h"
 #include "StudioInterface.h"
 
 #include <QCoreApplication>
@@ -17,11 +18,6 @@
 #include <algorithm>
 
 namespace {
-QString translate(const char* text)
-{
-    return QCoreApplication::translate("QAStMetricManager", text);
-}
-
 // The host that shows the progress: none in batch mode.
 StudioInterface* progressHost()
 {
@@ -113,8 +109,8 @@ bool QAStMetricManager::start()
     }
     emit computeMetricStarted();
     if (StudioInterface* host = progressHost())
-        host->startProgress(translate("Computing Metric in progress"),
-                            m_cancelEnabled ? translate("Abort") : QString(), int(m_files.size()));
+        host->startProgress(QATr::analysis("Computing Metric in progress"),
+                            m_cancelEnabled ? QATr::analysis("Abort") : QString(), int(m_files.size()));
     m_next.start();
     return true;
 }
@@ -184,7 +180,7 @@ bool QAStMetricManager::startFile()
 {
     const QString file = m_files.at(m_index);
     if (StudioInterface* host = progressHost())
-        host->setProgressLabel(translate("Compute Metric for File:%1").arg(file));
+        host->setProgressLabel(QATr::analysis("Compute Metric for File:%1").arg(file));
     emit computeFileStarted(file);
     return m_inProgress && !m_stopping; // a receiver may stop the run
 }
@@ -206,7 +202,7 @@ bool QAStMetricManager::runBatch(const QStringList& files)
         QDir(m_metricDirectory).filePath(QStringLiteral("Metrics-XXXXXX.pl")));
     if (!m_assignmentFile->open()) {
         QAStData::displayMessage(QAStData::OutputConsole,
-                                 translate("%1: cannot write the assignment file: %2\n")
+                                 QATr::analysis("%1: cannot write the assignment file: %2\n")
                                      .arg(files.constFirst(), m_assignmentFile->errorString()));
         return false;
     }

@@ -1,5 +1,6 @@
 #include "QMetElement.h"
 
+#include "QATr.h"
 #include "QMetMetric.h"
 
 #include <QCoreApplication>
@@ -14,11 +15,6 @@ const QString fileType = QStringLiteral("FILE");
 const QString classType = QStringLiteral("CLASS");
 const QString effortKey = QStringLiteral("Effort");
 const QString effortSumKey = QStringLiteral("Effort_SUM");
-
-QString translate(const char* text)
-{
-    return QCoreApplication::translate("QMetElement", text);
-}
 
 // The running figures of one key over a list of elements.
 struct Accumulator {
@@ -288,11 +284,11 @@ struct QMetElement::DerivedTexts {
         QString names[8];
     };
 
-    QString prefixes[4] = {translate("Sum of "), translate("Mean of "), translate("Max of "),
-                           translate("Standard deviation of ")};
-    QString classEnd = translate(" for complete Class");
-    QString testingTime = translate("Testing Time");
-    QString testingTimeSum = translate("Sum of Testing Time");
+    QString prefixes[4] = {QATr::analysis("Sum of "), QATr::analysis("Mean of "), QATr::analysis("Max of "),
+                           QATr::analysis("Standard deviation of ")};
+    QString classEnd = QATr::analysis(" for complete Class");
+    QString testingTime = QATr::analysis("Testing Time");
+    QString testingTimeSum = QATr::analysis("Sum of Testing Time");
     QHash<QString, Aggregates> aggregates;
     Aggregates other;
 

@@ -1,8 +1,10 @@
 #include "QMetReader.h"
 
 #include "QAHost.h"
+#include "QALogging.h"
 #include "QAStData.h"
 #include "QAStProject.h"
+#include "QATr.h"
 #include "QAXML.h"
 #include "QMetElement.h"
 #include "QMetMetric.h"
@@ -79,13 +81,13 @@ QDomElement QMetReader::readXmlFile(const QString& file)
 void QMetReader::reportParsingError(const QString& file, const QString& reason)
 {
     m_errors.append(QStringLiteral("%1: %2").arg(file, reason));
-    qWarning("Parsing error for file %s: %s", qUtf8Printable(file), qUtf8Printable(reason));
-    const QString text = QCoreApplication::translate("QMetReader", "Parsing error for file %1").arg(file);
+    qCWarning(lcAnalysis, "Parsing error for file %s: %s", qUtf8Printable(file), qUtf8Printable(reason));
+    const QString text = QATr::analysis("Parsing error for file %1").arg(file);
     StudioInterface* host = QAStData::studioIFace();
     if (QAStProject::modeBatch() || !host)
         QAStData::displayMessage(QAStData::MessageConsole, text);
     else
-        host->warning(QAHost::boxParent(), QCoreApplication::translate("QMetReader", "Metrics"), text);
+        host->warning(QAHost::boxParent(), QATr::analysis("Metrics"), text);
 }
 
 // One element and everything inside it. Its file name and directory are

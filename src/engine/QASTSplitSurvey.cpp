@@ -1,6 +1,7 @@
 #include "QASTSplitSurvey.h"
 
 #include "QAFileSurvey.h"
+#include "QATr.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -298,11 +299,6 @@ bool stampRecord(int index, const char* line, qsizetype length, QByteArray& stam
     return true;
 }
 
-QString translated(const char* text)
-{
-    return QCoreApplication::translate("QASTSplitSurvey", text);
-}
-
 }
 
 // ---------------------------------------------------------------- survey
@@ -435,7 +431,7 @@ void QASTSplitSurvey::reportRejected()
     m_rejectedReported = true;
     QAHost::displayMessage(
         m_console,
-        translated("Some lines have not been recognized during the split (file %1 contains the "
+        QATr::engine("Some lines have not been recognized during the split (file %1 contains the "
                    "rejected lines)")
             .arg(m_outputs.path(Rejected)));
 }
@@ -445,13 +441,13 @@ bool QASTSplitSurvey::splitFile(const QString& input, const QString& outputDir, 
     QFile probe(input);
     if (!probe.open(QIODevice::ReadOnly)) {
         if (error)
-            *error = translated("Cannot read %1: %2").arg(input, probe.errorString());
+            *error = QATr::engine("Cannot read %1: %2").arg(input, probe.errorString());
         return false;
     }
     probe.close();
     if (!QDir().mkpath(outputDir)) {
         if (error)
-            *error = translated("Cannot make the directory %1").arg(outputDir);
+            *error = QATr::engine("Cannot make the directory %1").arg(outputDir);
         return false;
     }
     QASTSplitSurvey split(input);
@@ -460,7 +456,7 @@ bool QASTSplitSurvey::splitFile(const QString& input, const QString& outputDir, 
         const QString path = dir.filePath(defaultOutputName(index));
         if (QFileInfo(path) == QFileInfo(input)) {
             if (error)
-                *error = translated("Cannot split %1 into itself").arg(input);
+                *error = QATr::engine("Cannot split %1 into itself").arg(input);
             return false;
         }
         split.m_outputs.setPath(index, path);

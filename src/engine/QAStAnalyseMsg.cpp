@@ -1,6 +1,7 @@
 #include "QAStAnalyseMsg.h"
 
 #include "QAHost.h"
+#include "QALogging.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -242,7 +243,7 @@ bool QAStAnalyseMsg::analyzeLineNumber(const QString& line, int from, const char
         return false;
     const QRegularExpression re = formExpression(before, after);
     if (!re.isValid()) {
-        qWarning("QAStAnalyseMsg: invalid message form \"%s\": %s", before,
+        qCWarning(lcEngine, "QAStAnalyseMsg: invalid message form \"%s\": %s", before,
                  qPrintable(re.errorString()));
         return false;
     }

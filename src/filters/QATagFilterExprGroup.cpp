@@ -1,16 +1,17 @@
 #include "QATagFilterExprGroup.h"
 
 #include "QATagFilterExpr.h"
+#include "QATr.h"
 
 #include <QCoreApplication>
 
 namespace {
 
 const char* const typeNames[QATagFilterExpr::typeCount] = {
-    QT_TRANSLATE_NOOP("QATagFilterExprGroup", "Name"),
-    QT_TRANSLATE_NOOP("QATagFilterExprGroup", "Kind"),
-    QT_TRANSLATE_NOOP("QATagFilterExprGroup", "File"),
-    QT_TRANSLATE_NOOP("QATagFilterExprGroup", "Qualifier"),
+    QT_TRANSLATE_NOOP(QATR_FILTERS, "Name"),
+    QT_TRANSLATE_NOOP(QATR_FILTERS, "Kind"),
+    QT_TRANSLATE_NOOP(QATR_FILTERS, "File"),
+    QT_TRANSLATE_NOOP(QATR_FILTERS, "Qualifier"),
 };
 
 }
@@ -28,7 +29,7 @@ QString QATagFilterExprGroup::typeName(quint32 type) const
 {
     if (type >= quint32(QATagFilterExpr::typeCount))
         return QAFilterExprGroup::typeName(type);
-    return QCoreApplication::translate("QATagFilterExprGroup", typeNames[type]);
+    return QATr::filters(typeNames[type]);
 }
 
 quint32 QATagFilterExprGroup::toType(const QString& name, bool* ok) const

@@ -5,6 +5,7 @@
 #include "QAStData.h"
 #include "QAStNode.h"
 #include "QAStProject.h"
+#include "QATr.h"
 #include "StudioInterface.h"
 
 #include <QCoreApplication>
@@ -23,20 +24,15 @@ const QString macroOpen = QStringLiteral("OPEN");
 const QString macroEditor = QStringLiteral("EDITOR");
 
 // The messages, "%1" the node's name (or the text analysed).
-const char* const unknownMacro = QT_TRANSLATE_NOOP("QAStAnalyseMacro", "%1: Unknown macro %2");
+const char* const unknownMacro = QT_TRANSLATE_NOOP(QATR_PROJECT, "%1: Unknown macro %2");
 const char* const unterminatedMacro =
-    QT_TRANSLATE_NOOP("QAStAnalyseMacro", "%1: Unterminated macro %2");
+    QT_TRANSLATE_NOOP(QATR_PROJECT, "%1: Unterminated macro %2");
 const char* const tooDeep =
-    QT_TRANSLATE_NOOP("QAStAnalyseMacro", "%1: Recursion deeper than %2 levels in macro %3");
+    QT_TRANSLATE_NOOP(QATR_PROJECT, "%1: Recursion deeper than %2 levels in macro %3");
 const char* const tooMany =
-    QT_TRANSLATE_NOOP("QAStAnalyseMacro", "%1: More than %2 macros to expand");
+    QT_TRANSLATE_NOOP(QATR_PROJECT, "%1: More than %2 macros to expand");
 const char* const tooLong =
-    QT_TRANSLATE_NOOP("QAStAnalyseMacro", "%1: Expansion longer than %2 characters");
-
-QString translated(const char* text)
-{
-    return QCoreApplication::translate("QAStAnalyseMacro", text);
-}
+    QT_TRANSLATE_NOOP(QATR_PROJECT, "%1: Expansion longer than %2 characters");
 
 // Names of settings, variables and macros are made of ASCII letters,
 // digits and "_".
@@ -330,7 +326,7 @@ private:
     {
         if (depth < QAStAnalyseMacro::maxDepth)
             return true;
-        stop(translated(tooDeep).arg(m_subject, QString::number(QAStAnalyseMacro::maxDepth),
+        stop(QATr::project(tooDeep).arg(m_subject, QString::number(QAStAnalyseMacro::maxDepth),
                                      macro));
         return false;
     }
@@ -340,7 +336,7 @@ private:
     {
         if (++m_expansions <= QAStAnalyseMacro::maxExpansions)
             return true;
-        stop(translated(tooMany).arg(m_subject,
+        stop(QATr::project(tooMany).arg(m_subject,
                                      QString::number(QAStAnalyseMacro::maxExpansions)));
         return false;
     }
@@ -348,7 +344,7 @@ private:
     void checkLength(const QString& out)
     {
         if (out.size() > QAStAnalyseMacro::maxLength)
-            stop(translated(tooLong).arg(m_subject,
+            stop(QATr::project(tooLong).arg(m_subject,
                                          QString::number(QAStAnalyseMacro::maxLength)));
     }
 
@@ -369,7 +365,7 @@ private:
         if (m_reported.contains(fault))
             return;
         m_reported.insert(fault);
-        QAStData::displayMessage(QAStData::MessageConsole, translated(text).arg(m_subject, macro));
+        QAStData::displayMessage(QAStData::MessageConsole, QATr::project(text).arg(m_subject, macro));
     }
 
     QAStNode* m_node;

@@ -2,6 +2,7 @@
 
 #include "QAHost.h"
 #include "QAInstall.h"
+#include "QALogging.h"
 #include "QAProcess.h"
 #include "QARes.h"
 #include "QAStDataFactory.h"
@@ -9,8 +10,8 @@
 #include "QAStDataUndoActionManager.h"
 #include "QAStNode.h"
 #include "QAStPerlGen.h"
-#include "QAStProject.h"
 #include "QAStProjectPref.h"
+#include "QATr.h"
 #include "StudioInterface.h"
 
 #include <QClipboard>
@@ -277,7 +278,7 @@ QAStData* QAStData::root() const
 QAStData* QAStData::projectItem() const
 {
     for (const QAStData* item = this; item; item = item->m_parent) {
-        if (item->inherits("QAStProject"))
+        if (item->asProject())
             return const_cast<QAStData*>(item);
     }
     return nullptr;
@@ -287,20 +288,27 @@ QAStData* QAStData::rootProjectItem() const
 {
     const QAStData* outermost = nullptr;
     for (const QAStData* item = this; item; item = item->m_parent) {
-        if (item->inherits("QAStProject"))
+        if (item->asProject())
             outermost = item;
     }
     return const_cast<QAStData*>(outermost);
 }
 
+QAStProject* QAStData::asProject() const
+{
+    return nullptr;
+}
+
 QAStProject* QAStData::project() const
 {
-    return qobject_cast<QAStProject*>(projectItem());
+    QAStData* item = projectItem();
+    return item ? item->asProject() : nullptr;
 }
 
 QAStProject* QAStData::rootProject() const
 {
-    return qobject_cast<QAStProject*>(rootProjectItem());
+    QAStData* item = rootProjectItem();
+    return item ? item->asProject() : nullptr;
 }
 
 bool QAStData::isAncestorOf(const QAStData* item) const
@@ -371,12 +379,19 @@ void QAStData::sortChildren()
     std::stable_sort(items.begin(), items.end(), nameLess);
     m_first = m_last = nullptr;
     m_childCount = 0;
-    for (QAStData* c : items)
+    for (QAStData* c : items) {
+        c->m_previous = c->m_next = nullptr;
         link(c, m_last);
+    }
 }
 
 void QAStData::link(QAStData* child, QAStData* after)
 {
+    // A child joins one list once, behind a sibling of this list.
+    if (!SDK110_CHECK(!child->m_previous && !child->m_next && child != m_first))
+        return;
+    if (!SDK110_CHECK(!after || after->m_parent == this))
+        after = m_last;
     child->m_previous = after;
     child->m_next = after ? after->m_next : m_first;
     if (child->m_next)
@@ -392,6 +407,10 @@ void QAStData::link(QAStData* child, QAStData* after)
 
 void QAStData::unlink(QAStData* child)
 {
+    // The sibling links of the list agree with the child's.
+    if (!SDK110_CHECK(child->m_previous ? child->m_previous->m_next == child : m_first == child) ||
+        !SDK110_CHECK(child->m_next ? child->m_next->m_previous == child : m_last == child))
+        return;
     if (child->m_previous)
         child->m_previous->m_next = child->m_next;
     else
@@ -406,6 +425,8 @@ void QAStData::unlink(QAStData* child)
 
 void QAStData::detach(QAStData* child)
 {
+    if (!SDK110_CHECK(child->m_parent == this))
+        return;
     unlink(child);
     child->m_parent = nullptr;
     child->QObject::setParent(nullptr);
@@ -578,7 +599,7 @@ void QAStData::executePerlScript(const QString& script, const QString& workingDi
     bool normalExit = false;
     int exitStatus = 0;
     if (!process->start(args, QDir(workingDir), normalExit, exitStatus, environment, asynchronous)) {
-        displayMessage(console, QCoreApplication::translate("QAStData", "%1: unable to start the command\n")
+        displayMessage(console, QATr::project("%1: unable to start the command\n")
                                     .arg(args.constFirst()));
         delete process;
         perlScriptEnded(false);

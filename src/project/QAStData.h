@@ -139,6 +139,8 @@ public:
     // The same, typed.
     QAStProject* project() const;
     QAStProject* rootProject() const;
+    // The item as a project (a project or a sub-project), else null.
+    virtual QAStProject* asProject() const;
     bool isAncestorOf(const QAStData* item) const;
 
     // While one lives, an item attached to a sorted parent takes the place

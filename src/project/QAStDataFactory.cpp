@@ -3,6 +3,7 @@
 #include "QAIActivityPlugin.h"
 #include "QAIProjectPlugin.h"
 #include "QAITestNodePlugin.h"
+#include "QALogging.h"
 #include "QAStData.h"
 #include "QAStNodePluginCenter.h"
 
@@ -64,7 +65,7 @@ bool lookUpPlugin(const QString& feature, PluginEntry& entry)
 
 void reportNoPlugin(const QString& feature)
 {
-    qDebug("No plugin found for feature %s", qPrintable(feature));
+    qCDebug(lcProject, "No plugin found for feature %s", qPrintable(feature));
 }
 
 }

@@ -31,7 +31,7 @@ bool isKeptIn(const QAStData* item, const QAStData* file)
     for (const QAStData* p = item; p; p = p->parent()) {
         if (p == file)
             return true;
-        if (p != item && p->inherits("QAStProject"))
+        if (p != item && p->asProject())
             return false;
     }
     return false;
@@ -46,7 +46,7 @@ QAStData* findByQuid(QAStData* file, quint32 quid)
     for (QAStData* c = file->child(); c; c = c->next()) {
         if (c->quid() == quid)
             return c;
-        if (!c->inherits("QAStProject")) {
+        if (!c->asProject()) {
             if (QAStData* found = findByQuid(c, quid))
                 return found;
         }

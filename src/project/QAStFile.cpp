@@ -1,5 +1,6 @@
 #include "QAStFile.h"
 
+#include "QALogging.h"
 #include "QAStAClassTag.h"
 #include "QAStAMethodTag.h"
 #include "QAStAPackageTag.h"
@@ -8,13 +9,13 @@
 #include "QAStDriverBatch.h"
 #include "QAStProjectPref.h"
 #include "QAStTagFileReader.h"
+#include "QATr.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QDomElement>
 #include <QFile>
 #include <QFileInfo>
-#include <QLoggingCategory>
 #include <QPointer>
 #include <QRegularExpression>
 #include <QTemporaryDir>
@@ -27,7 +28,6 @@
 namespace {
 const QAStDataFactory::Registration<QAStFile> fileRow("file");
 
-Q_LOGGING_CATEGORY(lcTagging, "sdk110.tagging", QtWarningMsg)
 
 // --- the file-type table, in its intended order
 
@@ -42,39 +42,34 @@ struct TypeRow {
 // Matching ignores case, so "x.C" stops at row 16 (C); "*.tsf" always
 // gives 19; rows 22 and 24 are never reached. All kept as they are.
 const TypeRow typeRows[] = {
-    {QT_TRANSLATE_NOOP("QAStFile", "Test Reports"), 4, {"*.xrd"}},
-    {QT_TRANSLATE_NOOP("QAStFile", "C and Ada Test Scripts"), 5, {"*.ptu"}},
-    {QT_TRANSLATE_NOOP("QAStFile", "System Testing Scripts"), 6, {"*.pts"}},
-    {QT_TRANSLATE_NOOP("QAStFile", "System Testing Supervision Scripts"), 7, {"*.spv"}},
-    {QT_TRANSLATE_NOOP("QAStFile", "C++ Test Scripts"), 8, {"*.otd", "*.otc", "*.dcl", "*.stb"}},
-    {QT_TRANSLATE_NOOP("QAStFile", "All Test Scripts"), 3, {TEST_SCRIPT_PATTERNS}},
-    {QT_TRANSLATE_NOOP("QAStFile", "Runtime Tracing Results"), 19, {"*.tsf", "*.tdf"}},
-    {QT_TRANSLATE_NOOP("QAStFile", "Code Coverage Results"), 20, {"*.fdc", "*.tio"}},
-    {QT_TRANSLATE_NOOP("QAStFile", "Memory Profiling Results"), 21, {"*.tsf", "*.txf", "*.tpf"}},
-    {QT_TRANSLATE_NOOP("QAStFile", "Performance Profiling Results"), 22, {"*.tsf", "*.tqf"}},
-    {QT_TRANSLATE_NOOP("QAStFile", "Graphic Files"), 23, {"*.rtx"}},
-    {QT_TRANSLATE_NOOP("QAStFile", "Runtime Analysis Results"), 24, {"*.spt"}},
-    {QT_TRANSLATE_NOOP("QAStFile", "Project"), 0, {"*.rtp"}},
-    {QT_TRANSLATE_NOOP("QAStFile", "Microsoft Visual Studio Project"), 1, {"*.dsp"}},
-    {QT_TRANSLATE_NOOP("QAStFile", "Workspace"), 2, {"*.rtw"}},
-    {QT_TRANSLATE_NOOP("QAStFile", "All C Files"), 10, {"*.c"}},
-    {QT_TRANSLATE_NOOP("QAStFile", "All C++ Files"), 12, {"*.cpp", "*.cxx", "*.cc", "*.CC", "*.C", "*.c"}},
-    {QT_TRANSLATE_NOOP("QAStFile", "All Java Files"), 15, {"*.java"}},
-    {QT_TRANSLATE_NOOP("QAStFile", "Matlab Files"), 16, {"*.mat", "*.mdl"}},
-    {QT_TRANSLATE_NOOP("QAStFile", "All Ada Files"), 14, {"*.ada", "*.adb", "*.ads"}},
-    {QT_TRANSLATE_NOOP("QAStFile", "Header Files"), 9, {"*.h", "*.hh", "*.hpp", "*.hxx", "*.H"}},
-    {QT_TRANSLATE_NOOP("QAStFile", "All Test Scripts"), 3, {TEST_SCRIPT_PATTERNS}},
-    {QT_TRANSLATE_NOOP("QAStFile", "Makefile"), 17, {"Makefile*", "makefile*", "*.mak", "*.mk"}},
-    {QT_TRANSLATE_NOOP("QAStFile", "System Testing Supervision Scripts"), 18, {"*.spv"}},
-    {QT_TRANSLATE_NOOP("QAStFile", "Data Files"), 25, {"*.csv"}},
+    {QT_TRANSLATE_NOOP(QATR_PROJECT, "Test Reports"), 4, {"*.xrd"}},
+    {QT_TRANSLATE_NOOP(QATR_PROJECT, "C and Ada Test Scripts"), 5, {"*.ptu"}},
+    {QT_TRANSLATE_NOOP(QATR_PROJECT, "System Testing Scripts"), 6, {"*.pts"}},
+    {QT_TRANSLATE_NOOP(QATR_PROJECT, "System Testing Supervision Scripts"), 7, {"*.spv"}},
+    {QT_TRANSLATE_NOOP(QATR_PROJECT, "C++ Test Scripts"), 8, {"*.otd", "*.otc", "*.dcl", "*.stb"}},
+    {QT_TRANSLATE_NOOP(QATR_PROJECT, "All Test Scripts"), 3, {TEST_SCRIPT_PATTERNS}},
+    {QT_TRANSLATE_NOOP(QATR_PROJECT, "Runtime Tracing Results"), 19, {"*.tsf", "*.tdf"}},
+    {QT_TRANSLATE_NOOP(QATR_PROJECT, "Code Coverage Results"), 20, {"*.fdc", "*.tio"}},
+    {QT_TRANSLATE_NOOP(QATR_PROJECT, "Memory Profiling Results"), 21, {"*.tsf", "*.txf", "*.tpf"}},
+    {QT_TRANSLATE_NOOP(QATR_PROJECT, "Performance Profiling Results"), 22, {"*.tsf", "*.tqf"}},
+    {QT_TRANSLATE_NOOP(QATR_PROJECT, "Graphic Files"), 23, {"*.rtx"}},
+    {QT_TRANSLATE_NOOP(QATR_PROJECT, "Runtime Analysis Results"), 24, {"*.spt"}},
+    {QT_TRANSLATE_NOOP(QATR_PROJECT, "Project"), 0, {"*.rtp"}},
+    {QT_TRANSLATE_NOOP(QATR_PROJECT, "Microsoft Visual Studio Project"), 1, {"*.dsp"}},
+    {QT_TRANSLATE_NOOP(QATR_PROJECT, "Workspace"), 2, {"*.rtw"}},
+    {QT_TRANSLATE_NOOP(QATR_PROJECT, "All C Files"), 10, {"*.c"}},
+    {QT_TRANSLATE_NOOP(QATR_PROJECT, "All C++ Files"), 12, {"*.cpp", "*.cxx", "*.cc", "*.CC", "*.C", "*.c"}},
+    {QT_TRANSLATE_NOOP(QATR_PROJECT, "All Java Files"), 15, {"*.java"}},
+    {QT_TRANSLATE_NOOP(QATR_PROJECT, "Matlab Files"), 16, {"*.mat", "*.mdl"}},
+    {QT_TRANSLATE_NOOP(QATR_PROJECT, "All Ada Files"), 14, {"*.ada", "*.adb", "*.ads"}},
+    {QT_TRANSLATE_NOOP(QATR_PROJECT, "Header Files"), 9, {"*.h", "*.hh", "*.hpp", "*.hxx", "*.H"}},
+    {QT_TRANSLATE_NOOP(QATR_PROJECT, "All Test Scripts"), 3, {TEST_SCRIPT_PATTERNS}},
+    {QT_TRANSLATE_NOOP(QATR_PROJECT, "Makefile"), 17, {"Makefile*", "makefile*", "*.mak", "*.mk"}},
+    {QT_TRANSLATE_NOOP(QATR_PROJECT, "System Testing Supervision Scripts"), 18, {"*.spv"}},
+    {QT_TRANSLATE_NOOP(QATR_PROJECT, "Data Files"), 25, {"*.csv"}},
 };
 
 #undef TEST_SCRIPT_PATTERNS
-
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("QAStFile", text);
-}
 
 // One anchored, case-insensitive expression matching any of the wildcard
 // patterns; an invalid expression (matching nothing) when there are none.
@@ -161,7 +156,7 @@ QString filterText(const QString& label, const QStringList& patterns)
 
 QString combinedFilter(const char* label, int first, int second)
 {
-    return filterText(tr(label), rowPatterns(*firstRowOf(first)) + rowPatterns(*firstRowOf(second)));
+    return filterText(QATr::project(label), rowPatterns(*firstRowOf(first)) + rowPatterns(*firstRowOf(second)));
 }
 
 // --- the tagging run, one at a time
@@ -330,13 +325,13 @@ QString QAStFile::fileTypeFilter(int type)
 {
     switch (type) {
     case CAndHeaderFiles:
-        return combinedFilter(QT_TRANSLATE_NOOP("QAStFile", "All C and Header Files"), CFiles,
+        return combinedFilter(QT_TRANSLATE_NOOP(QATR_PROJECT, "All C and Header Files"), CFiles,
                               HeaderFiles);
     case CppAndHeaderFiles:
-        return combinedFilter(QT_TRANSLATE_NOOP("QAStFile", "All C++ and Header Files"), CppFiles,
+        return combinedFilter(QT_TRANSLATE_NOOP(QATR_PROJECT, "All C++ and Header Files"), CppFiles,
                               HeaderFiles);
     case UnknownFile:
-        return filterText(tr("All Files"), {QStringLiteral("*")});
+        return filterText(QATr::project("All Files"), {QStringLiteral("*")});
     case UserFile: {
         QStringList filters;
         const QMap<QString, QString> types = preferences()->fileTypes();
@@ -348,7 +343,7 @@ QString QAStFile::fileTypeFilter(int type)
         break;
     }
     const TypeRow* row = firstRowOf(type);
-    return row ? filterText(tr(row->label), rowPatterns(*row)) : QString();
+    return row ? filterText(QATr::project(row->label), rowPatterns(*row)) : QString();
 }
 
 QString QAStFile::fileTypeFilter(const QList<int>& types)
@@ -405,7 +400,7 @@ bool QAStFile::taggingInformation(const QList<QAStFile*>& files, bool asynchrono
     if (run->files.isEmpty())
         return false;
     if (!run->directory.isValid() || !writeSourceList(*run)) {
-        displayMessage(OutputConsole, tr("Can't create the tagging directory %1.\n")
+        displayMessage(OutputConsole, QATr::project("Can't create the tagging directory %1.\n")
                                           .arg(run->directory.path()));
         return false;
     }

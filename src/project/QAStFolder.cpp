@@ -3,6 +3,7 @@
 #include "QAFileUtil.h"
 #include "QAStDataFactory.h"
 #include "QAStFile.h"
+#include "QAStRootFolder.h"
 
 #include <QDomElement>
 #include <QFileInfo>
@@ -121,7 +122,7 @@ void QAStFolder::write(QTextStream& s, int indent) const
 bool QAStFolder::acceptDrop(QAStData* item) const
 {
     if (qobject_cast<QAStFolder*>(item))
-        return item != this && !item->isAncestorOf(this) && !item->inherits("QAStRootFolder");
+        return item != this && !item->isAncestorOf(this) && !qobject_cast<const QAStRootFolder*>(item);
     auto* dropped = qobject_cast<QAStFile*>(item);
     if (!dropped || !matches(dropped->filePath()))
         return false;

@@ -4,10 +4,12 @@
 #include "QAPropertyMapGroup.h"
 #include "QAStConfiguration.h"
 #include "QAStMenus.h"
+#include "QAStNodeKinds.h"
 #include "QAStPerlGen.h"
 #include "QAStProject.h"
 #include "QAStPropertyFilters.h"
 #include "QAStTargetPackage.h"
+#include "QATr.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -20,19 +22,6 @@
 #include <utility>
 
 namespace {
-
-const char* const labelContext = "QAStNode";
-
-struct Kind {
-    const char* label;
-    QAStNode::NodeMaker make;
-};
-
-QHash<QString, Kind>& kindTable()
-{
-    static QHash<QString, Kind> table;
-    return table;
-}
 
 // A value read from the file stands for a state only when it names one.
 bool isState(int value)
@@ -456,12 +445,13 @@ void QAStNode::initChildList(const QDomElement& block, const char* tag, int vers
 
 QStringList QAStNode::allowedChildClasses() const
 {
-    return QStringList();
+    const QAStNodeKind* kind = QAStNodeKind::of(metaObject());
+    return kind ? kind->childClasses() : QStringList();
 }
 
 bool QAStNode::acceptDrop(QAStData* item) const
 {
-    if (!item || item == this || item->isAncestorOf(this) || !item->inherits("QAStNode"))
+    if (!item || item == this || item->isAncestorOf(this) || !qobject_cast<const QAStNode*>(item))
         return false;
     const QStringList classes = allowedChildClasses();
     return std::any_of(classes.cbegin(), classes.cend(), [item](const QString& className) {
@@ -471,7 +461,8 @@ bool QAStNode::acceptDrop(QAStData* item) const
 
 QStringList QAStNode::addableChildKinds() const
 {
-    return QStringList();
+    const QAStNodeKind* kind = QAStNodeKind::of(metaObject());
+    return kind ? kind->addableChildren() : QStringList();
 }
 
 QAStNode* QAStNode::addNewChild(const QString& tag)
@@ -514,29 +505,25 @@ QMenu* QAStNode::popupMenu(QWidget* parent)
 
 QString QAStNode::kindLabel(const QString& tag)
 {
-    const auto kind = kindTable().constFind(tag);
-    if (kind == kindTable().cend())
+    const QAStNodeKind* kind = QAStNodeKind::byName(tag);
+    if (!kind || !kind->label)
         return tag;
-    return QCoreApplication::translate(labelContext, kind->label);
+    return QATr::project(kind->label);
 }
 
 QAStNode* QAStNode::createNode(const QString& tag, const QString& name, QAStData* parent,
                                QAStData* after)
 {
-    const auto kind = kindTable().constFind(tag);
-    return kind == kindTable().cend() ? nullptr : kind->make(name, parent, after);
-}
-
-void QAStNode::registerKind(const char* tag, const char* label, NodeMaker make)
-{
-    kindTable().insert(QString::fromLatin1(tag), Kind{label, make});
+    const QAStNodeKind* kind = QAStNodeKind::byName(tag);
+    return kind && kind->make ? kind->make(name, parent, after) : nullptr;
 }
 
 // --- property sheet
 
 unsigned int QAStNode::propertyKind() const
 {
-    return 0;
+    const QAStNodeKind* kind = QAStNodeKind::of(metaObject());
+    return kind ? kind->propertyKind : 0;
 }
 
 unsigned int QAStNode::propertyContext() const

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "QAStData.h"
-#include "QAStDataFactory.h"
+#include "QATr.h"
 
 #include <QDateTime>
 #include <QList>
@@ -30,11 +30,13 @@ class QWidget;
 // perlscript_after_child, configuration_list, "</node>". Each kind opens its
 // own element around its base's block (docs/formats/project-file.md).
 //
-// Children: a kind that holds children names the classes it accepts when
-// reading (allowedChildClasses, checked by inheritance) and the element tags
-// a user may add below it (addableChildKinds, in menu order). The node
-// kinds register themselves by tag (KindRegistration), so that addNewChild
-// can make a fresh node of any kind.
+// Kinds: the kind table (QAStNodeKind) holds every kind with its element,
+// class, wrapped block, the kinds it takes, its driver and its property
+// kind. A node's row is its class's or its nearest base's: the classes it
+// accepts when reading (allowedChildClasses, checked by inheritance), the
+// tags a user may add below it (addableChildKinds, in menu order), its
+// driverKind and propertyKind come from there; a plug-in's class may
+// override them.
 //
 // Ownership: the node owns its configurations and deletes them with itself.
 // A configuration added under the name of one the node already has
@@ -165,40 +167,20 @@ public:
     // node takes children. The caller owns it.
     virtual QMenu* popupMenu(QWidget* parent);
 
-    // The label of a registered kind (translated, context "QAStNode"), used
-    // in the add menu and as the name of a fresh node; the tag itself for an
-    // unknown kind.
+    // The label of a kind of the kind table (translated, QATr::project),
+    // used in the add menu and as the name of a fresh node; the tag itself
+    // for an unknown kind.
     static QString kindLabel(const QString& tag);
-    // A fresh node of a registered kind with that name, inserted into
-    // parent behind after; null for an unknown kind.
+    // A fresh node of a kind of the kind table with that name, inserted
+    // into parent behind after; null for an unknown kind or a base.
     static QAStNode* createNode(const QString& tag, const QString& name, QAStData* parent,
                                 QAStData* after);
-
-    using NodeMaker = QAStNode* (*)(const QString& name, QAStData* parent, QAStData* after);
-    // Adds (or replaces) the kind of a tag: its label (untranslated source
-    // text of context "QAStNode") and its maker of fresh nodes.
-    static void registerKind(const char* tag, const char* label, NodeMaker make);
-
-    // Registers T for a tag with the factory (element constructor) and as
-    // a kind (label, fresh nodes); meant as a static object in T's source.
-    template <class T>
-    struct KindRegistration {
-        KindRegistration(const char* tag, const char* label)
-        {
-            QAStDataFactory::registerClass(QString::fromLatin1(tag),
-                                           &QAStDataFactory::construct<T>);
-            registerKind(tag, label,
-                         [](const QString& name, QAStData* parent, QAStData* after) -> QAStNode* {
-                             return new T(name, QPixmap(), parent, after);
-                         });
-        }
-    };
 
     // --- property sheet
 
     // The node-kind bit (QAStPropertyFilters::Kind) by which the settings
-    // descriptor restricts this node's settings; 0 in the base, so that
-    // only unrestricted settings show. Each kind returns its own.
+    // descriptor restricts this node's settings: its row's; 0 without one,
+    // so that only unrestricted settings show.
     virtual unsigned int propertyKind() const;
     // The context of the node's property sheet: its kind, the language of
     // its current configuration (C without one) and the host environment.
@@ -267,8 +249,8 @@ public:
     bool hasSomethingToExecute() const;
 
     // The driver of the node's kind ("source", "application", ...: the
-    // kind argument of Build.pl, Execute.pl and Clean.pl); empty for kinds
-    // that run none.
+    // kind argument of Build.pl, Execute.pl and Clean.pl), from its row;
+    // empty for kinds that run none.
     virtual QString driverKind() const;
     // Further arguments of the kind's driver runs.
     virtual QStringList driverArguments() const;

@@ -4,37 +4,14 @@
 
 #include "QAStPerlGen.h"
 
-#include "QAStPropertyFilters.h"
-
 #include <QDomElement>
 #include <QTextStream>
-
-namespace {
-const QAStNode::KindRegistration<QAStNodeApplication>
-    registration("application", QT_TRANSLATE_NOOP("QAStNode", "Application"));
-}
-
-QAStNodeApplication::QAStNodeApplication(const QString& name, const QPixmap& icon, QAStData* parent,
-                                         QAStData* after)
-    : QAStNodeTest(name, icon, parent, after)
-{
-}
 
 QAStNodeApplication::QAStNodeApplication(const QDomElement& e, int version, QAStData* parent,
                                          QAStData* after)
     : QAStNodeTest(parent, after)
 {
     init(e, version);
-}
-
-QAStNodeApplication::QAStNodeApplication(QARes* res, QAStData* parent, QAStData* after)
-    : QAStNodeTest(res, parent, after)
-{
-}
-
-QAStNodeApplication::QAStNodeApplication(QAStData* parent, QAStData* after)
-    : QAStNodeTest(parent, after)
-{
 }
 
 void QAStNodeApplication::write(QTextStream& s, int indent) const
@@ -49,24 +26,6 @@ bool QAStNodeApplication::init(const QDomElement& e, int version)
     return checkElement(e, "application") && QAStNodeTest::init(innerBlock(e, "test"), version);
 }
 
-unsigned int QAStNodeApplication::propertyKind() const
-{
-    return QAStPropertyFilters::Application;
-}
-
-QStringList QAStNodeApplication::allowedChildClasses() const
-{
-    return {QStringLiteral("QAStNodeSource"), QStringLiteral("QAStNodeLibrary"),
-            QStringLiteral("QAStNodeTestScript"), QStringLiteral("QAStNodeUser"),
-            QStringLiteral("QAStNodeLink")};
-}
-
-QStringList QAStNodeApplication::addableChildKinds() const
-{
-    return {QStringLiteral("source"), QStringLiteral("library"), QStringLiteral("test_script"),
-            QStringLiteral("user"), QStringLiteral("link")};
-}
-
 void QAStNodeApplication::generateEnv(QTextStream& out)
 {
     QAStNodeTest::generateEnv(out);
@@ -79,11 +38,6 @@ void QAStNodeApplication::generateEnv(QTextStream& out)
 bool QAStNodeApplication::linksObjects() const
 {
     return true;
-}
-
-QString QAStNodeApplication::driverKind() const
-{
-    return QStringLiteral("application");
 }
 
 bool QAStNodeApplication::executesDriver() const

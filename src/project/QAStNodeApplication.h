@@ -10,27 +10,21 @@
 class SDK110_EXPORT QAStNodeApplication : public QAStNodeTest {
     Q_OBJECT
 public:
-    // A new node, inserted into parent behind after.
-    QAStNodeApplication(const QString& name, const QPixmap& icon, QAStData* parent = nullptr,
-                        QAStData* after = nullptr);
+    // A new node (name, icon), one read from the older resource format
+    // (res), and for kinds that read their own element (parent, after).
+    using QAStNodeTest::QAStNodeTest;
     // A node read from its "application" element.
     QAStNodeApplication(const QDomElement& e, int version, QAStData* parent = nullptr,
                         QAStData* after = nullptr);
-    // A node read from the older resource format.
-    QAStNodeApplication(QARes* res, QAStData* parent = nullptr, QAStData* after = nullptr);
 
     void write(QTextStream& s, int indent) const override;
     // The base's environment lines, then the kind's own
     // (docs/formats/environment-script.md).
     void generateEnv(QTextStream& out) override;
-    unsigned int propertyKind() const override;
     // The kind's driver (docs/formats/driver-scripts.md).
     // Compiles its sources and links them.
     bool linksObjects() const override;
-    QString driverKind() const override;
     bool executesDriver() const override;
-    QStringList allowedChildClasses() const override;
-    QStringList addableChildKinds() const override;
 
 protected:
     // The test program runs through the Execute driver: its runtime output
@@ -38,8 +32,6 @@ protected:
     bool splitsRuntimeOutput() const override;
     // Prepares the link step (QAStNodeSource::prepareLinkStep).
     void buildFirstChild() override;
-    // For kinds that read their own element (see QAStData).
-    QAStNodeApplication(QAStData* parent, QAStData* after);
 
     // Reads the "application" element: the test block inside it. Returns
     // isValid().

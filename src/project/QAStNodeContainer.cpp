@@ -2,26 +2,11 @@
 
 #include <QDomElement>
 
-QAStNodeContainer::QAStNodeContainer(const QString& name, const QPixmap& icon, QAStData* parent,
-                                     QAStData* after)
-    : QAStNode(name, icon, parent, after)
-{
-}
-
 QAStNodeContainer::QAStNodeContainer(const QDomElement& e, int version, QAStData* parent,
                                      QAStData* after)
     : QAStNode(parent, after)
 {
     init(e, version);
-}
-
-QAStNodeContainer::QAStNodeContainer(QARes* res, QAStData* parent, QAStData* after)
-    : QAStNode(res, parent, after)
-{
-}
-
-QAStNodeContainer::QAStNodeContainer(QAStData* parent, QAStData* after) : QAStNode(parent, after)
-{
 }
 
 QAStNodeContainer::~QAStNodeContainer() = default;
@@ -52,26 +37,6 @@ bool QAStNodeContainer::initBlock(const QDomElement& e, int version, const char*
         return false;
     initChildList(e, childTag, version);
     return isValid();
-}
-
-QStringList QAStNodeContainer::allowedChildClasses() const
-{
-    return {QStringLiteral("QAStNodeGroup"), QStringLiteral("QAStNodeLibrary"),
-            QStringLiteral("QAStNodeTest"), QStringLiteral("QAStNodeUser"),
-            QStringLiteral("QAStNodeLink")};
-}
-
-QStringList QAStNodeContainer::addableChildKinds() const
-{
-    return {QStringLiteral("group"),
-            QStringLiteral("application"),
-            QStringLiteral("library"),
-            QStringLiteral("unit_testing"),
-            QStringLiteral("object_testing"),
-            QStringLiteral("system_testing"),
-            QStringLiteral("java_testing"),
-            QStringLiteral("user"),
-            QStringLiteral("link")};
 }
 
 void QAStNodeContainer::buildAfterChildren()

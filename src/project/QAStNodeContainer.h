@@ -15,14 +15,12 @@
 class SDK110_EXPORT QAStNodeContainer : public QAStNode {
     Q_OBJECT
 public:
-    // A new container, inserted into parent behind after.
-    QAStNodeContainer(const QString& name, const QPixmap& icon, QAStData* parent = nullptr,
-                      QAStData* after = nullptr);
+    // A new node (name, icon), one read from the older resource format
+    // (res), and for kinds that read their own element (parent, after).
+    using QAStNode::QAStNode;
     // A container read from a container block ("group" element).
     QAStNodeContainer(const QDomElement& e, int version, QAStData* parent = nullptr,
                       QAStData* after = nullptr);
-    // A container read from the older resource format.
-    QAStNodeContainer(QARes* res, QAStData* parent = nullptr, QAStData* after = nullptr);
     ~QAStNodeContainer() override;
 
     // The container block.
@@ -36,13 +34,8 @@ protected:
 
 public:
 
-    QStringList allowedChildClasses() const override;
-    QStringList addableChildKinds() const override;
 
 protected:
-    // For kinds that read their own element (see QAStData).
-    QAStNodeContainer(QAStData* parent, QAStData* after);
-
     // Reads the container block: the node block (required), then the
     // children of "group_child". Returns isValid().
     bool init(const QDomElement& groupElement, int version);

@@ -9,22 +9,16 @@
 class SDK110_EXPORT QAStNodeJavaTestingScript : public QAStNodeTestScript {
     Q_OBJECT
 public:
-    // A new node, inserted into parent behind after.
-    QAStNodeJavaTestingScript(const QString& name, const QPixmap& icon, QAStData* parent = nullptr,
-                              QAStData* after = nullptr);
+    // A new node (name, icon), one read from the older resource format
+    // (res), and for kinds that read their own element (parent, after).
+    using QAStNodeTestScript::QAStNodeTestScript;
     // A node read from its "javatesting_script" element.
     QAStNodeJavaTestingScript(const QDomElement& e, int version, QAStData* parent = nullptr,
                               QAStData* after = nullptr);
-    // A node read from the older resource format.
-    QAStNodeJavaTestingScript(QARes* res, QAStData* parent = nullptr, QAStData* after = nullptr);
 
     void write(QTextStream& s, int indent) const override;
-    unsigned int propertyKind() const override;
 
 protected:
-    // For kinds that read their own element (see QAStData).
-    QAStNodeJavaTestingScript(QAStData* parent, QAStData* after);
-
     // Reads the "javatesting_script" element: the test_script block inside it. Returns
     // isValid().
     bool init(const QDomElement& e, int version);

@@ -8,38 +8,15 @@
 #include "QAStPerlGen.h"
 #include "QAStProject.h"
 
-#include "QAStPropertyFilters.h"
-
 #include <QDir>
 #include <QDomElement>
 #include <QTextStream>
-
-namespace {
-const QAStNode::KindRegistration<QAStNodeLibrary>
-    registration("library", QT_TRANSLATE_NOOP("QAStNode", "Library"));
-}
-
-QAStNodeLibrary::QAStNodeLibrary(const QString& name, const QPixmap& icon, QAStData* parent,
-                                 QAStData* after)
-    : QAStNodeContainer(name, icon, parent, after)
-{
-}
 
 QAStNodeLibrary::QAStNodeLibrary(const QDomElement& e, int version, QAStData* parent,
                                  QAStData* after)
     : QAStNodeContainer(parent, after)
 {
     init(e, version);
-}
-
-QAStNodeLibrary::QAStNodeLibrary(QARes* res, QAStData* parent, QAStData* after)
-    : QAStNodeContainer(res, parent, after)
-{
-}
-
-QAStNodeLibrary::QAStNodeLibrary(QAStData* parent, QAStData* after)
-    : QAStNodeContainer(parent, after)
-{
 }
 
 void QAStNodeLibrary::write(QTextStream& s, int indent) const
@@ -52,21 +29,6 @@ void QAStNodeLibrary::write(QTextStream& s, int indent) const
 bool QAStNodeLibrary::init(const QDomElement& e, int version)
 {
     return checkElement(e, "library") && QAStNodeContainer::init(innerBlock(e, "group"), version);
-}
-
-unsigned int QAStNodeLibrary::propertyKind() const
-{
-    return QAStPropertyFilters::Library;
-}
-
-QStringList QAStNodeLibrary::allowedChildClasses() const
-{
-    return {QStringLiteral("QAStNodeSource"), QStringLiteral("QAStNodeLink")};
-}
-
-QStringList QAStNodeLibrary::addableChildKinds() const
-{
-    return {QStringLiteral("source"), QStringLiteral("link")};
 }
 
 QString QAStNodeLibrary::libraryFileAbsolute() const
@@ -132,7 +94,3 @@ bool QAStNodeLibrary::linksObjects() const
     return true;
 }
 
-QString QAStNodeLibrary::driverKind() const
-{
-    return QStringLiteral("library");
-}

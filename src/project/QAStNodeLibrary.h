@@ -8,20 +8,17 @@
 class SDK110_EXPORT QAStNodeLibrary : public QAStNodeContainer {
     Q_OBJECT
 public:
-    // A new node, inserted into parent behind after.
-    QAStNodeLibrary(const QString& name, const QPixmap& icon, QAStData* parent = nullptr,
-                    QAStData* after = nullptr);
+    // A new node (name, icon), one read from the older resource format
+    // (res), and for kinds that read their own element (parent, after).
+    using QAStNodeContainer::QAStNodeContainer;
     // A node read from its "library" element.
     QAStNodeLibrary(const QDomElement& e, int version, QAStData* parent = nullptr,
                     QAStData* after = nullptr);
-    // A node read from the older resource format.
-    QAStNodeLibrary(QARes* res, QAStData* parent = nullptr, QAStData* after = nullptr);
 
     void write(QTextStream& s, int indent) const override;
     // The base's environment lines, then the kind's own
     // (docs/formats/environment-script.md).
     void generateEnv(QTextStream& out) override;
-    unsigned int propertyKind() const override;
     // The library the node makes, relative to the project directory, and
     // absolute: the setting testProgram, or for "<default>" the node's name
     // in the intermediate directory with the extension of its generation
@@ -35,16 +32,11 @@ public:
     // libraryFile(), from the configuration: a node that links the library
     // finds it whether it was built in this run or not.
     QStringList libraryOutputs() const override;
-    QString driverKind() const override;
-    QStringList allowedChildClasses() const override;
-    QStringList addableChildKinds() const override;
 
 protected:
     // Prepares the link step (QAStNodeSource::prepareLinkStep) and names
     // the library as the node's "LIB" output.
     void buildFirstChild() override;
-    // For kinds that read their own element (see QAStData).
-    QAStNodeLibrary(QAStData* parent, QAStData* after);
 
     // Reads the "library" element: the container block inside it. Returns
     // isValid().

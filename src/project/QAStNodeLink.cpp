@@ -2,30 +2,10 @@
 
 #include <QDomElement>
 
-namespace {
-const QAStNode::KindRegistration<QAStNodeLink> registration("link",
-                                                            QT_TRANSLATE_NOOP("QAStNode", "Link"));
-}
-
-QAStNodeLink::QAStNodeLink(const QString& name, const QPixmap& icon, QAStData* parent,
-                           QAStData* after)
-    : QAStNode(name, icon, parent, after)
-{
-}
-
 QAStNodeLink::QAStNodeLink(const QDomElement& e, int version, QAStData* parent, QAStData* after)
     : QAStNode(parent, after)
 {
     init(e, version);
-}
-
-QAStNodeLink::QAStNodeLink(QARes* res, QAStData* parent, QAStData* after)
-    : QAStNode(res, parent, after)
-{
-}
-
-QAStNodeLink::QAStNodeLink(QAStData* parent, QAStData* after) : QAStNode(parent, after)
-{
 }
 
 void QAStNodeLink::setLinkedNode(const QString& name, const QString& className)

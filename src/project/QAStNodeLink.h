@@ -12,14 +12,12 @@
 class SDK110_EXPORT QAStNodeLink : public QAStNode {
     Q_OBJECT
 public:
-    // A new node, inserted into parent behind after.
-    QAStNodeLink(const QString& name, const QPixmap& icon, QAStData* parent = nullptr,
-                 QAStData* after = nullptr);
+    // A new node (name, icon), one read from the older resource format
+    // (res), and for kinds that read their own element (parent, after).
+    using QAStNode::QAStNode;
     // A node read from its "link" element.
     QAStNodeLink(const QDomElement& e, int version, QAStData* parent = nullptr,
                  QAStData* after = nullptr);
-    // A node read from the older resource format.
-    QAStNodeLink(QARes* res, QAStData* parent = nullptr, QAStData* after = nullptr);
 
     QString linkedNodeName() const { return m_linkedNode; }
     QString linkedClassName() const { return m_className; }
@@ -44,9 +42,6 @@ protected:
 public:
 
 protected:
-    // For kinds that read their own element (see QAStData).
-    QAStNodeLink(QAStData* parent, QAStData* after);
-
     // Reads the "link" element. Returns isValid().
     bool init(const QDomElement& e, int version);
 

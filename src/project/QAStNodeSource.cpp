@@ -1,8 +1,8 @@
 #include "QAStNodeSource.h"
 
 #include "QAFileUtil.h"
+#include "QAStNodeGroup.h"
 #include "QAStPerlGen.h"
-#include "QAStPropertyFilters.h"
 
 #include <QDir>
 #include <QDomElement>
@@ -10,30 +10,10 @@
 #include <QSet>
 #include <QTextStream>
 
-namespace {
-const QAStNode::KindRegistration<QAStNodeSource>
-    registration("source", QT_TRANSLATE_NOOP("QAStNode", "Source"));
-}
-
-QAStNodeSource::QAStNodeSource(const QString& name, const QPixmap& icon, QAStData* parent,
-                               QAStData* after)
-    : QAStNodeFileRef(name, icon, parent, after)
-{
-}
-
 QAStNodeSource::QAStNodeSource(const QDomElement& e, int version, QAStData* parent, QAStData* after)
     : QAStNodeFileRef(parent, after)
 {
     init(e, version);
-}
-
-QAStNodeSource::QAStNodeSource(QARes* res, QAStData* parent, QAStData* after)
-    : QAStNodeFileRef(res, parent, after)
-{
-}
-
-QAStNodeSource::QAStNodeSource(QAStData* parent, QAStData* after) : QAStNodeFileRef(parent, after)
-{
 }
 
 void QAStNodeSource::setIntegratedSource(bool integrated)
@@ -60,21 +40,6 @@ bool QAStNodeSource::init(const QDomElement& e, int version)
     return isValid();
 }
 
-unsigned int QAStNodeSource::propertyKind() const
-{
-    return QAStPropertyFilters::Source;
-}
-
-QStringList QAStNodeSource::allowedChildClasses() const
-{
-    return {QStringLiteral("QAStNodeUser")};
-}
-
-QStringList QAStNodeSource::addableChildKinds() const
-{
-    return {QStringLiteral("user")};
-}
-
 void QAStNodeSource::generateEnv(QTextStream& out)
 {
     QAStNodeFileRef::generateEnv(out);
@@ -86,15 +51,10 @@ void QAStNodeSource::generateEnv(QTextStream& out)
                                QAStPerlGen::relativeToProject(this, outputFiles(QStringLiteral("OTI"))));
 }
 
-QString QAStNodeSource::driverKind() const
-{
-    return QStringLiteral("source");
-}
-
 QAStNode* QAStNodeSource::linker() const
 {
     QAStData* above = parent();
-    while (above && above->inherits("QAStNodeGroup"))
+    while (above && qobject_cast<const QAStNodeGroup*>(above))
         above = above->parent();
     auto* node = qobject_cast<QAStNode*>(above);
     return node && node->linksObjects() ? node : nullptr;
@@ -126,7 +86,7 @@ void collectSources(const QAStData* item, QList<QAStNodeSource*>& sources, QSet<
                 files.insert(source->fileKey());
                 sources.append(source);
             }
-        } else if (child->inherits("QAStNodeGroup")) {
+        } else if (qobject_cast<const QAStNodeGroup*>(child)) {
             collectSources(child, sources, files);
         }
     }

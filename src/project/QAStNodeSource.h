@@ -11,14 +11,12 @@
 class SDK110_EXPORT QAStNodeSource : public QAStNodeFileRef {
     Q_OBJECT
 public:
-    // A new node, inserted into parent behind after.
-    QAStNodeSource(const QString& name, const QPixmap& icon, QAStData* parent = nullptr,
-                   QAStData* after = nullptr);
+    // A new node (name, icon), one read from the older resource format
+    // (res), and for kinds that read their own element (parent, after).
+    using QAStNodeFileRef::QAStNodeFileRef;
     // A node read from its "source" element.
     QAStNodeSource(const QDomElement& e, int version, QAStData* parent = nullptr,
                    QAStData* after = nullptr);
-    // A node read from the older resource format.
-    QAStNodeSource(QARes* res, QAStData* parent = nullptr, QAStData* after = nullptr);
 
     bool integratedSource() const { return m_integrated; }
     void setIntegratedSource(bool integrated);
@@ -27,7 +25,6 @@ public:
     // The base's environment lines, then the kind's own
     // (docs/formats/environment-script.md).
     void generateEnv(QTextStream& out) override;
-    unsigned int propertyKind() const override;
     // The node that links this source: the nearest node above it, past its
     // groups, when that node links objects (QAStNode::linksObjects); null
     // for a source of no such node.
@@ -49,15 +46,8 @@ public:
     // Writes the environment script of each source linker compiles; false,
     // with the reason on the output console, when one cannot be written.
     static bool writeSourceEnvironments(QAStNode* linker);
-    // The kind's driver (docs/formats/driver-scripts.md).
-    QString driverKind() const override;
-    QStringList allowedChildClasses() const override;
-    QStringList addableChildKinds() const override;
 
 protected:
-    // For kinds that read their own element (see QAStData).
-    QAStNodeSource(QAStData* parent, QAStData* after);
-
     // A source whose linker builds or cleans now has nothing of its own to
     // run: the linker's driver run compiles it (or removes its objects).
     // Built or cleaned alone, it runs its own driver.

@@ -4,8 +4,6 @@
 #include "QAStNodeSystemTestingScript.h"
 #include "QAStPerlGen.h"
 
-#include "QAStPropertyFilters.h"
-
 #include <QDir>
 #include <QDomElement>
 #include <QTextStream>
@@ -13,9 +11,6 @@
 #include <utility>
 
 namespace {
-
-const QAStNode::KindRegistration<QAStNodeSystemTesting>
-    registration("system_testing", QT_TRANSLATE_NOOP("QAStNode", "System Testing"));
 
 using Attributes = QList<std::pair<const char*, QString>>;
 
@@ -66,27 +61,11 @@ QList<QDomElement> elements(const QDomElement& list, const char* tag)
 
 }
 
-QAStNodeSystemTesting::QAStNodeSystemTesting(const QString& name, const QPixmap& icon,
-                                             QAStData* parent, QAStData* after)
-    : QAStNodeTest(name, icon, parent, after)
-{
-}
-
 QAStNodeSystemTesting::QAStNodeSystemTesting(const QDomElement& e, int version, QAStData* parent,
                                              QAStData* after)
     : QAStNodeTest(parent, after)
 {
     init(e, version);
-}
-
-QAStNodeSystemTesting::QAStNodeSystemTesting(QARes* res, QAStData* parent, QAStData* after)
-    : QAStNodeTest(res, parent, after)
-{
-}
-
-QAStNodeSystemTesting::QAStNodeSystemTesting(QAStData* parent, QAStData* after)
-    : QAStNodeTest(parent, after)
-{
 }
 
 void QAStNodeSystemTesting::setDeployments(const QList<Deployment>& deployments)
@@ -210,21 +189,6 @@ void QAStNodeSystemTesting::initMachines(const QDomElement& list)
         m_machines.append(textAttribute(e, "name"));
 }
 
-unsigned int QAStNodeSystemTesting::propertyKind() const
-{
-    return QAStPropertyFilters::SystemTesting;
-}
-
-QStringList QAStNodeSystemTesting::allowedChildClasses() const
-{
-    return {QStringLiteral("QAStNodeSystemTestingScript"), QStringLiteral("QAStNodeSource")};
-}
-
-QStringList QAStNodeSystemTesting::addableChildKinds() const
-{
-    return {QStringLiteral("systemtesting_script"), QStringLiteral("source")};
-}
-
 namespace {
 
 // @var=(, one quoted path a line, the closing empty item and );
@@ -312,11 +276,6 @@ void QAStNodeSystemTesting::generateVtRdvConfEnv(QTextStream& out) const
     }
     out << ");\n";
     QAStPerlGen::writePathList(out, QStringLiteral("VT_MACHINES"), m_machines);
-}
-
-QString QAStNodeSystemTesting::driverKind() const
-{
-    return QStringLiteral("system_testing");
 }
 
 bool QAStNodeSystemTesting::executesDriver() const

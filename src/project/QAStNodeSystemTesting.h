@@ -18,6 +18,9 @@
 class SDK110_EXPORT QAStNodeSystemTesting : public QAStNodeTest {
     Q_OBJECT
 public:
+    // A new node (name, icon), one read from the older resource format
+    // (res), and for kinds that read their own element (parent, after).
+    using QAStNodeTest::QAStNodeTest;
     // One deployment of a virtual tester: which tester (by node name) and
     // instance, how many copies start after what delay (ms), the occurrence
     // id, and where: the host, the port of its agent, the routine that
@@ -53,14 +56,9 @@ public:
         }
     };
 
-    // A new node, inserted into parent behind after.
-    QAStNodeSystemTesting(const QString& name, const QPixmap& icon, QAStData* parent = nullptr,
-                          QAStData* after = nullptr);
     // A node read from its "system_testing" element.
     QAStNodeSystemTesting(const QDomElement& e, int version, QAStData* parent = nullptr,
                           QAStData* after = nullptr);
-    // A node read from the older resource format.
-    QAStNodeSystemTesting(QARes* res, QAStData* parent = nullptr, QAStData* after = nullptr);
 
     QList<Deployment> deployments() const { return m_deployments; }
     void setDeployments(const QList<Deployment>& deployments);
@@ -89,21 +87,15 @@ public:
     // Every selected system-testing script of the node is a ".spv" file:
     // only the post-processing of earlier results is asked.
     bool isPostProcessingOnly() const;
-    unsigned int propertyKind() const override;
     // The kind's driver (docs/formats/driver-scripts.md).
     // The absolute paths of the selected system-testing scripts.
     QStringList driverArguments() const override;
-    QString driverKind() const override;
     bool executesDriver() const override;
-    QStringList allowedChildClasses() const override;
-    QStringList addableChildKinds() const override;
 
 protected:
     // The scripts run through the Execute driver: their runtime output is
     // split.
     bool splitsRuntimeOutput() const override;
-    // For kinds that read their own element (see QAStData).
-    QAStNodeSystemTesting(QAStData* parent, QAStData* after);
 
     // Reads the "system_testing" element. Returns isValid().
     bool init(const QDomElement& e, int version);

@@ -12,27 +12,19 @@
 class SDK110_EXPORT QAStNodeSystemTestingScript : public QAStNodeTestScript {
     Q_OBJECT
 public:
-    // A new node, inserted into parent behind after.
-    QAStNodeSystemTestingScript(const QString& name, const QPixmap& icon,
-                                QAStData* parent = nullptr, QAStData* after = nullptr);
+    // A new node (name, icon), one read from the older resource format
+    // (res), and for kinds that read their own element (parent, after).
+    using QAStNodeTestScript::QAStNodeTestScript;
     // A node read from its "systemtesting_script" element.
     QAStNodeSystemTestingScript(const QDomElement& e, int version, QAStData* parent = nullptr,
                                 QAStData* after = nullptr);
-    // A node read from the older resource format.
-    QAStNodeSystemTestingScript(QARes* res, QAStData* parent = nullptr, QAStData* after = nullptr);
 
     void write(QTextStream& s, int indent) const override;
     // The base's environment lines, then the kind's own
     // (docs/formats/environment-script.md).
     void generateEnv(QTextStream& out) override;
-    unsigned int propertyKind() const override;
-    QStringList allowedChildClasses() const override;
-    QStringList addableChildKinds() const override;
 
 protected:
-    // For kinds that read their own element (see QAStData).
-    QAStNodeSystemTestingScript(QAStData* parent, QAStData* after);
-
     // Reads the "systemtesting_script" element. Returns isValid().
     bool init(const QDomElement& e, int version);
 };

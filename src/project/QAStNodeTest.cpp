@@ -2,10 +2,9 @@
 
 #include "QAFileSurvey.h"
 #include "QAFileUtil.h"
-#include "QASTSplitSurvey.h"
-#include "QAStPerlGen.h"
 #include "QAStConfiguration.h"
-#include "QAStPropertyFilters.h"
+#include "QAStPerlGen.h"
+#include "QASTSplitSurvey.h"
 
 #include <QDir>
 #include <QFile>
@@ -34,25 +33,10 @@ QString runFile(const QAStNodeTest* node, const QString& dir, const QString& fil
 
 } // namespace
 
-QAStNodeTest::QAStNodeTest(const QString& name, const QPixmap& icon, QAStData* parent,
-                           QAStData* after)
-    : QAStNodeContainer(name, icon, parent, after)
-{
-}
-
 QAStNodeTest::QAStNodeTest(const QDomElement& e, int version, QAStData* parent, QAStData* after)
     : QAStNodeContainer(parent, after)
 {
     init(e, version);
-}
-
-QAStNodeTest::QAStNodeTest(QARes* res, QAStData* parent, QAStData* after)
-    : QAStNodeContainer(res, parent, after)
-{
-}
-
-QAStNodeTest::QAStNodeTest(QAStData* parent, QAStData* after) : QAStNodeContainer(parent, after)
-{
 }
 
 QAStNodeTest::~QAStNodeTest()
@@ -68,21 +52,6 @@ void QAStNodeTest::write(QTextStream& s, int indent) const
 bool QAStNodeTest::init(const QDomElement& testElement, int version)
 {
     return initBlock(testElement, version, "test", "test_child");
-}
-
-unsigned int QAStNodeTest::propertyKind() const
-{
-    return QAStPropertyFilters::Test;
-}
-
-QStringList QAStNodeTest::allowedChildClasses() const
-{
-    return {QStringLiteral("QAStNodeTestScript"), QStringLiteral("QAStNodeSource")};
-}
-
-QStringList QAStNodeTest::addableChildKinds() const
-{
-    return {QStringLiteral("test_script"), QStringLiteral("source")};
 }
 
 void QAStNodeTest::generateEnv(QTextStream& out)

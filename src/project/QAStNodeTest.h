@@ -29,14 +29,12 @@ class QASTSplitSurvey;
 class SDK110_EXPORT QAStNodeTest : public QAStNodeContainer {
     Q_OBJECT
 public:
-    // A new node, inserted into parent behind after.
-    QAStNodeTest(const QString& name, const QPixmap& icon, QAStData* parent = nullptr,
-                 QAStData* after = nullptr);
+    // A new node (name, icon), one read from the older resource format
+    // (res), and for kinds that read their own element (parent, after).
+    using QAStNodeContainer::QAStNodeContainer;
     // A node read from a test block ("test" element).
     QAStNodeTest(const QDomElement& e, int version, QAStData* parent = nullptr,
                  QAStData* after = nullptr);
-    // A node read from the older resource format.
-    QAStNodeTest(QARes* res, QAStData* parent = nullptr, QAStData* after = nullptr);
     ~QAStNodeTest() override;
 
     // The test block.
@@ -45,9 +43,6 @@ public:
     // runtime output, @RESULT_FILES: the runtime output and the result
     // files of its runs, which a clean removes.
     void generateEnv(QTextStream& out) override;
-    unsigned int propertyKind() const override;
-    QStringList allowedChildClasses() const override;
-    QStringList addableChildKinds() const override;
 
     // The file the runtime of this node's test program writes its combined
     // result stream into, for the current configuration: the environment
@@ -76,9 +71,6 @@ public:
     static constexpr int RuntimeSplitDelay = 500;
 
 protected:
-    // For kinds that read their own element (see QAStData).
-    QAStNodeTest(QAStData* parent, QAStData* after);
-
     // The kind runs its test program through the Execute driver, whose
     // runtime output is split; false in the base.
     virtual bool splitsRuntimeOutput() const;

@@ -2,37 +2,14 @@
 
 #include "QAStPerlGen.h"
 
-#include "QAStPropertyFilters.h"
-
 #include <QDomElement>
 #include <QTextStream>
-
-namespace {
-const QAStNode::KindRegistration<QAStNodeTestScript>
-    registration("test_script", QT_TRANSLATE_NOOP("QAStNode", "Test Script"));
-}
-
-QAStNodeTestScript::QAStNodeTestScript(const QString& name, const QPixmap& icon, QAStData* parent,
-                                       QAStData* after)
-    : QAStNodeFileRef(name, icon, parent, after)
-{
-}
 
 QAStNodeTestScript::QAStNodeTestScript(const QDomElement& e, int version, QAStData* parent,
                                        QAStData* after)
     : QAStNodeFileRef(parent, after)
 {
     init(e, version);
-}
-
-QAStNodeTestScript::QAStNodeTestScript(QARes* res, QAStData* parent, QAStData* after)
-    : QAStNodeFileRef(res, parent, after)
-{
-}
-
-QAStNodeTestScript::QAStNodeTestScript(QAStData* parent, QAStData* after)
-    : QAStNodeFileRef(parent, after)
-{
 }
 
 QAStNodeTestScript::~QAStNodeTestScript() = default;
@@ -92,11 +69,6 @@ bool QAStNodeTestScript::init(const QDomElement& testScriptElement, int version)
     m_selectedFamilies = readTextList(e, "fam_selection", "fam");
     m_instance = readText(e, "instance", allInstances());
     return isValid();
-}
-
-unsigned int QAStNodeTestScript::propertyKind() const
-{
-    return QAStPropertyFilters::TestScript;
 }
 
 void QAStNodeTestScript::generateEnv(QTextStream& out)

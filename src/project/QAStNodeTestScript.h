@@ -14,14 +14,12 @@
 class SDK110_EXPORT QAStNodeTestScript : public QAStNodeFileRef {
     Q_OBJECT
 public:
-    // A new node, inserted into parent behind after.
-    QAStNodeTestScript(const QString& name, const QPixmap& icon, QAStData* parent = nullptr,
-                       QAStData* after = nullptr);
+    // A new node (name, icon), one read from the older resource format
+    // (res), and for kinds that read their own element (parent, after).
+    using QAStNodeFileRef::QAStNodeFileRef;
     // A node read from its "test_script" element.
     QAStNodeTestScript(const QDomElement& e, int version, QAStData* parent = nullptr,
                        QAStData* after = nullptr);
-    // A node read from the older resource format.
-    QAStNodeTestScript(QARes* res, QAStData* parent = nullptr, QAStData* after = nullptr);
     ~QAStNodeTestScript() override;
 
     // The instance selection that stands for every instance: "<all>".
@@ -45,12 +43,8 @@ public:
     // The base's environment lines, then the kind's own
     // (docs/formats/environment-script.md).
     void generateEnv(QTextStream& out) override;
-    unsigned int propertyKind() const override;
 
 protected:
-    // For kinds that read their own element (see QAStData).
-    QAStNodeTestScript(QAStData* parent, QAStData* after);
-
     // Reads the test_script block: the nodefile_ref block (required), then
     // the script's fields. Returns isValid().
     bool init(const QDomElement& testScriptElement, int version);

@@ -4,37 +4,14 @@
 #include "QAStNodeUnitTestingScript.h"
 #include "QAStPerlGen.h"
 
-#include "QAStPropertyFilters.h"
-
 #include <QDomElement>
 #include <QTextStream>
-
-namespace {
-const QAStNode::KindRegistration<QAStNodeUnitTesting>
-    registration("unit_testing", QT_TRANSLATE_NOOP("QAStNode", "Unit Testing"));
-}
-
-QAStNodeUnitTesting::QAStNodeUnitTesting(const QString& name, const QPixmap& icon, QAStData* parent,
-                                         QAStData* after)
-    : QAStNodeTest(name, icon, parent, after)
-{
-}
 
 QAStNodeUnitTesting::QAStNodeUnitTesting(const QDomElement& e, int version, QAStData* parent,
                                          QAStData* after)
     : QAStNodeTest(parent, after)
 {
     init(e, version);
-}
-
-QAStNodeUnitTesting::QAStNodeUnitTesting(QARes* res, QAStData* parent, QAStData* after)
-    : QAStNodeTest(res, parent, after)
-{
-}
-
-QAStNodeUnitTesting::QAStNodeUnitTesting(QAStData* parent, QAStData* after)
-    : QAStNodeTest(parent, after)
-{
 }
 
 void QAStNodeUnitTesting::write(QTextStream& s, int indent) const
@@ -47,21 +24,6 @@ void QAStNodeUnitTesting::write(QTextStream& s, int indent) const
 bool QAStNodeUnitTesting::init(const QDomElement& e, int version)
 {
     return checkElement(e, "unit_testing") && QAStNodeTest::init(innerBlock(e, "test"), version);
-}
-
-unsigned int QAStNodeUnitTesting::propertyKind() const
-{
-    return QAStPropertyFilters::UnitTesting;
-}
-
-QStringList QAStNodeUnitTesting::allowedChildClasses() const
-{
-    return {QStringLiteral("QAStNodeUnitTestingScript"), QStringLiteral("QAStNodeSource")};
-}
-
-QStringList QAStNodeUnitTesting::addableChildKinds() const
-{
-    return {QStringLiteral("unittesting_script"), QStringLiteral("source")};
 }
 
 QString QAStNodeUnitTesting::selectedScript() const
@@ -105,11 +67,6 @@ void QAStNodeUnitTesting::generateEnv(QTextStream& out)
 bool QAStNodeUnitTesting::linksObjects() const
 {
     return true;
-}
-
-QString QAStNodeUnitTesting::driverKind() const
-{
-    return QStringLiteral("unit_testing");
 }
 
 bool QAStNodeUnitTesting::executesDriver() const

@@ -9,20 +9,17 @@
 class SDK110_EXPORT QAStNodeUnitTesting : public QAStNodeTest {
     Q_OBJECT
 public:
-    // A new node, inserted into parent behind after.
-    QAStNodeUnitTesting(const QString& name, const QPixmap& icon, QAStData* parent = nullptr,
-                        QAStData* after = nullptr);
+    // A new node (name, icon), one read from the older resource format
+    // (res), and for kinds that read their own element (parent, after).
+    using QAStNodeTest::QAStNodeTest;
     // A node read from its "unit_testing" element.
     QAStNodeUnitTesting(const QDomElement& e, int version, QAStData* parent = nullptr,
                         QAStData* after = nullptr);
-    // A node read from the older resource format.
-    QAStNodeUnitTesting(QARes* res, QAStData* parent = nullptr, QAStData* after = nullptr);
 
     void write(QTextStream& s, int indent) const override;
     // The base's environment lines, then the kind's own
     // (docs/formats/environment-script.md).
     void generateEnv(QTextStream& out) override;
-    unsigned int propertyKind() const override;
     // The kind's driver (docs/formats/driver-scripts.md).
     // Compiles its sources and links them.
     bool linksObjects() const override;
@@ -31,10 +28,7 @@ public:
     // The absolute path of the first selected unit-testing script child;
     // empty when none is.
     QString selectedScript() const;
-    QString driverKind() const override;
     bool executesDriver() const override;
-    QStringList allowedChildClasses() const override;
-    QStringList addableChildKinds() const override;
 
 protected:
     // The test program runs through the Execute driver: its runtime output
@@ -42,8 +36,6 @@ protected:
     bool splitsRuntimeOutput() const override;
     // Prepares the link step (QAStNodeSource::prepareLinkStep).
     void buildFirstChild() override;
-    // For kinds that read their own element (see QAStData).
-    QAStNodeUnitTesting(QAStData* parent, QAStData* after);
 
     // Reads the "unit_testing" element: the test block inside it. Returns
     // isValid().

@@ -1,35 +1,12 @@
 #include "QAStNodeUnitTestingScript.h"
 
-#include "QAStPropertyFilters.h"
-
 #include <QDomElement>
-
-namespace {
-const QAStNode::KindRegistration<QAStNodeUnitTestingScript>
-    registration("unittesting_script", QT_TRANSLATE_NOOP("QAStNode", "Unit Testing Script"));
-}
-
-QAStNodeUnitTestingScript::QAStNodeUnitTestingScript(const QString& name, const QPixmap& icon,
-                                                     QAStData* parent, QAStData* after)
-    : QAStNodeTestScript(name, icon, parent, after)
-{
-}
 
 QAStNodeUnitTestingScript::QAStNodeUnitTestingScript(const QDomElement& e, int version,
                                                      QAStData* parent, QAStData* after)
     : QAStNodeTestScript(parent, after)
 {
     init(e, version);
-}
-
-QAStNodeUnitTestingScript::QAStNodeUnitTestingScript(QARes* res, QAStData* parent, QAStData* after)
-    : QAStNodeTestScript(res, parent, after)
-{
-}
-
-QAStNodeUnitTestingScript::QAStNodeUnitTestingScript(QAStData* parent, QAStData* after)
-    : QAStNodeTestScript(parent, after)
-{
 }
 
 void QAStNodeUnitTestingScript::write(QTextStream& s, int indent) const
@@ -45,7 +22,3 @@ bool QAStNodeUnitTestingScript::init(const QDomElement& e, int version)
            QAStNodeTestScript::init(innerBlock(e, "test_script"), version);
 }
 
-unsigned int QAStNodeUnitTestingScript::propertyKind() const
-{
-    return QAStPropertyFilters::UnitTestScript;
-}

@@ -1,33 +1,11 @@
 #include "QAStNodeUser.h"
 
-#include "QAStPropertyFilters.h"
-
 #include <QDomElement>
-
-namespace {
-const QAStNode::KindRegistration<QAStNodeUser> registration("user",
-                                                            QT_TRANSLATE_NOOP("QAStNode", "User"));
-}
-
-QAStNodeUser::QAStNodeUser(const QString& name, const QPixmap& icon, QAStData* parent,
-                           QAStData* after)
-    : QAStNode(name, icon, parent, after)
-{
-}
 
 QAStNodeUser::QAStNodeUser(const QDomElement& e, int version, QAStData* parent, QAStData* after)
     : QAStNode(parent, after)
 {
     init(e, version);
-}
-
-QAStNodeUser::QAStNodeUser(QARes* res, QAStData* parent, QAStData* after)
-    : QAStNode(res, parent, after)
-{
-}
-
-QAStNodeUser::QAStNodeUser(QAStData* parent, QAStData* after) : QAStNode(parent, after)
-{
 }
 
 void QAStNodeUser::setRedirectStdout(bool redirect)
@@ -58,22 +36,6 @@ bool QAStNodeUser::init(const QDomElement& e, int version)
     m_redirectStderr = readBool(e, "redirect_stderr", true);
     initChildList(e, "user_child", version);
     return isValid();
-}
-
-unsigned int QAStNodeUser::propertyKind() const
-{
-    return QAStPropertyFilters::User;
-}
-
-QStringList QAStNodeUser::allowedChildClasses() const
-{
-    return {QStringLiteral("QAStNodeSource"), QStringLiteral("QAStNodeUser"),
-            QStringLiteral("QAStNodeLink")};
-}
-
-QStringList QAStNodeUser::addableChildKinds() const
-{
-    return {QStringLiteral("source"), QStringLiteral("user"), QStringLiteral("link")};
 }
 
 void QAStNodeUser::executeAfterChildren(bool debug)

@@ -12,14 +12,12 @@
 class SDK110_EXPORT QAStNodeUser : public QAStNode {
     Q_OBJECT
 public:
-    // A new node, inserted into parent behind after.
-    QAStNodeUser(const QString& name, const QPixmap& icon, QAStData* parent = nullptr,
-                 QAStData* after = nullptr);
+    // A new node (name, icon), one read from the older resource format
+    // (res), and for kinds that read their own element (parent, after).
+    using QAStNode::QAStNode;
     // A node read from its "user" element.
     QAStNodeUser(const QDomElement& e, int version, QAStData* parent = nullptr,
                  QAStData* after = nullptr);
-    // A node read from the older resource format.
-    QAStNodeUser(QARes* res, QAStData* parent = nullptr, QAStData* after = nullptr);
 
     // On by default.
     bool redirectStdout() const { return m_redirectStdout; }
@@ -36,14 +34,8 @@ protected:
     void executeAfterChildren(bool debug) override;
 
 public:
-    unsigned int propertyKind() const override;
-    QStringList allowedChildClasses() const override;
-    QStringList addableChildKinds() const override;
 
 protected:
-    // For kinds that read their own element (see QAStData).
-    QAStNodeUser(QAStData* parent, QAStData* after);
-
     // Reads the "user" element. Returns isValid().
     bool init(const QDomElement& e, int version);
 

@@ -3,37 +3,14 @@
 #include "QAStNodeSystemTesting.h"
 #include "QAStPerlGen.h"
 
-#include "QAStPropertyFilters.h"
-
 #include <QDomElement>
 #include <QTextStream>
-
-namespace {
-const QAStNode::KindRegistration<QAStNodeVirtualTester>
-    registration("virtual_tester", QT_TRANSLATE_NOOP("QAStNode", "Virtual Tester"));
-}
-
-QAStNodeVirtualTester::QAStNodeVirtualTester(const QString& name, const QPixmap& icon,
-                                             QAStData* parent, QAStData* after)
-    : QAStNodeTestScript(name, icon, parent, after)
-{
-}
 
 QAStNodeVirtualTester::QAStNodeVirtualTester(const QDomElement& e, int version, QAStData* parent,
                                              QAStData* after)
     : QAStNodeTestScript(parent, after)
 {
     init(e, version);
-}
-
-QAStNodeVirtualTester::QAStNodeVirtualTester(QARes* res, QAStData* parent, QAStData* after)
-    : QAStNodeTestScript(res, parent, after)
-{
-}
-
-QAStNodeVirtualTester::QAStNodeVirtualTester(QAStData* parent, QAStData* after)
-    : QAStNodeTestScript(parent, after)
-{
 }
 
 void QAStNodeVirtualTester::write(QTextStream& s, int indent) const
@@ -51,21 +28,6 @@ bool QAStNodeVirtualTester::init(const QDomElement& e, int version)
         return false;
     initChildList(e, "virtual_tester_child", version);
     return isValid();
-}
-
-unsigned int QAStNodeVirtualTester::propertyKind() const
-{
-    return QAStPropertyFilters::VirtualTester;
-}
-
-QStringList QAStNodeVirtualTester::allowedChildClasses() const
-{
-    return {QStringLiteral("QAStNodeSource")};
-}
-
-QStringList QAStNodeVirtualTester::addableChildKinds() const
-{
-    return {QStringLiteral("source")};
 }
 
 void QAStNodeVirtualTester::generateEnv(QTextStream& out)

@@ -13,27 +13,19 @@
 class SDK110_EXPORT QAStNodeVirtualTester : public QAStNodeTestScript {
     Q_OBJECT
 public:
-    // A new node, inserted into parent behind after.
-    QAStNodeVirtualTester(const QString& name, const QPixmap& icon, QAStData* parent = nullptr,
-                          QAStData* after = nullptr);
+    // A new node (name, icon), one read from the older resource format
+    // (res), and for kinds that read their own element (parent, after).
+    using QAStNodeTestScript::QAStNodeTestScript;
     // A node read from its "virtual_tester" element.
     QAStNodeVirtualTester(const QDomElement& e, int version, QAStData* parent = nullptr,
                           QAStData* after = nullptr);
-    // A node read from the older resource format.
-    QAStNodeVirtualTester(QARes* res, QAStData* parent = nullptr, QAStData* after = nullptr);
 
     void write(QTextStream& s, int indent) const override;
     // The base's environment lines, then the kind's own
     // (docs/formats/environment-script.md).
     void generateEnv(QTextStream& out) override;
-    unsigned int propertyKind() const override;
-    QStringList allowedChildClasses() const override;
-    QStringList addableChildKinds() const override;
 
 protected:
-    // For kinds that read their own element (see QAStData).
-    QAStNodeVirtualTester(QAStData* parent, QAStData* after);
-
     // Reads the "virtual_tester" element. Returns isValid().
     bool init(const QDomElement& e, int version);
 };

@@ -1,10 +1,12 @@
 // The build, execution and clean walk of a node.
+#include "QALogging.h"
 #include "QAStNode.h"
 
 #include "QAFileUtil.h"
 #include "QAHost.h"
 #include "QAStConfiguration.h"
 #include "QAStNodeFileRef.h"
+#include "QAStNodeKinds.h"
 #include "QAStNodeSource.h"
 #include "QAStNodeUser.h"
 #include "QAStPerlGen.h"
@@ -66,7 +68,8 @@ void QAStNode::clean()
 
 QString QAStNode::driverKind() const
 {
-    return QString();
+    const QAStNodeKind* kind = QAStNodeKind::of(metaObject());
+    return kind && kind->driver ? QString::fromLatin1(kind->driver) : QString();
 }
 
 QStringList QAStNode::driverArguments() const
@@ -263,6 +266,11 @@ void QAStNode::buildCurrentChild()
 void QAStNode::walkCurrentChild()
 {
     QAStNode* child = m_walkChild;
+    // The walk goes through this node's own children only.
+    if (!SDK110_CHECK(child && child->parent() == this)) {
+        abortBuildExecute();
+        return;
+    }
     connect(child, &QAStNode::buildExecuteFinished, this,
             m_command == Command::Execute ? &QAStNode::executeNextChild : &QAStNode::buildNextChild,
             Qt::QueuedConnection);
@@ -295,6 +303,9 @@ void QAStNode::executeNextChild()
 void QAStNode::childWalkEnded()
 {
     QAStNode* child = m_walkChild;
+    // Only the child being walked reports its end here.
+    if (!SDK110_CHECK(!qobject_cast<QAStNode*>(sender()) || sender() == child))
+        return;
     if (child) {
         disconnect(child, &QAStNode::buildExecuteFinished, this, nullptr);
         if (m_command == Command::Execute)
@@ -409,7 +420,7 @@ bool QAStNode::runWalkScript(const QString& script, const QStringList& arguments
 
 void QAStNode::buildScriptTerminated()
 {
-    qWarning("QAStNode::buildScriptTerminated [%s]", qUtf8Printable(name()));
+    qCWarning(lcProject, "QAStNode::buildScriptTerminated [%s]", qUtf8Printable(name()));
     disconnect(this, &QAStData::perlScriptTerminated, this, &QAStNode::buildScriptTerminated);
     m_environmentStream.reset();
     m_environmentFile.reset();
@@ -450,7 +461,7 @@ void QAStNode::executeNode()
     if (!directory().isEmpty())
         QDir::setCurrent(directory());
     const int flag = QAStPerlGen::settingValue(currentConfiguration(), executionFlagKey).toInt();
-    qWarning("QAStNode::executeNode executionFlag %x", flag);
+    qCWarning(lcProject, "QAStNode::executeNode executionFlag %x", flag);
     if (!(flag & executeStages)) {
         displayMessage(OutputConsole, tr("%1: no execution step is selected\n").arg(name()));
         abortBuildExecute();
@@ -477,7 +488,7 @@ QAStNode* QAStNode::nextChildToExecute()
 void QAStNode::executeAfterChildren(bool debug)
 {
     Q_UNUSED(debug);
-    qWarning("QAStNode::executeAfterChildren()");
+    qCWarning(lcProject, "QAStNode::executeAfterChildren()");
     abortBuildExecute();
 }
 

@@ -20,7 +20,6 @@
 #include "QAStNodeUnitTestingScript.h"
 #include "QAStNodeUser.h"
 #include "QAStNodeVirtualTester.h"
-#include "QAStPropertyFilters.h"
 #include "QAStRootFolder.h"
 #include "QAStSubProject.h"
 #include "QAXML.h"
@@ -896,12 +895,7 @@ QAStConfiguration* QAStProject::inheritConfiguration(const QAStConfiguration* c)
     return configuration(c->name()) == c ? initial : nullptr;
 }
 
-unsigned int QAStProject::propertyKind() const
+QAStProject* QAStProject::asProject() const
 {
-    return QAStPropertyFilters::Project;
-}
-
-QStringList QAStProject::allowedChildClasses() const
-{
-    return QAStNodeContainer::allowedChildClasses() << QStringLiteral("QAStSubProject");
+    return const_cast<QAStProject*>(this);
 }

@@ -202,10 +202,8 @@ public:
     // configuration of its name for the project's own configuration;
     // otherwise null.
     QAStConfiguration* inheritConfiguration(const QAStConfiguration* c) const override;
+    QAStProject* asProject() const override;
 
-    unsigned int propertyKind() const override;
-    // What a container holds, and sub-projects.
-    QStringList allowedChildClasses() const override;
 
 signals:
     // Emitted at the end of a successful load.

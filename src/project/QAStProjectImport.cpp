@@ -1,5 +1,7 @@
 #include "QAStProjectImport.h"
 
+#include "QAStAFunctionTag.h"
+#include "QAStAMethodTag.h"
 #include "QAStCompilationDatabase.h"
 #include "QAStConfiguration.h"
 #include "QAStFile.h"
@@ -111,7 +113,7 @@ bool definesMain(const QAStFile* file)
                            [](const QAStData* m) { return m->name() == QLatin1String("main"); });
     }
     for (const QAStData* tag = file->child(); tag; tag = tag->next()) {
-        if (tag->inherits("QAStAFunctionTag") && !tag->inherits("QAStAMethodTag") &&
+        if (qobject_cast<const QAStAFunctionTag*>(tag) && !qobject_cast<const QAStAMethodTag*>(tag) &&
             tag->name() == QLatin1String("main"))
             return true;
     }

@@ -9,6 +9,7 @@
 #include "QAStFile.h"
 #include "QAStFolder.h"
 #include "QAStNodeFileRef.h"
+#include "QAStNodeLibrary.h"
 #include "QAStProject.h"
 #include "QAStRootFolder.h"
 #include "QAStTargetPackage.h"
@@ -56,7 +57,7 @@ QAStData* placeFor(const QAStFolder* folder, const QString& name, bool isFolder)
 {
     QAStData* after = nullptr;
     for (QAStData* child = folder->child(); child; child = child->next()) {
-        const bool childIsFolder = child->inherits("QAStFolder");
+        const bool childIsFolder = qobject_cast<const QAStFolder*>(child) != nullptr;
         if (isFolder ? (childIsFolder && compareNames(child->name(), name) < 0)
                      : (childIsFolder || compareNames(child->name(), name) < 0))
             after = child;
@@ -410,7 +411,7 @@ QAStNode* QAStProjectSetup::addNode(QAStNode* parent, const QString& kind, const
         setError(error, project->path(), tr("\"%1\" is no kind of node.").arg(kind));
         return nullptr;
     }
-    const bool standsForFile = probe->inherits("QAStNodeFileRef");
+    const bool standsForFile = qobject_cast<const QAStNodeFileRef*>(probe.get()) != nullptr;
     QStringList paths = files;
     if (standsForFile && paths.isEmpty() && !name.isEmpty())
         paths.append(name);
@@ -447,7 +448,7 @@ QAStNode* QAStProjectSetup::addNode(QAStNode* parent, const QString& kind, const
                                              : QString();
     if (!nodeName.isEmpty()) {
         for (const QAStData* child = parent->child(); child; child = child->next()) {
-            if (child->name() == nodeName && child->inherits("QAStNode")) {
+            if (child->name() == nodeName && qobject_cast<const QAStNode*>(child)) {
                 setError(error, project->path(),
                          tr("\"%1\" has a node named \"%2\" already.").arg(parent->name(), nodeName));
                 return nullptr;
@@ -462,7 +463,7 @@ QAStNode* QAStProjectSetup::addNode(QAStNode* parent, const QString& kind, const
     }
     if (!nodeName.isEmpty())
         node->setName(nodeName);
-    if (node->inherits("QAStNodeLibrary")) {
+    if (qobject_cast<const QAStNodeLibrary*>(node)) {
         for (QAStConfiguration* c : node->configurationList())
             c->setProperty(generationFormatKey, QStringLiteral("LIB"));
     }

@@ -1,15 +1,10 @@
 #include "QAStSubProject.h"
 
 #include "QAFileUtil.h"
-#include "QAStDataFactory.h"
 
 #include <QDomElement>
 #include <QFileInfo>
 #include <QTextStream>
-
-namespace {
-const QAStDataFactory::Registration<QAStSubProject> subProjectRow("sub_project");
-}
 
 QAStSubProject::QAStSubProject(const QString& projectFile, QAStData* parent, QAStData* after)
     : QAStProject(parent, after)

@@ -1,27 +1,22 @@
 #include "QAStTagFileReader.h"
 
+#include "QALogging.h"
 #include "QAStAClassTag.h"
 #include "QAStAFunctionTag.h"
 #include "QAStAPackageTag.h"
 #include "QAStAStructTag.h"
 #include "QAStFile.h"
 #include "QAStProjectPref.h"
+#include "QATr.h"
 
 #include <QCoreApplication>
 #include <QFile>
-#include <QLoggingCategory>
 #include <QStringConverter>
 
 #include <cstring>
 
 namespace {
 
-Q_LOGGING_CATEGORY(lcTagging, "sdk110.tagging", QtWarningMsg)
-
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("QAStFile", text);
-}
 
 const QString keyName = QStringLiteral("Name");
 const QString keyFile = QStringLiteral("File");
@@ -209,7 +204,7 @@ QAStTagFileReader::LineKind QAStTagFileReader::parseLine(QByteArrayView line,
 {
     const auto malformed = [error](const char* message) {
         if (error)
-            *error = tr(message);
+            *error = QATr::project(message);
         return MalformedLine;
     };
     if (line.endsWith('\r'))
@@ -220,15 +215,15 @@ QAStTagFileReader::LineKind QAStTagFileReader::parseLine(QByteArrayView line,
     qsizetype pos = 0;
     const QByteArrayView name = takeField(line, pos);
     if (name.empty())
-        return malformed(QT_TRANSLATE_NOOP("QAStFile", "expecting an identifier"));
+        return malformed(QT_TRANSLATE_NOOP(QATR_PROJECT, "expecting an identifier"));
     if (pos == line.size())
-        return malformed(QT_TRANSLATE_NOOP("QAStFile", "expecting a tab"));
+        return malformed(QT_TRANSLATE_NOOP(QATR_PROJECT, "expecting a tab"));
     ++pos;
     const QByteArrayView file = takeField(line, pos);
     if (file.empty())
-        return malformed(QT_TRANSLATE_NOOP("QAStFile", "expecting a file"));
+        return malformed(QT_TRANSLATE_NOOP(QATR_PROJECT, "expecting a file"));
     if (pos == line.size())
-        return malformed(QT_TRANSLATE_NOOP("QAStFile", "expecting a tab"));
+        return malformed(QT_TRANSLATE_NOOP(QATR_PROJECT, "expecting a tab"));
     ++pos;
 
     qint64 number = 0;
@@ -236,18 +231,18 @@ QAStTagFileReader::LineKind QAStTagFileReader::parseLine(QByteArrayView line,
     while (pos < line.size() && line[pos] >= '0' && line[pos] <= '9' && number <= INT_MAX)
         number = number * 10 + (line[pos++] - '0');
     if (pos == digits || number > INT_MAX)
-        return malformed(QT_TRANSLATE_NOOP("QAStFile", "expecting a line number"));
+        return malformed(QT_TRANSLATE_NOOP(QATR_PROJECT, "expecting a line number"));
     if (!line.sliced(pos).startsWith(";\""))
-        return malformed(QT_TRANSLATE_NOOP("QAStFile", "expecting the extension separator"));
+        return malformed(QT_TRANSLATE_NOOP(QATR_PROJECT, "expecting the extension separator"));
     pos += 2;
     if (pos == line.size() || line[pos] != '\t')
-        return malformed(QT_TRANSLATE_NOOP("QAStFile", "expecting a tab"));
+        return malformed(QT_TRANSLATE_NOOP(QATR_PROJECT, "expecting a tab"));
     ++pos;
     QByteArrayView kind = takeField(line, pos);
     if (kind.startsWith("kind:"))
         kind = kind.sliced(5);
     if (kind.empty())
-        return malformed(QT_TRANSLATE_NOOP("QAStFile", "expecting a kind"));
+        return malformed(QT_TRANSLATE_NOOP(QATR_PROJECT, "expecting a kind"));
 
     record.qualifier = 0;
     record.signature.clear();
@@ -265,11 +260,11 @@ QAStTagFileReader::LineKind QAStTagFileReader::parseLine(QByteArrayView line,
             record.qualifier += wordsValue(value);
         } else if (equals(key, "implementation")) {
             if (value.empty())
-                return malformed(QT_TRANSLATE_NOOP("QAStFile", "expecting an implementation name"));
+                return malformed(QT_TRANSLATE_NOOP(QATR_PROJECT, "expecting an implementation name"));
             record.qualifier += wordsValue(value);
         } else if (equals(key, "signature")) {
             if (value.empty())
-                return malformed(QT_TRANSLATE_NOOP("QAStFile", "expecting a signature"));
+                return malformed(QT_TRANSLATE_NOOP(QATR_PROJECT, "expecting a signature"));
             record.signature = decode(value, utf8);
         } else if (equals(key, "inherits")) {
             const QString bases = decode(value, utf8);
@@ -279,7 +274,7 @@ QAStTagFileReader::LineKind QAStTagFileReader::parseLine(QByteArrayView line,
                 if (!equals(key, parent.key))
                     continue;
                 if (value.empty())
-                    return malformed(QT_TRANSLATE_NOOP("QAStFile", "expecting a parent name"));
+                    return malformed(QT_TRANSLATE_NOOP(QATR_PROJECT, "expecting a parent name"));
                 hasParent = true;
                 record.parentKind = parent.kind;
                 const bool separate = parent.kind == QLatin1String("separate");
@@ -314,7 +309,7 @@ bool QAStTagFileReader::read(const QString& path)
 {
     QFile tags(path);
     if (!tags.open(QIODevice::ReadOnly)) {
-        QAStData::displayMessage(QAStData::MessageConsole, tr("Can't open tag file."));
+        QAStData::displayMessage(QAStData::MessageConsole, QATr::project("Can't open tag file."));
         return false;
     }
     if (m_file)

@@ -1,6 +1,7 @@
 #include "QAPropertyBool.h"
 
 #include "QAPropertyEditorFactory.h"
+#include "QATr.h"
 
 #include <QCoreApplication>
 
@@ -28,8 +29,8 @@ QWidget* QAPropertyBool::createEditor(QWidget* parent)
 
 QString QAPropertyBool::text(bool b) const
 {
-    return b ? QCoreApplication::translate("Properties", "True")
-             : QCoreApplication::translate("Properties", "False");
+    return b ? QATr::settings("True")
+             : QATr::settings("False");
 }
 
 QAPropertyAttrBool::~QAPropertyAttrBool() = default;

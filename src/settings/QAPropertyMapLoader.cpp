@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "QAILogMonitor.h"
+#include "QALogging.h"
 #include "QAPropertyBool.h"
 #include "QAPropertyComboInt.h"
 #include "QAPropertyComboString.h"
@@ -14,6 +15,7 @@
 #include "QAPropertyPathItem.h"
 #include "QAPropertyYesNo.h"
 #include "QARes.h"
+#include "QATr.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
@@ -23,17 +25,12 @@
 
 namespace {
 
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("QAPropertyMapLoader", text);
-}
-
 void sendToLog(QAILogMonitor* log, const QString& message)
 {
     if (log)
         log->log(message);
     else
-        qWarning("%s", qPrintable(message));
+        qCWarning(lcSettings, "%s", qPrintable(message));
 }
 
 // Routes the reader's syntax errors to the loader's log while installed,
@@ -133,11 +130,11 @@ QAPropertyMapGroup* QAPropertyMapLoader::load(const QString& file, const QMap<QS
         resource.reset(QARes::read(file));
     }
     if (!resource) {
-        report(tr("%1: not found").arg(file));
+        report(QATr::settings("%1: not found").arg(file));
         return nullptr;
     }
     if (QARes::errorCount() > 0)
-        report(tr("%1 Error(s) in property file %2").arg(QString::number(QARes::errorCount()), file));
+        report(QATr::settings("%1 Error(s) in property file %2").arg(QString::number(QARes::errorCount()), file));
     return readDescriptor(resource.get());
 }
 
@@ -146,14 +143,14 @@ QAPropertyMapGroup* QAPropertyMapLoader::readDescriptor(QARes* resource)
 {
     const QARes* properties = resource->find(QStringLiteral("properties"));
     if (!properties || !properties->isGroup()) {
-        report(tr("%1 is not property definition file").arg(m_file));
+        report(QATr::settings("%1 is not property definition file").arg(m_file));
         return nullptr;
     }
     auto root = std::make_unique<QAPropertyMapGroup>(rootName());
     for (QARes* entry : properties->toResGroup()->findAll(QStringLiteral("property")))
         loadEntry(root.get(), entry);
     if (m_groups == 0) {
-        report(tr("%1: no group defined in the file").arg(m_file));
+        report(QATr::settings("%1: no group defined in the file").arg(m_file));
         return nullptr;
     }
     return root.release();
@@ -167,9 +164,9 @@ void QAPropertyMapLoader::loadEntry(QAPropertyMapGroup* root, QARes* entry)
     const QARes* pathField = entry->find(QStringLiteral("path"));
     const QARes* typeField = entry->find(QStringLiteral("type"));
     if (!pathField)
-        reportEntry(entry, tr(": the field path is required in property definition"));
+        reportEntry(entry, QATr::settings(": the field path is required in property definition"));
     if (!typeField)
-        reportEntry(entry, tr(": the field type is required in property definition"));
+        reportEntry(entry, QATr::settings(": the field type is required in property definition"));
     if (!pathField || !typeField || !readText(entry, QStringLiteral("path"), &path)
         || !readText(entry, QStringLiteral("type"), &type) || !readText(entry, QStringLiteral("tag"), &tag))
         return;
@@ -179,11 +176,11 @@ void QAPropertyMapLoader::loadEntry(QAPropertyMapGroup* root, QARes* entry)
         return;
     std::unique_ptr<QAProperty> property(createProperty(type, tag, entry));
     if (!property) {
-        reportEntry(entry, tr(": the type '%1' is not expected").arg(type));
+        reportEntry(entry, QATr::settings(": the type '%1' is not expected").arg(type));
         return;
     }
     if (!property->isGroup() && tag.isEmpty()) {
-        reportEntry(entry, tr(": the field tag is required in property definition"));
+        reportEntry(entry, QATr::settings(": the field tag is required in property definition"));
         return;
     }
     const bool common = loadProperty(property.get(), entry);
@@ -201,14 +198,14 @@ QAPropertyGroup* QAPropertyMapLoader::findGroup(QAPropertyMapGroup* root, const 
 {
     const QStringList names = path.split(QLatin1Char('/'), Qt::SkipEmptyParts);
     if (names.isEmpty()) {
-        reportEntry(entry, tr(": unable to find the path '%1'").arg(path));
+        reportEntry(entry, QATr::settings(": unable to find the path '%1'").arg(path));
         return nullptr;
     }
     QAPropertyGroup* group = nullptr;
     for (const QString& name : names) {
         group = group ? childGroup(group, name) : (name == root->name() ? root : nullptr);
         if (!group) {
-            reportEntry(entry, tr(": unable to find the group '%1'").arg(name));
+            reportEntry(entry, QATr::settings(": unable to find the group '%1'").arg(name));
             return nullptr;
         }
     }
@@ -316,7 +313,7 @@ bool QAPropertyMapLoader::readFilters(const QARes* entry, const QString& field, 
     for (const QString& name : names) {
         const auto filter = m_filters.constFind(name);
         if (filter == m_filters.constEnd()) {
-            report(tr("The value for filter '%1' does not exist in the loader").arg(name));
+            report(QATr::settings("The value for filter '%1' does not exist in the loader").arg(name));
             ok = false;
         } else {
             *bits |= static_cast<unsigned int>(filter.value());
@@ -446,12 +443,12 @@ void QAPropertyMapLoader::report(const QString& message) const
 
 void QAPropertyMapLoader::reportEntry(const QARes* entry, const QString& reason) const
 {
-    report(tr("Property at line %1").arg(entry->line()) + reason);
+    report(QATr::settings("Property at line %1").arg(entry->line()) + reason);
 }
 
 bool QAPropertyMapLoader::fieldNotExpected(const QARes* entry, const QString& field) const
 {
-    reportEntry(entry, tr(": the value of the field '%1' is not expected").arg(field));
+    reportEntry(entry, QATr::settings(": the value of the field '%1' is not expected").arg(field));
     return false;
 }
 

@@ -1,5 +1,7 @@
 #include "QAPropertyYesNo.h"
 
+#include "QATr.h"
+
 #include <QCoreApplication>
 
 QAPropertyYesNo::QAPropertyYesNo(const QString& name)
@@ -11,8 +13,8 @@ QAPropertyYesNo::~QAPropertyYesNo() = default;
 
 QString QAPropertyYesNo::text(bool b) const
 {
-    return b ? QCoreApplication::translate("Properties", "Yes")
-             : QCoreApplication::translate("Properties", "No");
+    return b ? QATr::settings("Yes")
+             : QATr::settings("No");
 }
 
 QAPropertyAttrYesNo::~QAPropertyAttrYesNo() = default;

@@ -2,6 +2,7 @@
 
 #include "QARes.h"
 #include "QAStTargetPackageList.h"
+#include "QATr.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -14,11 +15,6 @@ const char* const furtherDefaultPrefix = "DEFAULT_";
 // The mode keys, in the order of QAStTargetPackage::Feature.
 const char* const featureModeKeys[] = {"ATC_MODE", "ATT_MODE", "ATP_MODE", "ATQ_MODE"};
 
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("TargetPackage", text);
-}
-
 bool isScalar(const QARes* res)
 {
     return !res->isGroup() && !res->isList();
@@ -29,7 +25,7 @@ bool isScalar(const QARes* res)
 bool reportWrongType(const QARes* res, const QString& expected)
 {
     QARes::errorHandler()->error(res->fileName(), res->line(),
-                                 tr("the value of %1 must be %2").arg(res->name(), expected));
+                                 QATr::settings("the value of %1 must be %2").arg(res->name(), expected));
     return false;
 }
 
@@ -143,7 +139,7 @@ bool QAStTargetPackage::readTexts(const QARes* res)
         if (isScalar(value))
             this->*key.field = value->toText();
         else
-            ok = reportWrongType(value, tr("a string"));
+            ok = reportWrongType(value, QATr::settings("a string"));
     }
     return ok;
 }
@@ -154,7 +150,7 @@ bool QAStTargetPackage::readLists(const QARes* res)
     for (const ListKey& key : s_listKeys) {
         const QARes* value = res->find(QLatin1String(key.key));
         if (value && !toStringList(value, this->*key.field))
-            ok = reportWrongType(value, tr("a list of strings"));
+            ok = reportWrongType(value, QATr::settings("a list of strings"));
     }
     return ok;
 }
@@ -165,7 +161,7 @@ bool QAStTargetPackage::readJ2meRestriction(const QARes* res)
     if (!value)
         return true;
     if (!isScalar(value))
-        return reportWrongType(value, tr("true or false"));
+        return reportWrongType(value, QATr::settings("true or false"));
     m_j2meRestriction = value->toText() == QLatin1String("true");
     return true;
 }
@@ -176,7 +172,7 @@ bool QAStTargetPackage::readFeatureModes(const QARes* res)
     for (int feature = CodeCoverage; feature <= PerformanceProfiling; ++feature) {
         const QARes* value = res->find(QLatin1String(featureModeKeys[feature]));
         if (value && !toFeatureMode(value, m_featureModes[feature]))
-            ok = reportWrongType(value, tr("0 or 1"));
+            ok = reportWrongType(value, QATr::settings("0 or 1"));
     }
     return ok;
 }
@@ -195,7 +191,7 @@ bool QAStTargetPackage::readFurtherDefaults(const QARes* res)
         if (toFurtherDefault(entry, value))
             m_defaultValues.insert(key, value);
         else
-            ok = reportWrongType(entry, tr("a string or a list of strings"));
+            ok = reportWrongType(entry, QATr::settings("a string or a list of strings"));
     }
     return ok;
 }

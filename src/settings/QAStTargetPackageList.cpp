@@ -2,27 +2,22 @@
 
 #include "QAHost.h"
 #include "QAILogMonitor.h"
+#include "QALogging.h"
 #include "QARes.h"
 #include "QAStProjectPref.h"
 #include "QAStTargetPackage.h"
+#include "QATr.h"
 #include "StudioInterface.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
-#include <QLoggingCategory>
 
 #include <algorithm>
 #include <memory>
 
 namespace {
 
-Q_LOGGING_CATEGORY(lcTargetPackage, "sdk110.targetpackage", QtInfoMsg)
-
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("TargetPackage", text);
-}
 
 // Shows the faults of one scan to the user and counts them.
 class ScanReporter {
@@ -87,14 +82,14 @@ void scanDirectory(const QString& directory, ScanReporter& reporter,
     const QFileInfo info(directory);
     if (!info.isDir() || !info.isReadable()) {
         reporter.report(
-            tr("The Target Package %1 directory doesn't exist or it is not readable").arg(directory));
+            QATr::settings("The Target Package %1 directory doesn't exist or it is not readable").arg(directory));
         qCDebug(lcTargetPackage, "%s directory doesn't exists", qUtf8Printable(directory));
         return;
     }
     const QFileInfoList entries =
         QDir(directory).entryInfoList(QDir::AllEntries | QDir::NoDotAndDotDot, QDir::Name);
     if (entries.isEmpty()) {
-        reporter.report(tr("The Target Package %1 directory is empty").arg(directory));
+        reporter.report(QATr::settings("The Target Package %1 directory is empty").arg(directory));
         return;
     }
     for (const QFileInfo& entry : entries) {
@@ -122,7 +117,7 @@ std::unique_ptr<QAStTargetPackageList>& installed()
 
 void reportInitializationError(QAILogMonitor* monitor)
 {
-    const QString text = tr("Error when initializing Target Package List, see the reason above");
+    const QString text = QATr::settings("Error when initializing Target Package List, see the reason above");
     QAHost::displayMessage(QAHost::MessageConsole, text);
     if (monitor)
         monitor->log(text);
@@ -130,12 +125,12 @@ void reportInitializationError(QAILogMonitor* monitor)
 
 void warnNoPackage()
 {
-    const QString text = tr("Unable to find any Target Deployment port for your\nKorvil installation.\n"
+    const QString text = QATr::settings("Unable to find any Target Deployment port for your\nKorvil installation.\n"
                             "Please check your Project's Preferences > TDP Directories");
     if (StudioInterface* host = QAHost::studioInterface())
-        host->warning(QAHost::boxParent(), tr("Target Deployment Package"), text);
+        host->warning(QAHost::boxParent(), QATr::settings("Target Deployment Package"), text);
     else
-        qWarning("%s", qUtf8Printable(text));
+        qCWarning(lcTargetPackage, "%s", qUtf8Printable(text));
 }
 
 }

@@ -1,5 +1,7 @@
 #include "QAHost.h"
 
+#include "QALogging.h"
+
 #include <QtDebug>
 
 namespace {
@@ -54,7 +56,7 @@ void QAHost::displayMessage(int console, const QString& text)
     if (StudioInterface* studio = studioInterface())
         studio->displayMessage(console == OutputConsole ? OutputConsole : MessageConsole, text);
     else
-        qWarning("%s", qPrintable(text));
+        qCWarning(lcSupport, "%s", qPrintable(text));
 }
 
 void QAHost::clearMessage(int console)

@@ -1,5 +1,7 @@
 #include "QAProcess.h"
 
+#include "QALogging.h"
+
 #include <QCoreApplication>
 #include <QEventLoop>
 #include <QPointer>
@@ -21,7 +23,7 @@ QList<QAProcess*>& runningProcesses()
 
 void warnNotStarted(const QString& program)
 {
-    qWarning("%s: unable to start the command\n", qPrintable(program));
+    qCWarning(lcSupport, "%s: unable to start the command\n", qPrintable(program));
 }
 
 // The next line of bytes, without its "\n", taken off pending; at the end of
@@ -355,7 +357,7 @@ void QAProcess::finish()
     readChannel(Err, true);
     if (!self)
         return;
-    qWarning("Terminated process pid = %ld", long(m_pid));
+    qCWarning(lcSupport, "Terminated process pid = %ld", long(m_pid));
     m_finished = true;
     runningProcesses().removeAll(this);
     ++m_emitDepth;

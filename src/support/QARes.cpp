@@ -1,5 +1,8 @@
 #include "QARes.h"
 
+#include "QALogging.h"
+#include "QATr.h"
+
 #include <QCoreApplication>
 #include <QFile>
 #include <QStringTokenizer>
@@ -18,20 +21,15 @@ constexpr int MaxDepth = 200;
 // Long words are cut in messages.
 constexpr int MaxQuotedLength = 40;
 
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("QARes", text);
-}
-
 // The default handler: "file:line: message" on the Qt warning channel.
 class WarningErrorHandler : public QAResErrorHandler {
 public:
     void error(const QString& file, int line, const QString& message) override
     {
         if (line > 0)
-            qWarning("%s:%d: %s", qUtf8Printable(file), line, qUtf8Printable(message));
+            qCWarning(lcSupport, "%s:%d: %s", qUtf8Printable(file), line, qUtf8Printable(message));
         else
-            qWarning("%s: %s", qUtf8Printable(file), qUtf8Printable(message));
+            qCWarning(lcSupport, "%s: %s", qUtf8Printable(file), qUtf8Printable(message));
     }
 };
 
@@ -133,9 +131,9 @@ QString quoted(QStringView text)
 QString describe(const Token& t)
 {
     switch (t.kind) {
-    case Tok::End: return tr("end of file");
+    case Tok::End: return QATr::support("end of file");
     case Tok::Word: return quoted(t.text);
-    case Tok::String: return tr("a string");
+    case Tok::String: return QATr::support("a string");
     case Tok::Equals: return QStringLiteral("'='");
     case Tok::OpenBrace: return QStringLiteral("'{'");
     case Tok::CloseBrace: return QStringLiteral("'}'");
@@ -287,7 +285,7 @@ void Reader::scan(Token& t)
             return;
         default:
             if (isControl(c)) {
-                error(m_line, tr("unexpected character U+%1").arg(int(c), 4, 16, QLatin1Char('0')));
+                error(m_line, QATr::support("unexpected character U+%1").arg(int(c), 4, 16, QLatin1Char('0')));
                 ++m_pos;
                 continue;
             }
@@ -342,7 +340,7 @@ void Reader::scanString(Token& t)
     if (m_pos != m_end && *m_pos == u'"')
         ++m_pos;
     else
-        error(t.line, tr("unterminated string"));
+        error(t.line, QATr::support("unterminated string"));
 }
 
 // Where the string that goes on at from ends: its closing quote, or the
@@ -385,7 +383,7 @@ void Reader::scanEscape(QString& out, int line)
     default:
         break;
     }
-    error(line, tr("unknown escape sequence '\\%1'").arg(QChar(c)));
+    error(line, QATr::support("unknown escape sequence '\\%1'").arg(QChar(c)));
     out += QLatin1Char('\\');
     out += QChar(c);
 }
@@ -443,18 +441,18 @@ void Reader::stepGroup()
             advance();
             pop();
         } else {
-            error(m_tok.line, tr("unexpected '}'"));
+            error(m_tok.line, QATr::support("unexpected '}'"));
             advance();
         }
         return;
     case Tok::CloseParen:
         if (!closeUpTo(true)) {
-            error(m_tok.line, tr("unexpected ')'"));
+            error(m_tok.line, QATr::support("unexpected ')'"));
             advance();
         }
         return;
     default:
-        error(m_tok.line, tr("expected a name, found %1").arg(describe(m_tok)));
+        error(m_tok.line, QATr::support("expected a name, found %1").arg(describe(m_tok)));
         skipRestOfLine(m_tok.line);
         return;
     }
@@ -471,19 +469,19 @@ void Reader::stepList()
         return;
     case Tok::Comma:
         if (list.expectItem)
-            error(m_tok.line, tr("missing list item before ','"));
+            error(m_tok.line, QATr::support("missing list item before ','"));
         list.expectItem = true;
         advance();
         return;
     case Tok::CloseBrace:
         if (!closeUpTo(false)) {
-            error(m_tok.line, tr("unexpected '}'"));
+            error(m_tok.line, QATr::support("unexpected '}'"));
             advance();
         }
         return;
     case Tok::Equals:
     case Tok::Semicolon:
-        error(m_tok.line, tr("unexpected %1 in a list").arg(describe(m_tok)));
+        error(m_tok.line, QATr::support("unexpected %1 in a list").arg(describe(m_tok)));
         advance();
         return;
     case Tok::Word:
@@ -496,7 +494,7 @@ void Reader::stepList()
         break;
     }
     if (!list.expectItem)
-        error(m_tok.line, tr("missing ',' between list items"));
+        error(m_tok.line, QATr::support("missing ',' between list items"));
     list.expectItem = false;
     parseValue(QString(), m_tok.line);
 }
@@ -507,7 +505,7 @@ void Reader::parseEntry()
     const int line = m_tok.line;
     advance();
     if (m_tok.kind != Tok::Equals) {
-        error(line, tr("expected '=' after %1").arg(quoted(name)));
+        error(line, QATr::support("expected '=' after %1").arg(quoted(name)));
         skipRestOfLine(line);
         return;
     }
@@ -534,7 +532,7 @@ void Reader::parseValue(const QString& name, int line)
     default:
         break;
     }
-    error(line, name.isEmpty() ? tr("missing value") : tr("missing value for %1").arg(quoted(name)));
+    error(line, name.isEmpty() ? QATr::support("missing value") : QATr::support("missing value for %1").arg(quoted(name)));
     if (m_tok.kind == Tok::Equals || m_tok.kind == Tok::Comma)
         skipRestOfLine(m_tok.line);
 }
@@ -550,7 +548,7 @@ void Reader::addWord(const QString& name, int line)
         if (toInteger(w, value))
             add(new QAResInt(name, value, line, m_file));
         else
-            error(m_tok.line, tr("integer out of range: %1").arg(quoted(w)));
+            error(m_tok.line, QATr::support("integer out of range: %1").arg(quoted(w)));
     } else {
         add(new QAResString(name, m_texts.get(w), line, m_file));
     }
@@ -561,7 +559,7 @@ void Reader::openContainer(const QString& name, int line)
     const bool isList = m_tok.kind == Tok::OpenParen;
     const int openLine = m_tok.line;
     if (int(m_stack.size()) > MaxDepth) {
-        error(openLine, tr("nesting deeper than %1 levels").arg(MaxDepth));
+        error(openLine, QATr::support("nesting deeper than %1 levels").arg(MaxDepth));
         skipBlock();
         return;
     }
@@ -619,9 +617,9 @@ void Reader::reportUnclosed(const Frame& frame)
     const QARes* c = frame.container;
     QString message;
     if (c->isList())
-        message = c->name().isEmpty() ? tr("unterminated list") : tr("unterminated list %1").arg(quoted(c->name()));
+        message = c->name().isEmpty() ? QATr::support("unterminated list") : QATr::support("unterminated list %1").arg(quoted(c->name()));
     else
-        message = c->name().isEmpty() ? tr("unterminated group") : tr("unterminated group %1").arg(quoted(c->name()));
+        message = c->name().isEmpty() ? QATr::support("unterminated group") : QATr::support("unterminated group %1").arg(quoted(c->name()));
     error(frame.openLine, message);
 }
 
@@ -710,7 +708,7 @@ QARes* QARes::read(const QString& fileName, bool reportErrors)
     if (!file.open(QIODevice::ReadOnly)) {
         s_errorCount = 1;
         if (reportErrors)
-            errorHandler()->error(fileName, 0, tr("cannot open the file: %1").arg(file.errorString()));
+            errorHandler()->error(fileName, 0, QATr::support("cannot open the file: %1").arg(file.errorString()));
         return nullptr;
     }
     return readText(QString::fromUtf8(file.readAll()), fileName, reportErrors);

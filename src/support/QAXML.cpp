@@ -1,5 +1,7 @@
 #include "QAXML.h"
 
+#include "QATr.h"
+
 #include <QCoreApplication>
 #include <QDomDocument>
 #include <QDomElement>
@@ -381,7 +383,7 @@ bool QAXML::setContent(QDomDocument& document, const QByteArray& text, QString* 
             --depth;
         } else if (token == QXmlStreamReader::StartElement && ++depth > maxDepth) {
             if (message)
-                *message = QCoreApplication::translate("QAXML", "elements nested more than %1 deep")
+                *message = QATr::support("elements nested more than %1 deep")
                                .arg(maxDepth);
             if (line)
                 *line = int(reader.lineNumber());

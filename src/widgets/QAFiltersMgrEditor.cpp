@@ -6,6 +6,7 @@
 #include "QAFilterExprGroup.h"
 #include "QAFiltersMgr.h"
 #include "QAHost.h"
+#include "QALogging.h"
 #include "StudioInterface.h"
 
 #include <QDialogButtonBox>
@@ -38,7 +39,7 @@ void warn(QWidget* parent, const QString& caption, const QString& text)
     if (StudioInterface* host = QAHost::studioInterface())
         host->warning(parent, caption, text);
     else
-        qWarning("%s: %s", qPrintable(caption), qPrintable(text));
+        qCWarning(lcWidgets, "%s: %s", qPrintable(caption), qPrintable(text));
 }
 
 QString defaultFilePath()

@@ -24,6 +24,7 @@
 #include "QAStATag.h"
 #include "QAStMenus.h"
 #include "QAStNode.h"
+#include "QATr.h"
 
 #include <QAction>
 #include <QCoreApplication>
@@ -69,7 +70,7 @@ void registerEditor(const char* kind)
 // "Add": an entry per kind the node takes, each adding a fresh node.
 QMenu* addChildMenu(QAStNode* node, QWidget* parent)
 {
-    auto* menu = new QMenu(QCoreApplication::translate("QAStNode", "Add"), parent);
+    auto* menu = new QMenu(QATr::widgets("Add"), parent);
     for (const QString& tag : node->addableChildKinds()) {
         QAction* action = menu->addAction(QAStNode::kindLabel(tag));
         action->setData(tag);
@@ -92,13 +93,13 @@ QMenu* nodeMenu(QAStNode* node, QWidget* parent)
 QMenu* tagMenu(QAStATag* tag, QWidget* parent, QAStNode* testParent)
 {
     auto* menu = new QMenu(parent);
-    QObject::connect(menu->addAction(QCoreApplication::translate("QAStATag", "Edit")),
+    QObject::connect(menu->addAction(QATr::widgets("Edit")),
                      &QAction::triggered, tag, &QAStATag::edit);
     tag->localActionMenuItems(menu);
     if (testParent && tag->canBeTested()) {
         menu->addSeparator();
         QPointer<QAStNode> target(testParent);
-        QObject::connect(menu->addAction(QCoreApplication::translate("QAStATag", "Test")),
+        QObject::connect(menu->addAction(QATr::widgets("Test")),
                          &QAction::triggered, tag, [tag, target] {
                              if (target)
                                  tag->test(target);
@@ -109,11 +110,11 @@ QMenu* tagMenu(QAStATag* tag, QWidget* parent, QAStNode* testParent)
 
 void functionEntries(QAStAFunctionTag* tag, QMenu* menu)
 {
-    QAction* declared = menu->addAction(QCoreApplication::translate("QAStAFunctionTag", "Edit Declaration"));
+    QAction* declared = menu->addAction(QATr::widgets("Edit Declaration"));
     declared->setEnabled(tag->declaration() != nullptr);
     QObject::connect(declared, &QAction::triggered, tag, &QAStAFunctionTag::editDeclaration);
     QAction* implemented =
-        menu->addAction(QCoreApplication::translate("QAStAFunctionTag", "Edit Implementation"));
+        menu->addAction(QATr::widgets("Edit Implementation"));
     implemented->setEnabled(tag->implementation() != nullptr);
     QObject::connect(implemented, &QAction::triggered, tag, &QAStAFunctionTag::editImplementation);
 }

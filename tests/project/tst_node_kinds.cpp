@@ -3,6 +3,7 @@
 #include "QAStNodeApplication.h"
 #include "QAStNodeFileRef.h"
 #include "QAStNodeGroup.h"
+#include "QAStNodeKinds.h"
 #include "QAStNodeLibrary.h"
 #include "QAStNodeLink.h"
 #include "QAStNodeSource.h"
@@ -245,6 +246,8 @@ void TestNodeKinds::layout()
     QDomElement e = doc.documentElement();
     QCOMPARE(e.tagName(), tag);
     QCOMPARE(childTags(e).join(u' '), QString::fromLatin1(row->layout));
+    // The library's kind table names the block the element wraps.
+    QCOMPARE(QLatin1String(QAStNodeKind::byName(tag)->block), e.firstChildElement().tagName());
     for (e = e.firstChildElement(); e.tagName() != u"node"_s; e = e.firstChildElement()) {
         QVERIFY2(blockLayouts.contains(e.tagName()), qPrintable(e.tagName()));
         QCOMPARE(childTags(e).join(u' '), blockLayouts.value(e.tagName()));
