@@ -9,7 +9,7 @@
 #include "QAStConfiguration.h"
 #include "QAStProject.h"
 
-#include <QApplication>
+#include <QGuiApplication>
 #include <QByteArray>
 #include <QDir>
 #include <QFile>
@@ -37,7 +37,7 @@ public:
         qputenv("ZELTAHOME", SDK110_INSTALL_TREE);
         qputenv("XDG_CONFIG_HOME", QFile::encodeName(m_scratch.filePath(QStringLiteral("config"))));
         qInstallMessageHandler(dropMessage);
-        m_app = new QApplication(m_argc, m_argv);
+        m_app = new QGuiApplication(m_argc, m_argv);
         QAStProject::setModeBatch(true);
     }
     Environment(const Environment&) = delete;
@@ -78,7 +78,7 @@ private:
     char m_arg0[8] = "fuzzer";
     char* m_argv[2] = {m_arg0, nullptr};
     QTemporaryDir m_scratch;
-    QApplication* m_app = nullptr; // lives as long as the process
+    QGuiApplication* m_app = nullptr; // lives as long as the process
 };
 
 // The process-wide environment, made on first use.

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "QATr.h"
-
 #include <QCoreApplication>
 
 // Texts the library shows, translated in one context per area. A QObject
