@@ -34,22 +34,44 @@ bool QAFileSurvey::Identity::operator==(const Identity& other) const
     return !birth.isValid() || !other.birth.isValid() || birth == other.birth;
 }
 
+struct QAFileSurvey::Private {
+    QString m_fileName;
+    int m_delay = 0;
+    int m_modificationDelay = 500;
+    Policy m_shrinkPolicy = FromStart;
+    Policy m_disappearPolicy = FromStart;
+    QTimer* m_timer = nullptr;             // "f-survey", owned
+    QTimer* m_modificationTimer = nullptr; // single-shot, owned
+    bool m_present = false;
+    qint64 m_offset = 0;
+    QDateTime m_modificationTime;
+    Identity m_identity;
+    QByteArray m_partial; // the line being assembled
+    QByteArray m_tail;    // the last bytes read, to tell a rewritten file
+    QByteArray m_block;   // read buffer, one byte longer than BlockSize
+    bool m_inTick = false;
+    bool m_perLine = false;   // hasNewLine has receivers (looked at per tick)
+    int m_pendingReset = -1;  // a reset asked for during a tick: its fromStart
+    int m_controlCalls = 0;   // start, stop and restart calls, to tell that a
+                              // receiver took control of the timer
+};
+
 QAFileSurvey::QAFileSurvey(const QString& file, int delay, bool fromStart, QObject* parent,
                            const char* name)
-    : QObject(parent),
-      m_fileName(file),
-      m_delay(delay),
-      m_timer(new QTimer(this)),
-      m_modificationTimer(new QTimer(this))
+    : QObject(parent), d(std::make_unique<Private>())
 {
+    d->m_fileName = file;
+    d->m_delay = delay;
+    d->m_timer = new QTimer(this);
+    d->m_modificationTimer = new QTimer(this);
     if (name)
         setObjectName(QString::fromUtf8(name));
-    m_timer->setObjectName(QStringLiteral("f-survey"));
-    m_timer->setInterval(delay);
-    connect(m_timer, &QTimer::timeout, this, &QAFileSurvey::survey);
-    m_modificationTimer->setSingleShot(true);
-    connect(m_modificationTimer, &QTimer::timeout, this, &QAFileSurvey::modificationSettled);
-    m_block.resize(BlockSize + 1);
+    d->m_timer->setObjectName(QStringLiteral("f-survey"));
+    d->m_timer->setInterval(delay);
+    connect(d->m_timer, &QTimer::timeout, this, &QAFileSurvey::survey);
+    d->m_modificationTimer->setSingleShot(true);
+    connect(d->m_modificationTimer, &QTimer::timeout, this, &QAFileSurvey::modificationSettled);
+    d->m_block.resize(BlockSize + 1);
     reset(fromStart);
 }
 
@@ -57,31 +79,31 @@ QAFileSurvey::~QAFileSurvey() = default;
 
 void QAFileSurvey::start()
 {
-    ++m_controlCalls;
-    if (!m_timer->isActive())
-        m_timer->start(m_delay);
+    ++d->m_controlCalls;
+    if (!d->m_timer->isActive())
+        d->m_timer->start(d->m_delay);
 }
 
 void QAFileSurvey::stop()
 {
-    ++m_controlCalls;
-    m_timer->stop();
+    ++d->m_controlCalls;
+    d->m_timer->stop();
 }
 
 void QAFileSurvey::restart(bool fromStart)
 {
     reset(fromStart);
-    ++m_controlCalls;
-    m_timer->start(m_delay);
+    ++d->m_controlCalls;
+    d->m_timer->start(d->m_delay);
 }
 
 void QAFileSurvey::reset(bool fromStart)
 {
-    if (m_inTick) {
-        m_pendingReset = fromStart ? 1 : 0;
+    if (d->m_inTick) {
+        d->m_pendingReset = fromStart ? 1 : 0;
         return;
     }
-    QFile file(m_fileName);
+    QFile file(d->m_fileName);
     if (file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         resetTo(fromStart, &file, snapshotOf(file));
     else
@@ -90,49 +112,49 @@ void QAFileSurvey::reset(bool fromStart)
 
 bool QAFileSurvey::isActive() const
 {
-    return m_timer->isActive();
+    return d->m_timer->isActive();
 }
 
 void QAFileSurvey::setDelay(int delay)
 {
-    m_delay = delay;
-    m_timer->setInterval(delay);
+    d->m_delay = delay;
+    d->m_timer->setInterval(delay);
 }
 
 void QAFileSurvey::setModificationDelay(int delay)
 {
-    m_modificationDelay = delay;
+    d->m_modificationDelay = delay;
 }
 
 void QAFileSurvey::survey()
 {
-    if (m_inTick)
+    if (d->m_inTick)
         return;
-    m_inTick = true;
-    m_perLine = isSignalConnected(QMetaMethod::fromSignal(&QAFileSurvey::hasNewLine));
+    d->m_inTick = true;
+    d->m_perLine = isSignalConnected(QMetaMethod::fromSignal(&QAFileSurvey::hasNewLine));
     readOnce();
     endTick();
 }
 
 void QAFileSurvey::finish()
 {
-    if (m_inTick)
+    if (d->m_inTick)
         return;
     stop();
-    m_inTick = true;
-    m_perLine = isSignalConnected(QMetaMethod::fromSignal(&QAFileSurvey::hasNewLine));
+    d->m_inTick = true;
+    d->m_perLine = isSignalConnected(QMetaMethod::fromSignal(&QAFileSurvey::hasNewLine));
     readOnce();
-    if (m_pendingReset < 0)
+    if (d->m_pendingReset < 0)
         deliverPartial();
     endTick();
 }
 
 void QAFileSurvey::endTick()
 {
-    m_inTick = false;
-    if (m_pendingReset >= 0) {
-        const bool fromStart = m_pendingReset == 1;
-        m_pendingReset = -1;
+    d->m_inTick = false;
+    if (d->m_pendingReset >= 0) {
+        const bool fromStart = d->m_pendingReset == 1;
+        d->m_pendingReset = -1;
         reset(fromStart);
     }
     emit surveyDone();
@@ -157,86 +179,86 @@ QAFileSurvey::Snapshot QAFileSurvey::snapshotOf(QFile& file)
 
 void QAFileSurvey::readOnce()
 {
-    QFile file(m_fileName);
+    QFile file(d->m_fileName);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-        if (m_present)
-            fileEnded(&QAFileSurvey::fileDisappear, m_disappearPolicy, nullptr, Snapshot());
+        if (d->m_present)
+            fileEnded(&QAFileSurvey::fileDisappear, d->m_disappearPolicy, nullptr, Snapshot());
         return;
     }
     const Snapshot now = snapshotOf(file);
     if (!checkFile(file, now))
         return;
-    if (now.size > m_offset) {
+    if (now.size > d->m_offset) {
         emit fileGrow();
-        if (m_pendingReset < 0)
+        if (d->m_pendingReset < 0)
             readNewBytes(file, now.size);
     }
 }
 
 bool QAFileSurvey::checkFile(QFile& file, const Snapshot& now)
 {
-    const QDateTime before = m_modificationTime;
+    const QDateTime before = d->m_modificationTime;
     if (now.modified != before) {
-        m_modificationTime = now.modified;
-        m_modificationTimer->start(m_modificationDelay);
+        d->m_modificationTime = now.modified;
+        d->m_modificationTimer->start(d->m_modificationDelay);
     }
     const bool timeWentBack = before.isValid() && now.modified < before;
-    if (m_present && (!(now.identity == m_identity) || timeWentBack)) {
+    if (d->m_present && (!(now.identity == d->m_identity) || timeWentBack)) {
         // Another file: the old one disappeared, this one appears.
-        const bool goOn = fileEnded(&QAFileSurvey::fileDisappear, m_disappearPolicy, &file, now);
-        m_present = false;
+        const bool goOn = fileEnded(&QAFileSurvey::fileDisappear, d->m_disappearPolicy, &file, now);
+        d->m_present = false;
         if (!goOn)
             return false;
     }
-    if (!m_present) {
-        m_present = true;
-        m_identity = now.identity;
+    if (!d->m_present) {
+        d->m_present = true;
+        d->m_identity = now.identity;
         emit fileAppear();
     }
-    if (m_pendingReset >= 0)
+    if (d->m_pendingReset >= 0)
         return false;
-    const bool changed = now.modified != before || now.size != m_offset;
-    if (now.size < m_offset || (changed && wasRewritten(file, now)))
-        return fileEnded(&QAFileSurvey::fileShrink, m_shrinkPolicy, &file, now)
-            && m_pendingReset < 0;
+    const bool changed = now.modified != before || now.size != d->m_offset;
+    if (now.size < d->m_offset || (changed && wasRewritten(file, now)))
+        return fileEnded(&QAFileSurvey::fileShrink, d->m_shrinkPolicy, &file, now)
+            && d->m_pendingReset < 0;
     return true;
 }
 
 bool QAFileSurvey::wasRewritten(QFile& file, const Snapshot& now) const
 {
-    if (m_tail.isEmpty() || now.size < m_offset)
+    if (d->m_tail.isEmpty() || now.size < d->m_offset)
         return false;
-    if (!file.seek(m_offset - m_tail.size()))
+    if (!file.seek(d->m_offset - d->m_tail.size()))
         return true;
-    return file.read(m_tail.size()) != m_tail;
+    return file.read(d->m_tail.size()) != d->m_tail;
 }
 
 bool QAFileSurvey::fileEnded(void (QAFileSurvey::*signal)(), Policy policy, QFile* file,
                              const Snapshot& now)
 {
     deliverPartial();
-    const bool wasActive = m_timer->isActive();
-    m_timer->stop();
-    const int controlCalls = m_controlCalls;
+    const bool wasActive = d->m_timer->isActive();
+    d->m_timer->stop();
+    const int controlCalls = d->m_controlCalls;
     emit(this->*signal)();
     resetTo(policy != FromEnd, policy == Stop ? nullptr : file, now);
     if (policy == Stop)
         return false;
-    if (wasActive && controlCalls == m_controlCalls)
-        m_timer->start(m_delay);
+    if (wasActive && controlCalls == d->m_controlCalls)
+        d->m_timer->start(d->m_delay);
     return true;
 }
 
 void QAFileSurvey::resetTo(bool fromStart, QFile* file, const Snapshot& now)
 {
-    m_partial.clear();
-    m_tail.clear();
-    m_present = now.present;
-    m_identity = now.identity;
-    m_modificationTime = now.modified;
-    m_offset = 0;
+    d->m_partial.clear();
+    d->m_tail.clear();
+    d->m_present = now.present;
+    d->m_identity = now.identity;
+    d->m_modificationTime = now.modified;
+    d->m_offset = 0;
     if (file && now.present && !fromStart) {
-        m_offset = endOfLastLine(*file, now.size);
+        d->m_offset = endOfLastLine(*file, now.size);
         readTail(*file);
     }
 }
@@ -259,21 +281,21 @@ qint64 QAFileSurvey::endOfLastLine(QFile& file, qint64 size) const
 
 void QAFileSurvey::readTail(QFile& file)
 {
-    const qint64 begin = qMax<qint64>(0, m_offset - TailSize);
-    if (m_offset > 0 && file.seek(begin))
-        m_tail = file.read(m_offset - begin);
+    const qint64 begin = qMax<qint64>(0, d->m_offset - TailSize);
+    if (d->m_offset > 0 && file.seek(begin))
+        d->m_tail = file.read(d->m_offset - begin);
 }
 
 void QAFileSurvey::readNewBytes(QFile& file, qint64 size)
 {
-    if (!file.seek(m_offset))
+    if (!file.seek(d->m_offset))
         return;
-    char* block = m_block.data();
-    while (m_offset < size && m_pendingReset < 0) {
-        const qint64 read = file.read(block, qMin<qint64>(BlockSize, size - m_offset));
+    char* block = d->m_block.data();
+    while (d->m_offset < size && d->m_pendingReset < 0) {
+        const qint64 read = file.read(block, qMin<qint64>(BlockSize, size - d->m_offset));
         if (read <= 0)
             return;
-        m_offset += read;
+        d->m_offset += read;
         keepTail(block, read);
         consume(block, read);
     }
@@ -282,27 +304,27 @@ void QAFileSurvey::readNewBytes(QFile& file, qint64 size)
 void QAFileSurvey::keepTail(const char* data, qsizetype size)
 {
     if (size >= TailSize) {
-        m_tail = QByteArray(data + size - TailSize, TailSize);
+        d->m_tail = QByteArray(data + size - TailSize, TailSize);
         return;
     }
-    m_tail.append(data, size);
-    if (m_tail.size() > TailSize)
-        m_tail.remove(0, m_tail.size() - TailSize);
+    d->m_tail.append(data, size);
+    if (d->m_tail.size() > TailSize)
+        d->m_tail.remove(0, d->m_tail.size() - TailSize);
 }
 
 void QAFileSurvey::consume(char* data, qsizetype size)
 {
     char* p = data;
     char* const end = data + size;
-    while (p < end && m_pendingReset < 0) {
-        if (!m_partial.isEmpty()) {
+    while (p < end && d->m_pendingReset < 0) {
+        if (!d->m_partial.isEmpty()) {
             char* newline = static_cast<char*>(std::memchr(p, '\n', size_t(end - p)));
             if (!newline) {
                 appendToPartial(p, end - p);
                 return;
             }
             appendToPartial(p, newline - p);
-            m_partial.append('\n');
+            d->m_partial.append('\n');
             emitPartial();
             p = newline + 1;
             continue;
@@ -319,20 +341,20 @@ void QAFileSurvey::consume(char* data, qsizetype size)
 
 void QAFileSurvey::appendToPartial(const char* data, qsizetype size)
 {
-    while (m_partial.size() + size > MaxLineLength && m_pendingReset < 0) {
-        const qsizetype take = MaxLineLength - m_partial.size();
-        m_partial.append(data, take);
-        m_partial.append('\n');
+    while (d->m_partial.size() + size > MaxLineLength && d->m_pendingReset < 0) {
+        const qsizetype take = MaxLineLength - d->m_partial.size();
+        d->m_partial.append(data, take);
+        d->m_partial.append('\n');
         data += take;
         size -= take;
         emitPartial();
     }
-    m_partial.append(data, size);
+    d->m_partial.append(data, size);
 }
 
 void QAFileSurvey::deliver(char* lines, qsizetype size)
 {
-    if (m_perLine) {
+    if (d->m_perLine) {
         // Each line is ended by a NUL put after its "\n" for the emission.
         char* const end = lines + size;
         for (char* p = lines; p < end;) {
@@ -341,7 +363,7 @@ void QAFileSurvey::deliver(char* lines, qsizetype size)
             *next = '\0';
             emit hasNewLine(p);
             *next = saved;
-            if (m_pendingReset >= 0)
+            if (d->m_pendingReset >= 0)
                 return;
             p = next;
         }
@@ -351,24 +373,69 @@ void QAFileSurvey::deliver(char* lines, qsizetype size)
 
 void QAFileSurvey::deliverPartial()
 {
-    if (m_partial.isEmpty())
+    if (d->m_partial.isEmpty())
         return;
-    m_partial.append('\n');
+    d->m_partial.append('\n');
     emitPartial();
 }
 
 void QAFileSurvey::emitPartial()
 {
     QByteArray line;
-    line.swap(m_partial);
-    if (m_perLine)
+    line.swap(d->m_partial);
+    if (d->m_perLine)
         emit hasNewLine(line.constData());
-    if (m_pendingReset < 0)
+    if (d->m_pendingReset < 0)
         emit newLines(line);
 }
 
 void QAFileSurvey::modificationSettled()
 {
     emit fileModified();
-    emit modified(m_fileName);
+    emit modified(d->m_fileName);
+}
+
+QString QAFileSurvey::fileName() const
+{
+    return d->m_fileName;
+}
+
+int QAFileSurvey::delay() const
+{
+    return d->m_delay;
+}
+
+int QAFileSurvey::modificationDelay() const
+{
+    return d->m_modificationDelay;
+}
+
+QDateTime QAFileSurvey::modificationTime() const
+{
+    return d->m_modificationTime;
+}
+
+qint64 QAFileSurvey::offset() const
+{
+    return d->m_offset;
+}
+
+void QAFileSurvey::setShrinkPolicy(Policy policy)
+{
+    d->m_shrinkPolicy = policy;
+}
+
+QAFileSurvey::Policy QAFileSurvey::shrinkPolicy() const
+{
+    return d->m_shrinkPolicy;
+}
+
+void QAFileSurvey::setDisappearPolicy(Policy policy)
+{
+    d->m_disappearPolicy = policy;
+}
+
+QAFileSurvey::Policy QAFileSurvey::disappearPolicy() const
+{
+    return d->m_disappearPolicy;
 }

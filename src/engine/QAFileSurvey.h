@@ -7,6 +7,8 @@
 #include <QObject>
 #include <QString>
 
+#include <memory>
+
 class QFile;
 class QTimer;
 
@@ -99,7 +101,7 @@ public:
                  const char* name = nullptr);
     ~QAFileSurvey() override;
 
-    QString fileName() const { return m_fileName; }
+    QString fileName() const;
 
     // Starts, or stops, the repeating timer. start() on an active survey
     // does nothing.
@@ -113,18 +115,18 @@ public:
     bool isActive() const;
 
     void setDelay(int delay);
-    int delay() const { return m_delay; }
+    int delay() const;
     void setModificationDelay(int delay);
-    int modificationDelay() const { return m_modificationDelay; }
+    int modificationDelay() const;
     // The file's modification time at the last tick (invalid while absent).
-    QDateTime modificationTime() const { return m_modificationTime; }
+    QDateTime modificationTime() const;
     // Bytes of the file read so far; the partial line is part of them.
-    qint64 offset() const { return m_offset; }
+    qint64 offset() const;
 
-    void setShrinkPolicy(Policy policy) { m_shrinkPolicy = policy; }
-    Policy shrinkPolicy() const { return m_shrinkPolicy; }
-    void setDisappearPolicy(Policy policy) { m_disappearPolicy = policy; }
-    Policy disappearPolicy() const { return m_disappearPolicy; }
+    void setShrinkPolicy(Policy policy);
+    Policy shrinkPolicy() const;
+    void setDisappearPolicy(Policy policy);
+    Policy disappearPolicy() const;
 
 public slots:
     // One tick: reads what the file gained since the last one, then emits
@@ -188,25 +190,6 @@ private:
     void keepTail(const char* data, qsizetype size);
     void modificationSettled();
 
-    QString m_fileName;
-    int m_delay;
-    int m_modificationDelay = 500;
-    Policy m_shrinkPolicy = FromStart;
-    Policy m_disappearPolicy = FromStart;
-    QTimer* m_timer;             // "f-survey", owned
-    QTimer* m_modificationTimer; // single-shot, owned
-
-    bool m_present = false;
-    qint64 m_offset = 0;
-    QDateTime m_modificationTime;
-    Identity m_identity;
-    QByteArray m_partial; // the line being assembled
-    QByteArray m_tail;    // the last bytes read, to tell a rewritten file
-    QByteArray m_block;   // read buffer, one byte longer than BlockSize
-
-    bool m_inTick = false;
-    bool m_perLine = false;   // hasNewLine has receivers (looked at per tick)
-    int m_pendingReset = -1;  // a reset asked for during a tick: its fromStart
-    int m_controlCalls = 0;   // start, stop and restart calls, to tell that a
-                              // receiver took control of the timer
+    struct Private;
+    std::unique_ptr<Private> d;
 };

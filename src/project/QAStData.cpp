@@ -76,29 +76,59 @@ QString installPath(const char* relative)
 
 // --- construction
 
+struct QAStData::Private {
+    QPointer<QAProcess> m_process;
+    QAStData::Console m_runConsole = OutputConsole;
+    bool m_perlScriptSucceeded = false;
+    QAStStringAttribute m_name;
+    quint32 m_quid = 0;
+    QAStStringAttribute m_iconFileName;
+    mutable std::optional<QPixmap> m_icon;
+    QAStBoolAttribute m_renameable{true};
+    QAStBoolAttribute m_deletable{true};
+    QAStBoolAttribute m_open{false};
+    QAStBoolAttribute m_sorted{false};
+    QAStIntAttribute m_executionResult{0};
+    bool m_duplicable = true;
+    bool m_modified = false;
+    bool m_valid = true;
+    QAStData* m_parent = nullptr;
+    QAStData* m_first = nullptr;
+    QAStData* m_last = nullptr;
+    QAStData* m_next = nullptr;
+    QAStData* m_previous = nullptr;
+    int m_childCount = 0;
+};
+
 QAStData::QAStData(const QString& name, const QPixmap& icon, QAStData* parent, QAStData* after)
-    : m_name(name), m_quid(takeFreshQuid())
+    : d(std::make_unique<Private>())
 {
+    d->m_name = name;
+    d->m_quid = takeFreshQuid();
     if (!icon.isNull())
-        m_icon = icon;
+        d->m_icon = icon;
     attachTo(parent, after);
 }
 
 QAStData::QAStData(const QDomElement& e, int version, QAStData* parent, QAStData* after)
-    : m_quid(takeFreshQuid())
+    : d(std::make_unique<Private>())
 {
+    d->m_quid = takeFreshQuid();
     init(e, version);
     attachTo(parent, after);
 }
 
-QAStData::QAStData(QARes* res, QAStData* parent, QAStData* after) : m_quid(takeFreshQuid())
+QAStData::QAStData(QARes* res, QAStData* parent, QAStData* after)
+    : d(std::make_unique<Private>())
 {
+    d->m_quid = takeFreshQuid();
     init(res);
     attachTo(parent, after);
 }
 
-QAStData::QAStData(QAStData* parent, QAStData* after) : m_quid(takeFreshQuid())
+QAStData::QAStData(QAStData* parent, QAStData* after) : d(std::make_unique<Private>())
 {
+    d->m_quid = takeFreshQuid();
     attachTo(parent, after);
 }
 
@@ -106,10 +136,10 @@ QAStData::~QAStData()
 {
     // Children go first, while this item is still whole: each detaches
     // itself from this list in its own destructor.
-    while (m_first)
-        delete m_first;
-    if (m_parent)
-        m_parent->detach(this);
+    while (d->m_first)
+        delete d->m_first;
+    if (d->m_parent)
+        d->m_parent->detach(this);
 }
 
 void QAStData::attachTo(QAStData* parent, QAStData* after)
@@ -122,7 +152,7 @@ void QAStData::attachTo(QAStData* parent, QAStData* after)
 
 QString QAStData::name() const
 {
-    return m_name.value();
+    return d->m_name.value();
 }
 
 QString QAStData::displayName() const
@@ -132,11 +162,11 @@ QString QAStData::displayName() const
 
 void QAStData::setName(const QString& name)
 {
-    if (name == m_name.value())
+    if (name == d->m_name.value())
         return;
-    m_name.setValue(name);
-    if (m_parent && m_parent->isAlphabeticallySorted())
-        m_parent->sortChildren();
+    d->m_name.setValue(name);
+    if (d->m_parent && d->m_parent->isAlphabeticallySorted())
+        d->m_parent->sortChildren();
     emit renamed(name);
     emit attributeChanged(QStringLiteral("name"));
 }
@@ -144,16 +174,16 @@ void QAStData::setName(const QString& name)
 void QAStData::setQuid(quint32 quid)
 {
     noteQuid(quid);
-    if (quid == m_quid)
+    if (quid == d->m_quid)
         return;
-    m_quid = quid;
+    d->m_quid = quid;
     emit attributeChanged(QStringLiteral("quid"));
 }
 
 void QAStData::renewQuids()
 {
-    m_quid = takeFreshQuid();
-    for (QAStData* c = m_first; c; c = c->m_next)
+    d->m_quid = takeFreshQuid();
+    for (QAStData* c = d->m_first; c; c = c->d->m_next)
         c->renewQuids();
 }
 
@@ -171,21 +201,21 @@ void QAStData::noteQuid(quint32 quid)
 
 QPixmap QAStData::icon() const
 {
-    if (!m_icon && hasGui() && !m_iconFileName.value().isEmpty())
-        m_icon = pixmap(m_iconFileName.value());
-    return m_icon.value_or(QPixmap());
+    if (!d->m_icon && hasGui() && !d->m_iconFileName.value().isEmpty())
+        d->m_icon = pixmap(d->m_iconFileName.value());
+    return d->m_icon.value_or(QPixmap());
 }
 
 void QAStData::setIcon(const QPixmap& icon)
 {
-    m_icon = icon;
+    d->m_icon = icon;
     emit iconChanged(icon);
 }
 
 void QAStData::setIconByFileName(const QString& fileName)
 {
-    m_iconFileName.setValue(fileName);
-    m_icon.reset();
+    d->m_iconFileName.setValue(fileName);
+    d->m_icon.reset();
     if (hasGui())
         emit iconChanged(icon());
     emit iconFileNameChanged(fileName);
@@ -212,48 +242,48 @@ void QAStData::changeField(T& field, const T& value, const char* xmlName)
 
 void QAStData::setRenameable(bool renameable)
 {
-    changeAttribute(m_renameable, renameable, "renameable");
+    changeAttribute(d->m_renameable, renameable, "renameable");
 }
 
 void QAStData::setDeletable(bool deletable)
 {
-    changeAttribute(m_deletable, deletable, "deletable");
+    changeAttribute(d->m_deletable, deletable, "deletable");
 }
 
 void QAStData::setExtended(bool open)
 {
-    changeAttribute(m_open, open, "open");
+    changeAttribute(d->m_open, open, "open");
 }
 
 void QAStData::setAlphabeticallySorted(bool sorted, bool recursive)
 {
-    changeAttribute(m_sorted, sorted, "sorted");
+    changeAttribute(d->m_sorted, sorted, "sorted");
     if (sorted)
         sortChildren();
     if (recursive) {
-        for (QAStData* c = m_first; c; c = c->m_next)
+        for (QAStData* c = d->m_first; c; c = c->d->m_next)
             c->setAlphabeticallySorted(sorted, true);
     }
 }
 
 void QAStData::setExecutionResult(int result)
 {
-    changeAttribute(m_executionResult, result, "executionResult");
+    changeAttribute(d->m_executionResult, result, "executionResult");
 }
 
 void QAStData::setDuplicable(bool duplicable)
 {
-    changeField(m_duplicable, duplicable, "duplicable");
+    changeField(d->m_duplicable, duplicable, "duplicable");
 }
 
 bool QAStData::isModified() const
 {
-    return m_modified;
+    return d->m_modified;
 }
 
 void QAStData::setModified(bool modified)
 {
-    changeField(m_modified, modified, "modified");
+    changeField(d->m_modified, modified, "modified");
 }
 
 // --- tree
@@ -261,8 +291,8 @@ void QAStData::setModified(bool modified)
 QList<QAStData*> QAStData::childItems() const
 {
     QList<QAStData*> items;
-    items.reserve(m_childCount);
-    for (QAStData* c = m_first; c; c = c->m_next)
+    items.reserve(d->m_childCount);
+    for (QAStData* c = d->m_first; c; c = c->d->m_next)
         items.append(c);
     return items;
 }
@@ -270,14 +300,14 @@ QList<QAStData*> QAStData::childItems() const
 QAStData* QAStData::root() const
 {
     const QAStData* item = this;
-    while (item->m_parent)
-        item = item->m_parent;
+    while (item->d->m_parent)
+        item = item->d->m_parent;
     return const_cast<QAStData*>(item);
 }
 
 QAStData* QAStData::projectItem() const
 {
-    for (const QAStData* item = this; item; item = item->m_parent) {
+    for (const QAStData* item = this; item; item = item->d->m_parent) {
         if (item->asProject())
             return const_cast<QAStData*>(item);
     }
@@ -287,7 +317,7 @@ QAStData* QAStData::projectItem() const
 QAStData* QAStData::rootProjectItem() const
 {
     const QAStData* outermost = nullptr;
-    for (const QAStData* item = this; item; item = item->m_parent) {
+    for (const QAStData* item = this; item; item = item->d->m_parent) {
         if (item->asProject())
             outermost = item;
     }
@@ -313,7 +343,7 @@ QAStProject* QAStData::rootProject() const
 
 bool QAStData::isAncestorOf(const QAStData* item) const
 {
-    for (const QAStData* p = item ? item->m_parent : nullptr; p; p = p->m_parent) {
+    for (const QAStData* p = item ? item->d->m_parent : nullptr; p; p = p->d->m_parent) {
         if (p == this)
             return true;
     }
@@ -324,7 +354,7 @@ void QAStData::addChild(QAStData* child, QAStData* after)
 {
     if (!child || child == this || child->isAncestorOf(this))
         return;
-    if (child->m_parent)
+    if (child->d->m_parent)
         child->remove();
     privAttach(child, after);
     childAddEvent(child);
@@ -346,10 +376,10 @@ void QAStData::privAttach(QAStData* child, QAStData* after)
 {
     if (isAlphabeticallySorted() && services().keepGivenPlace == 0)
         after = sortedPredecessor(child);
-    else if (after && after->m_parent != this)
+    else if (after && after->d->m_parent != this)
         after = nullptr;
     link(child, after);
-    child->m_parent = this;
+    child->d->m_parent = this;
     child->QObject::setParent(this);
 }
 
@@ -357,7 +387,7 @@ void QAStData::childAddEvent(QAStData*) {}
 
 void QAStData::remove()
 {
-    QAStData* former = m_parent;
+    QAStData* former = d->m_parent;
     if (!former)
         return;
     former->detach(this);
@@ -367,7 +397,7 @@ void QAStData::remove()
 
 void QAStData::deleteChildren()
 {
-    while (QAStData* c = m_first) {
+    while (QAStData* c = d->m_first) {
         c->remove();
         delete c;
     }
@@ -377,65 +407,65 @@ void QAStData::sortChildren()
 {
     QList<QAStData*> items = childItems();
     std::stable_sort(items.begin(), items.end(), nameLess);
-    m_first = m_last = nullptr;
-    m_childCount = 0;
+    d->m_first = d->m_last = nullptr;
+    d->m_childCount = 0;
     for (QAStData* c : items) {
-        c->m_previous = c->m_next = nullptr;
-        link(c, m_last);
+        c->d->m_previous = c->d->m_next = nullptr;
+        link(c, d->m_last);
     }
 }
 
 void QAStData::link(QAStData* child, QAStData* after)
 {
     // A child joins one list once, behind a sibling of this list.
-    if (!SDK110_CHECK(!child->m_previous && !child->m_next && child != m_first))
+    if (!SDK110_CHECK(!child->d->m_previous && !child->d->m_next && child != d->m_first))
         return;
-    if (!SDK110_CHECK(!after || after->m_parent == this))
-        after = m_last;
-    child->m_previous = after;
-    child->m_next = after ? after->m_next : m_first;
-    if (child->m_next)
-        child->m_next->m_previous = child;
+    if (!SDK110_CHECK(!after || after->d->m_parent == this))
+        after = d->m_last;
+    child->d->m_previous = after;
+    child->d->m_next = after ? after->d->m_next : d->m_first;
+    if (child->d->m_next)
+        child->d->m_next->d->m_previous = child;
     else
-        m_last = child;
+        d->m_last = child;
     if (after)
-        after->m_next = child;
+        after->d->m_next = child;
     else
-        m_first = child;
-    ++m_childCount;
+        d->m_first = child;
+    ++d->m_childCount;
 }
 
 void QAStData::unlink(QAStData* child)
 {
     // The sibling links of the list agree with the child's.
-    if (!SDK110_CHECK(child->m_previous ? child->m_previous->m_next == child : m_first == child) ||
-        !SDK110_CHECK(child->m_next ? child->m_next->m_previous == child : m_last == child))
+    if (!SDK110_CHECK(child->d->m_previous ? child->d->m_previous->d->m_next == child : d->m_first == child) ||
+        !SDK110_CHECK(child->d->m_next ? child->d->m_next->d->m_previous == child : d->m_last == child))
         return;
-    if (child->m_previous)
-        child->m_previous->m_next = child->m_next;
+    if (child->d->m_previous)
+        child->d->m_previous->d->m_next = child->d->m_next;
     else
-        m_first = child->m_next;
-    if (child->m_next)
-        child->m_next->m_previous = child->m_previous;
+        d->m_first = child->d->m_next;
+    if (child->d->m_next)
+        child->d->m_next->d->m_previous = child->d->m_previous;
     else
-        m_last = child->m_previous;
-    child->m_next = child->m_previous = nullptr;
-    --m_childCount;
+        d->m_last = child->d->m_previous;
+    child->d->m_next = child->d->m_previous = nullptr;
+    --d->m_childCount;
 }
 
 void QAStData::detach(QAStData* child)
 {
-    if (!SDK110_CHECK(child->m_parent == this))
+    if (!SDK110_CHECK(child->d->m_parent == this))
         return;
     unlink(child);
-    child->m_parent = nullptr;
+    child->d->m_parent = nullptr;
     child->QObject::setParent(nullptr);
 }
 
 QAStData* QAStData::sortedPredecessor(const QAStData* child) const
 {
     QAStData* predecessor = nullptr;
-    for (QAStData* c = m_first; c && !nameLess(child, c); c = c->m_next) {
+    for (QAStData* c = d->m_first; c && !nameLess(child, c); c = c->d->m_next) {
         if (c != child)
             predecessor = c;
     }
@@ -444,7 +474,7 @@ QAStData* QAStData::sortedPredecessor(const QAStData* child) const
 
 QAStData* QAStData::parentOfClass(const char* className) const
 {
-    for (QAStData* p = m_parent; p; p = p->m_parent) {
+    for (QAStData* p = d->m_parent; p; p = p->d->m_parent) {
         if (p->inherits(className))
             return p;
     }
@@ -454,7 +484,7 @@ QAStData* QAStData::parentOfClass(const char* className) const
 QList<QAStData*> QAStData::parentsOfClass(const char* className) const
 {
     QList<QAStData*> found;
-    for (QAStData* p = m_parent; p; p = p->m_parent) {
+    for (QAStData* p = d->m_parent; p; p = p->d->m_parent) {
         if (p->inherits(className))
             found.append(p);
     }
@@ -471,7 +501,7 @@ QList<QAStData*> QAStData::childrenOfClass(const char* className, bool recursive
 void QAStData::collectChildrenOfClass(const char* className, bool recursive,
                                       QList<QAStData*>& found) const
 {
-    for (QAStData* c = m_first; c; c = c->m_next) {
+    for (QAStData* c = d->m_first; c; c = c->d->m_next) {
         if (c->inherits(className))
             found.append(c);
         if (recursive)
@@ -482,7 +512,7 @@ void QAStData::collectChildrenOfClass(const char* className, bool recursive,
 QAStData* QAStData::searchChildOfClass(const QString& name, const char* className,
                                        bool recursive) const
 {
-    for (QAStData* c = m_first; c; c = c->m_next) {
+    for (QAStData* c = d->m_first; c; c = c->d->m_next) {
         if (c->inherits(className) && c->name() == name)
             return c;
         if (recursive) {
@@ -497,7 +527,7 @@ QAStData* QAStData::findNode(const QString& name) const
 {
     if (this->name() == name)
         return const_cast<QAStData*>(this);
-    for (QAStData* c = m_first; c; c = c->m_next) {
+    for (QAStData* c = d->m_first; c; c = c->d->m_next) {
         if (QAStData* found = c->findNode(name))
             return found;
     }
@@ -521,9 +551,9 @@ void QAStData::write(QTextStream& s, int indent) const
     QAXML::indent(s, indent);
     s << "<data>\n";
     const int inner = indent + 1;
-    QAXML::toStream(s, "name", QAXML::stringToXMLValue(m_name.value()), inner);
-    QAXML::toStream(s, "quid", QAXML::fromUInt(m_quid), inner);
-    QAXML::toStream(s, "icon", QAXML::stringToXMLValue(m_iconFileName.value()), inner);
+    QAXML::toStream(s, "name", QAXML::stringToXMLValue(d->m_name.value()), inner);
+    QAXML::toStream(s, "quid", QAXML::fromUInt(d->m_quid), inner);
+    QAXML::toStream(s, "icon", QAXML::stringToXMLValue(d->m_iconFileName.value()), inner);
     QAXML::toStream(s, "renameable", QAXML::boolToXMLValue(isRenameable()), inner);
     QAXML::toStream(s, "deletable", QAXML::boolToXMLValue(isDeletable()), inner);
     QAXML::toStream(s, "open", QAXML::boolToXMLValue(isExtended()), inner);
@@ -589,8 +619,8 @@ void QAStData::executePerlScript(const QString& script, const QString& workingDi
     args << arguments;
 
     auto* process = new QAProcess(this);
-    m_process = process;
-    m_runConsole = console;
+    d->m_process = process;
+    d->m_runConsole = console;
     connect(process, &QAProcess::stdoutReceived, this, &QAStData::charReceived);
     connect(process, &QAProcess::stderrReceived, this, &QAStData::charReceived);
     if (asynchronous)
@@ -613,36 +643,36 @@ void QAStData::executePerlScript(const QString& script, const QString& workingDi
 
 bool QAStData::isRunning() const
 {
-    return m_process && m_process->isRunning();
+    return d->m_process && d->m_process->isRunning();
 }
 
 void QAStData::stop()
 {
-    if (m_process)
-        m_process->kill();
+    if (d->m_process)
+        d->m_process->kill();
 }
 
 void QAStData::charReceived(const QString& text)
 {
-    displayMessage(m_runConsole, text);
+    displayMessage(d->m_runConsole, text);
 }
 
 void QAStData::processTerminated(bool normalExit, int exitStatus)
 {
-    if (m_process)
-        m_process->deleteLater();
+    if (d->m_process)
+        d->m_process->deleteLater();
     perlScriptEnded(normalExit && exitStatus == 0);
 }
 
 void QAStData::perlScriptEnded(bool succeeded)
 {
-    m_perlScriptSucceeded = succeeded;
+    d->m_perlScriptSucceeded = succeeded;
     emit perlScriptTerminated();
 }
 
 QString QAStData::directory() const
 {
-    return m_parent ? m_parent->directory() : QString();
+    return d->m_parent ? d->m_parent->directory() : QString();
 }
 
 void QAStData::copy()
@@ -677,7 +707,7 @@ bool QAStData::del()
 {
     if (!isDeletable())
         return false;
-    if (m_parent)
+    if (d->m_parent)
         undoManager()->add(new QAStDataUndoAction(QAStDataUndoAction::Removed, this));
     remove();
     deleteLater();
@@ -695,10 +725,10 @@ bool QAStData::userAdd(QAStData* child, QAStData* after)
 {
     if (!child)
         return false;
-    if (child->m_parent)
+    if (child->d->m_parent)
         return userMove(child, this, after);
     addChild(child, after);
-    if (child->m_parent != this)
+    if (child->d->m_parent != this)
         return false;
     undoManager()->add(new QAStDataUndoAction(QAStDataUndoAction::Added, child));
     return true;
@@ -708,12 +738,12 @@ bool QAStData::userMove(QAStData* item, QAStData* newParent, QAStData* after)
 {
     if (!item || !newParent)
         return false;
-    if (!item->m_parent)
+    if (!item->d->m_parent)
         return newParent->userAdd(item, after);
     // The removal is taken at the old place, before the move.
     auto removal = std::make_unique<QAStDataUndoAction>(QAStDataUndoAction::Removed, item);
     newParent->addChild(item, after);
-    if (item->m_parent != newParent)
+    if (item->d->m_parent != newParent)
         return false;
     undoManager()->add({removal.release(),
                         new QAStDataUndoAction(QAStDataUndoAction::Added, item)});
@@ -769,15 +799,15 @@ bool QAStData::checkTag(const QDomNode& node, const char* tag)
 
 bool QAStData::init(const QDomElement& e, int)
 {
-    m_valid = checkTag(e, "data");
-    if (!m_valid)
+    d->m_valid = checkTag(e, "data");
+    if (!d->m_valid)
         return false;
 
     const QDomElement nameElement = e.firstChildElement(QStringLiteral("name"));
     if (checkTag(nameElement, "name"))
-        m_name.setValue(QAXML::domValue(nameElement));
+        d->m_name.setValue(QAXML::domValue(nameElement));
     else
-        m_valid = false;
+        d->m_valid = false;
 
     const QDomElement quidElement = e.firstChildElement(QStringLiteral("quid"));
     if (checkTag(quidElement, "quid")) {
@@ -788,35 +818,35 @@ bool QAStData::init(const QDomElement& e, int)
         else
             reportBadQuid(quidElement.text());
     } else {
-        m_valid = false;
+        d->m_valid = false;
     }
 
     const QDomElement icon = e.firstChildElement(QStringLiteral("icon"));
     if (!icon.isNull()) {
-        m_iconFileName.setValue(QAXML::domValue(icon));
-        m_icon.reset();
+        d->m_iconFileName.setValue(QAXML::domValue(icon));
+        d->m_icon.reset();
     }
     const auto readFlag = [&e](const char* tag, QAStBoolAttribute& flag) {
         const QDomElement f = e.firstChildElement(QLatin1String(tag));
         if (!f.isNull())
             flag.setValue(QAXML::toBool(f.text()));
     };
-    readFlag("renameable", m_renameable);
-    readFlag("deletable", m_deletable);
-    readFlag("open", m_open);
-    readFlag("sorted", m_sorted);
+    readFlag("renameable", d->m_renameable);
+    readFlag("deletable", d->m_deletable);
+    readFlag("open", d->m_open);
+    readFlag("sorted", d->m_sorted);
     const QDomElement result = e.firstChildElement(QStringLiteral("executionResult"));
     if (!result.isNull())
-        m_executionResult.setValue(QAXML::toInt(result.text()));
-    return m_valid;
+        d->m_executionResult.setValue(QAXML::toInt(result.text()));
+    return d->m_valid;
 }
 
 bool QAStData::init(QARes* res)
 {
-    m_valid = res != nullptr;
+    d->m_valid = res != nullptr;
     if (!res)
         return false;
-    readStrVal(res, QStringLiteral("name"), m_name);
+    readStrVal(res, QStringLiteral("name"), d->m_name);
     QAStIntAttribute quid;
     if (readIntVal(res, QStringLiteral("quid"), quid)) {
         if (quid.value() >= 0)
@@ -824,13 +854,13 @@ bool QAStData::init(QARes* res)
         else
             reportBadQuid(QString::number(quid.value()));
     }
-    if (readStrVal(res, QStringLiteral("icon"), m_iconFileName))
-        m_icon.reset();
-    readBoolVal(res, QStringLiteral("renameable"), m_renameable);
-    readBoolVal(res, QStringLiteral("deletable"), m_deletable);
-    readBoolVal(res, QStringLiteral("open"), m_open);
-    readBoolVal(res, QStringLiteral("sorted"), m_sorted);
-    readIntVal(res, QStringLiteral("executionResult"), m_executionResult);
+    if (readStrVal(res, QStringLiteral("icon"), d->m_iconFileName))
+        d->m_icon.reset();
+    readBoolVal(res, QStringLiteral("renameable"), d->m_renameable);
+    readBoolVal(res, QStringLiteral("deletable"), d->m_deletable);
+    readBoolVal(res, QStringLiteral("open"), d->m_open);
+    readBoolVal(res, QStringLiteral("sorted"), d->m_sorted);
+    readIntVal(res, QStringLiteral("executionResult"), d->m_executionResult);
     return true;
 }
 
@@ -852,7 +882,7 @@ void QAStData::initChildren(const QDomElement& e, int version, const QStringList
             delete item;
             continue;
         }
-        if (item->m_parent != this)
+        if (item->d->m_parent != this)
             addChild(item, lastCreated);
         lastCreated = item;
     }
@@ -862,8 +892,8 @@ void QAStData::reportBadQuid(const QString& text)
 {
     // The item keeps the fresh quid it was made with.
     appendLoadReport(tr("The quid \"%1\" of %2 is not a number: it is given the quid %3\n")
-                         .arg(text, m_name.value())
-                         .arg(m_quid));
+                         .arg(text, d->m_name.value())
+                         .arg(d->m_quid));
 }
 
 void QAStData::reportIgnoredTag(const QString& reportLine, const QString& tag)
@@ -1103,4 +1133,89 @@ QAStData* QAStData::stringContentToData(const QString& text)
     if (item)
         item->renewQuids();
     return item;
+}
+
+quint32 QAStData::quid() const
+{
+    return d->m_quid;
+}
+
+QString QAStData::iconFileName() const
+{
+    return d->m_iconFileName.value();
+}
+
+bool QAStData::isRenameable() const
+{
+    return d->m_renameable.value();
+}
+
+bool QAStData::isDeletable() const
+{
+    return d->m_deletable.value();
+}
+
+bool QAStData::isExtended() const
+{
+    return d->m_open.value();
+}
+
+bool QAStData::isAlphabeticallySorted() const
+{
+    return d->m_sorted.value();
+}
+
+int QAStData::executionResult() const
+{
+    return d->m_executionResult.value();
+}
+
+bool QAStData::isDuplicable() const
+{
+    return d->m_duplicable;
+}
+
+bool QAStData::isValid() const
+{
+    return d->m_valid;
+}
+
+QAStData* QAStData::parent() const
+{
+    return d->m_parent;
+}
+
+QAStData* QAStData::child() const
+{
+    return d->m_first;
+}
+
+QAStData* QAStData::next() const
+{
+    return d->m_next;
+}
+
+QAStData* QAStData::previous() const
+{
+    return d->m_previous;
+}
+
+QAStData* QAStData::last() const
+{
+    return d->m_last;
+}
+
+int QAStData::childCount() const
+{
+    return d->m_childCount;
+}
+
+bool QAStData::perlScriptSucceeded() const
+{
+    return d->m_perlScriptSucceeded;
+}
+
+void QAStData::setValid(bool valid)
+{
+    d->m_valid = valid;
 }

@@ -13,6 +13,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <memory>
 #include <optional>
 
 class QAProcess;
@@ -87,47 +88,47 @@ public:
     // Emits renamed when the name changes; a sorted parent re-sorts.
     virtual void setName(const QString& name);
 
-    quint32 quid() const { return m_quid; }
+    quint32 quid() const;
     void setQuid(quint32 quid);
     // Gives this item and all its descendants fresh quids.
     void renewQuids();
 
     virtual QPixmap icon() const;
     virtual void setIcon(const QPixmap& icon);
-    QString iconFileName() const { return m_iconFileName.value(); }
+    QString iconFileName() const;
     // Looks the icon up by file name (pixmap()) and keeps the name, which
     // is what the project file stores.
     void setIconByFileName(const QString& fileName);
 
-    bool isRenameable() const { return m_renameable.value(); }
+    bool isRenameable() const;
     void setRenameable(bool renameable);
-    bool isDeletable() const { return m_deletable.value(); }
+    bool isDeletable() const;
     virtual void setDeletable(bool deletable);
     // Expanded in the project view.
-    bool isExtended() const { return m_open.value(); }
+    bool isExtended() const;
     void setExtended(bool open);
-    bool isAlphabeticallySorted() const { return m_sorted.value(); }
+    bool isAlphabeticallySorted() const;
     // Sets the sorted flag (and sorts at once when set); with recursive,
     // every descendant takes the same flag.
     virtual void setAlphabeticallySorted(bool sorted, bool recursive = false);
-    int executionResult() const { return m_executionResult.value(); }
+    int executionResult() const;
     void setExecutionResult(int result);
-    bool isDuplicable() const { return m_duplicable; }
+    bool isDuplicable() const;
     virtual void setDuplicable(bool duplicable);
     virtual bool isModified() const;
     virtual void setModified(bool modified);
     // The item was built correctly from its element or resource.
-    bool isValid() const { return m_valid; }
+    bool isValid() const;
 
     // --- tree
 
-    QAStData* parent() const { return m_parent; }
+    QAStData* parent() const;
     // First child, next and previous sibling, last child.
-    QAStData* child() const { return m_first; }
-    QAStData* next() const { return m_next; }
-    QAStData* previous() const { return m_previous; }
-    QAStData* last() const { return m_last; }
-    int childCount() const { return m_childCount; }
+    QAStData* child() const;
+    QAStData* next() const;
+    QAStData* previous() const;
+    QAStData* last() const;
+    int childCount() const;
     // The children in order; the list does not own them.
     QList<QAStData*> childItems() const;
     // The topmost item.
@@ -352,7 +353,7 @@ public:
     // Kills the running script, if any; its end is reported as a failure.
     virtual void stop();
     // The last script run started and ended normally with status 0.
-    bool perlScriptSucceeded() const { return m_perlScriptSucceeded; }
+    bool perlScriptSucceeded() const;
 
 public slots:
     // Output of the running script: to its console.
@@ -394,7 +395,7 @@ protected:
     // through the factory. Unknown tags and items whose class inherits none
     // of allowedClasses (when not empty) are reported and dropped.
     void initChildren(const QDomElement& e, int version, const QStringList& allowedClasses);
-    void setValid(bool valid) { m_valid = valid; }
+    void setValid(bool valid);
 
     // True when node is an element named tag; else appends the reason to
     // the load report ("Unable to find tag", "is not an element", "Wait for
@@ -421,9 +422,8 @@ private:
     // The end of a run, both ways.
     void perlScriptEnded(bool succeeded);
 
-    QPointer<QAProcess> m_process;
-    QAStData::Console m_runConsole = OutputConsole;
-    bool m_perlScriptSucceeded = false;
+    struct Private;
+    std::unique_ptr<Private> d;
 
     void attachTo(QAStData* parent, QAStData* after);
     void link(QAStData* child, QAStData* after);
@@ -442,24 +442,4 @@ private:
     void changeField(T& field, const T& value, const char* xmlName);
     static quint32 takeFreshQuid();
     static void noteQuid(quint32 quid);
-
-    QAStStringAttribute m_name;
-    quint32 m_quid = 0;
-    QAStStringAttribute m_iconFileName;
-    mutable std::optional<QPixmap> m_icon;
-    QAStBoolAttribute m_renameable{true};
-    QAStBoolAttribute m_deletable{true};
-    QAStBoolAttribute m_open{false};
-    QAStBoolAttribute m_sorted{false};
-    QAStIntAttribute m_executionResult{0};
-    bool m_duplicable = true;
-    bool m_modified = false;
-    bool m_valid = true;
-
-    QAStData* m_parent = nullptr;
-    QAStData* m_first = nullptr;
-    QAStData* m_last = nullptr;
-    QAStData* m_next = nullptr;
-    QAStData* m_previous = nullptr;
-    int m_childCount = 0;
 };

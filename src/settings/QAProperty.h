@@ -6,6 +6,8 @@
 #include <QString>
 #include <QVariant>
 
+#include <memory>
+
 class QAPropertyGroup;
 class QValidator;
 class QWidget;
@@ -44,34 +46,34 @@ public:
     // The editing widget, or null for properties that have none.
     virtual QWidget* createEditor(QWidget* parent) = 0;
 
-    const QString& name() const { return m_name; }
-    void setName(const QString& name) { m_name = name; }
-    const QString& whatThis() const { return m_whatThis; }
-    void setWhatThis(const QString& whatThis) { m_whatThis = whatThis; }
+    const QString& name() const;
+    void setName(const QString& name);
+    const QString& whatThis() const;
+    void setWhatThis(const QString& whatThis);
     // Key in a QAPropertyStore and element name in the serialised form.
-    const QString& tag() const { return m_tag; }
-    void setTag(const QString& tag) { m_tag = tag; }
-    bool readOnly() const { return m_readOnly; }
-    void setReadOnly(bool readOnly) { m_readOnly = readOnly; }
+    const QString& tag() const;
+    void setTag(const QString& tag);
+    bool readOnly() const;
+    void setReadOnly(bool readOnly);
     // Input validator for text editors; not owned.
-    const QValidator* validator() const { return m_validator; }
-    void setValidator(const QValidator* validator) { m_validator = validator; }
+    const QValidator* validator() const;
+    void setValidator(const QValidator* validator);
     // Variable carrying the setting into the generated Perl environment.
-    const QString& perlVarName() const { return m_perlVarName; }
-    void setPerlVarName(const QString& perlVarName) { m_perlVarName = perlVarName; }
-    const QVariant& initValue() const { return m_initValue; }
-    void setInitValue(const QVariant& initValue) { m_initValue = initValue; }
-    bool hasInitValue() const { return m_initValue.isValid(); }
+    const QString& perlVarName() const;
+    void setPerlVarName(const QString& perlVarName);
+    const QVariant& initValue() const;
+    void setInitValue(const QVariant& initValue);
+    bool hasInitValue() const;
     // Filter bits (languages, node kinds, hosts: see QAStPropertyFilters)
     // naming where the property applies and where it does not; 0 sets no
     // restriction. QAStPropertyFilters::isApplicable reads them.
-    unsigned int applyMask() const { return m_applyMask; }
-    void setApplyMask(unsigned int mask) { m_applyMask = mask; }
-    unsigned int unapplyMask() const { return m_unapplyMask; }
-    void setUnapplyMask(unsigned int mask) { m_unapplyMask = mask; }
+    unsigned int applyMask() const;
+    void setApplyMask(unsigned int mask);
+    unsigned int unapplyMask() const;
+    void setUnapplyMask(unsigned int mask);
 
     // The group holding this property, or null.
-    QAPropertyGroup* parentGroup() const { return m_parent; }
+    QAPropertyGroup* parentGroup() const;
 
     // The form in which a bound property stores an edited value of the
     // given type: Int, Bool, String and StringList are converted, other
@@ -83,15 +85,9 @@ public:
 
 private:
     friend class QAPropertyGroup;
+    // The group that holds it, set by that group only.
+    void setParentGroup(QAPropertyGroup* group);
 
-    QString m_name;
-    QString m_whatThis;
-    QString m_tag;
-    bool m_readOnly = false;
-    const QValidator* m_validator = nullptr;
-    QString m_perlVarName;
-    QVariant m_initValue;
-    unsigned int m_applyMask = 0;
-    unsigned int m_unapplyMask = 0;
-    QAPropertyGroup* m_parent = nullptr;
+    struct Private;
+    std::unique_ptr<Private> d;
 };

@@ -39,7 +39,7 @@ QAPropertyGroup::~QAPropertyGroup()
 {
     const QList<QAProperty*> children = std::exchange(m_children, {});
     for (QAProperty* child : children) {
-        child->m_parent = nullptr;
+        child->setParentGroup(nullptr);
         delete child;
     }
 }
@@ -92,16 +92,16 @@ void QAPropertyGroup::addChild(QAProperty* child)
 {
     if (!child || child == this)
         return;
-    if (child->m_parent)
-        child->m_parent->removeChild(child);
+    if (QAPropertyGroup* former = child->parentGroup())
+        former->removeChild(child);
     m_children.append(child);
-    child->m_parent = this;
+    child->setParentGroup(this);
 }
 
 void QAPropertyGroup::removeChild(QAProperty* child)
 {
     if (child && m_children.removeOne(child))
-        child->m_parent = nullptr;
+        child->setParentGroup(nullptr);
 }
 
 QAProperty* QAPropertyGroup::property(const QString& key) const
