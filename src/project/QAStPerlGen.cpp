@@ -2,6 +2,7 @@
 
 #include "QAFileUtil.h"
 #include "QAINodeSettingsPlugin.h"
+#include "QALogging.h"
 #include "QAPerlValues.h"
 #include "QAPropertyGroup.h"
 #include "QAPropertyMapGroup.h"
@@ -15,13 +16,15 @@
 #include "QAStNodePluginCenter.h"
 #include "QAStNodeSource.h"
 #include "QAStNodeSystemTesting.h"
+#include "QAStNodeTest.h"
+#include "QAStNodeTestScript.h"
 #include "QAStProject.h"
 #include "QAStProjectPref.h"
 #include "QAStTargetPackage.h"
 #include "QAStTargetPackageList.h"
+#include "QATr.h"
 #include "StudioInterface.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QHash>
 #include <QRegularExpression>
@@ -260,8 +263,251 @@ const QHash<QString, QVariant>& inheritedValues(const QList<const QAPropertyStor
     return merged.values;
 }
 
-// Reads the settings of one configuration and writes them in the three
-// forms, values expanded in the node's context.
+// The settings part of the script, in order: runs of setting lines that
+// SettingsWriter::lines writes, and the lines computed between them
+// (without a key). docs/formats/environment-script.md lists the same rows.
+constexpr auto Number = QAStPerlGen::Form::Number;
+constexpr auto String = QAStPerlGen::Form::String;
+constexpr auto Path = QAStPerlGen::Form::Path;
+constexpr auto PathList = QAStPerlGen::Form::PathList;
+constexpr auto StringList = QAStPerlGen::Form::StringList;
+constexpr auto IfSet = QAStPerlGen::When::IfSet;
+constexpr auto IfOn = QAStPerlGen::When::IfOn;
+constexpr const char* computed = nullptr;
+
+const QAStPerlGen::SettingLine settingTable[] = {
+    {"Settings", "iniFileName", "INIFILE", Path},
+    {"Settings", computed, "LOGFILENAME", Path},
+    {"Settings", "computerName", "HOSTNAME", String},
+    {"Settings", "computerAddress", "ADDRESS", String},
+    {"Settings", "computerPort", "PORT", Number},
+    {"Settings", "uploaderPort", "UPLOADER_PORT", Number},
+    {"Settings", "ge_host_workdir", "HOST_WORKING_DIR", Path},
+    {"Settings", "intdir", "INTDIR", Path},
+    {"Settings", "outdir", "OUTDIR", Path},
+    {"Settings", "csvSeparator", "CSV_SEPARATOR", String},
+    {"Settings", "csvDecimalSeparator", "CSV_DECIMAL_SEPARATOR", String},
+    {"Settings", "csvThousandSeparator", "CSV_THOUSAND_SEPARATOR", String},
+    {"Settings", "sourceDirectories", "SOURCES_DIR_LIST", PathList},
+    {"Settings", "structDefinition", "STRUCT_AS_CLASS", Number},
+    {"Settings", "ge_incdir", "INCLUDE_DIR_LIST", PathList},
+    {"Settings", "ge_alk_file_name", "USER_ALK_FILE", Path, IfSet},
+    {"Settings", "sourceExt", "SRCEXT", String},
+    {"Settings", "objectExt", "OBJEXT", String},
+    {"Settings", "binaryExt", "EXEEXT", String},
+    {"Settings", "cppFlags", "CPPFLAGS", String},
+    {"Settings", "cflags", "CFLAGS", String},
+    {"Settings", "tcflags", "GENERATION_CONDITION", StringList},
+    {"Settings", "debug", "DEBUG", Number},
+    {"Settings", "sourceLanguage", "TDP_LANGUAGE", String},
+    {"Settings", "ge_libdir", "LIBRARY_DIR_LIST", PathList},
+    {"Settings", computed, "OBJECTS", PathList},
+    {"Settings", computed, "XOB", PathList},
+    {"Settings", computed, "ADDITIONAL_LIBRARIES", PathList},
+    {"Settings", "javaBuildJarFile", "JAVA_BUILDJARFILE", Number},
+    {"Settings", computed, "JAVA_JARFILENAME", Path},
+    {"Settings", "javaManifest", "JAVA_MANIFEST", Path},
+    {"Settings", "javaJarOtherDir", "JAVA_JAR_OTHER_DIR", PathList},
+    {"Settings", computed, "FDCFILES", PathList},
+    {"Settings", computed, "OTSFILES", PathList},
+
+    {"Test program", computed, "TESTPROGRAM", Path},
+    {"Test program", computed, "TESTPROGRAM_ABS", Path},
+    {"Test program", "arguments", "ARGUMENTS", String},
+    {"Test program", "virtualMachineArguments", "VIRTUAL_MACHINE_ARGUMENTS", String},
+    {"Test program", "binaryExt", "BINARYEXT", String},
+    {"Test program", "ldflags", "LDFLAGS", String},
+    {"Test program", "additionnalObjects", "LIBRARIES", String},
+
+    {"Runtime", "multiThreaded", "ATL_MULTI_THREADS", Number},
+    {"Runtime", "bufferSize", "ATL_BUFFER_SIZE", Number},
+    {"Runtime", "maxThreads", "ATL_THREADS_MAX", Number},
+    {"Runtime", "mainProc", "ATL_MAIN_PROCEDURE", String},
+    {"Runtime", "clockKind", "ATL_CLOCK_KIND", Number},
+    {"Runtime", "atc_rungcatexit", "ATC_RUN_GC_AT_EXIT", Number},
+    {"Runtime", computed, "ATL_OUT_FILE", Path},
+    {"Runtime", computed, "TEST_NAME", Path},
+
+    {"Java", "javaBootClasspath", "JAVA_BOOTCLASSPATH", PathList},
+    {"Java", "javaClasspath", "JAVA_CLASSPATH", PathList},
+    {"Java", "javaMainClass", "JAVA_MAIN_CLASS", String},
+    {"Java", computed, "TDFFILE", Path},
+    {"Java", computed, "SRCFILE", Path},
+
+    {"Object testing", computed, "OTIFILE", Path},
+    {"Object testing", "nuerror", "ATO_PREPRO_MAX_ERRORS", Number},
+    {"Object testing", "nodline", "ATO_PREPRO_NODLINE", Number},
+    {"Object testing", computed, "XRDFILE", Path},
+    {"Object testing", "atobreakonerror", "ATO_STOP_ON_ERROR", Number},
+    {"Object testing", "atonopassdump", "ATO_DUMP_SUCCESS", Number},
+    {"Object testing", "atomaxinstances", "ATO_MAX_INSTANCES", Number},
+    {"Object testing", computed, "ATO_PRINT_BUFFER_SIZE", Number},
+
+    {"Class assertions", "atkbreakonerror", "ATK_STOP_ON_ERROR", Number},
+    {"Class assertions", "atknopassdump", "ATK_DUMP_SUCCESS", Number},
+    {"Class assertions", "atkreflexivestate", "ATK_REPORT_REFLEXIVE_STATES", Number},
+    {"Class assertions", "atkconstmethods", "ATK_INSTR_CONST", Number},
+    {"Class assertions", "atkreentrant", "ATK_MT_SUPPORT", Number},
+    {"Class assertions", "atkstrictcheck", "ATK_CONST_ASSERTIONS", Number},
+
+    {"Unit testing", "zeltaClassName", "ATU_ZELTA_CLASSNAME", String},
+    {"Unit testing", computed, "ATU_INTERMEDIATE_FILE", Path},
+    {"Unit testing", "simulation", "ATU_SIMULATION", Number},
+    {"Unit testing", "preproerrorlevel", "CONTONWARN", Number},
+    {"Unit testing", "breakontest", "ATU_BREAK_ON_TEST_FAILED", Number},
+    {"Unit testing", "moreoptions", "ATU_IS_OPTION", Number},
+    {"Unit testing", "preparationOptions", "ATU_OPTIONS", String},
+    {"Unit testing", "filter", "ATU_FILTER", Number},
+    {"Unit testing", "strategy", "ATU_STRATEGY", Number},
+    {"Unit testing", "reportOutlay", "ATU_REPORT_OUTLAY", Number},
+    {"Unit testing", "moreRoptions", "ATU_IS_REPORT_OPTION", Number},
+    {"Unit testing", "reportoptions", "ATU_REPORT_OPTIONS", String},
+    {"Unit testing", "comparaison", "ATU_COMPARE", Number},
+
+    {"System testing", "st_interface_files", "ATS_INTERFACE_FILES", PathList},
+    {"System testing", "st_allocation", "ATS_ALLOCATION", String},
+    {"System testing", "st_notShared", "ATS_NOTSHARED", Number},
+    {"System testing", "st_thread", "ATS_THREAD", Number},
+    {"System testing", "st_thread_function", "ATS_THREAD_FUNCTION", String, IfOn, "st_thread"},
+    {"System testing", "st_trace", "ATS_TRACE", String},
+    {"System testing", "st_trace_circular", "ATS_TRACE_CIRCULAR", Number},
+    {"System testing", "st_bufsize", "ATS_BUFSIZE", Number},
+    {"System testing", "st_values", "ATS_VAL_DISP", String},
+    {"System testing", "st_repform", "ATS_RA", String},
+    {"System testing", "st_time", "ATS_TIME_STAMP", Number},
+    {"System testing", "st_dynfol", "ATS_DYN_FOLLOW", Number},
+    {"System testing", "st_item_buf", "ATS_RT_BUFFER", Number},
+    {"System testing", "st_item_buf_size", "ATS_BUFFER_SIZE", Number},
+    {"System testing", "st_dtrack", "ATS_DYNFLW", Number},
+    {"System testing", "st_dtrack_buf_size", "ATS_TAGTBUF_SIZE", Number},
+    {"System testing", "st_custom", "ATS_PROBE_CUSTOM", Number},
+    {"System testing", "st_custom_type", "ATS_PROBE_CUSTOM_TYPE", Number},
+    {"System testing", "st_addOptions", "ATS_ADD_OPTIONS", String},
+    {"System testing", "st_replay_cmdline_args", "ATS_REPLAY_CMDLINE_ARGS", String},
+    {"System testing", "st_interrecv_timeout", "ATS_INTERRECV_TIMEOUT", Number},
+
+    {"Instrumentation", "fdc_name_opt", "ATG_FDC_NAME_OPT", Number},
+    {"Instrumentation", "fdc_value", "ATG_FDC_VALUE", Path},
+    {"Instrumentation", "tsf_name_opt", "ATG_TSF_NAME_OPT", Number},
+    {"Instrumentation", "tsf_value", "ATG_TSF_VALUE", Path},
+    {"Instrumentation", "tsf_selective_file", "ATG_SELECTIVE_FILES", PathList},
+    {"Instrumentation", "tsf_selective_class", "ATG_SELECTIVE_CLASS", PathList},
+    {"Instrumentation", "exclude_dir", "ATG_EXCLUDED_DIRS", PathList},
+    {"Instrumentation", "dump_incoming_list", "ATG_DUMP_INCOMING_LIST", PathList},
+    {"Instrumentation", "dump_returning_list", "ATG_DUMP_RETURNING_LIST", PathList},
+    {"Instrumentation", "dump_calling_list", "ATG_DUMP_CALLING_LIST", PathList},
+    {"Instrumentation", "no_header_instr", "ATG_HEADER_INSTR", Number},
+    {"Instrumentation", "instantiate_template", "ATG_INSTANTIATE_TEMPLATE", Number},
+    {"Instrumentation", "misc_options", "ATG_MISC_OPTIONS", String},
+
+    {"Code coverage", "atc_instr_functions", "ATC_INSTR_FUNCTIONS", Number},
+    {"Code coverage", "atc_instr_calls", "ATC_INSTR_CALLS", Number},
+    {"Code coverage", "atc_instr_blocks", "ATC_INSTR_BLOCKS", Number},
+    {"Code coverage", "atc_instr_conditions", "ATC_INSTR_CONDITIONS", Number},
+    {"Code coverage", computed, "ATC_TIO_NAME", Path},
+    {"Code coverage", "atc_selective_no_ternary", "ATC_SELECTIVE_TERNARY", Number},
+    {"Code coverage", "atc_selective_no_inline", "ATC_SELECTIVE_INLINE", Number},
+    {"Code coverage", "atc_selective_no_included", "ATC_SELECTIVE_INCLUDED", Number},
+    {"Code coverage", "atc_selective_functions_list", "ATC_SELECTIVE_FUNCTIONS_LIST", StringList},
+    {"Code coverage", "atc_selective_spec", "ATC_SELECTIVE_SPEC", Number},
+    {"Code coverage", "atc_information", "ATC_INFORMATION", Number},
+    {"Code coverage", "atc_instr_ctrl_prefixe", "ATC_INSTR_CTRL_PREFIX", String},
+    {"Code coverage", "atc_instr_ctrl_suffixe", "ATC_INSTR_CTRL_SUFFIX", Number},
+    {"Code coverage", "atc_no_metrics", "ATC_METRICS", Number},
+    {"Code coverage", "atc_user_comment", "ATC_USER_COMMENT", String},
+    {"Code coverage", "atc_dump_driver", "ATC_DUMP_DRIVER", Number},
+
+    {"Runtime tracing", computed, "ATT_TDF_NAME", Path},
+    {"Runtime tracing", "att_calling_sequenced", "ATT_CALLING_SEQUENCED", Number},
+    {"Runtime tracing", "att_aggregate_traces", "ATT_AGGREGATE_TRACES", Number},
+    {"Runtime tracing", "att_template_notes", "ATT_TEMPLATE_NOTES", Number},
+    {"Runtime tracing", "att_split", "ATT_SPLIT", Number},
+    {"Runtime tracing", "att_split_size", "ATT_SPLIT_SIZE", Number},
+    {"Runtime tracing", computed, "ATT_SPLIT_PREFIX", String},
+    {"Runtime tracing", "att_loop", "ATT_LOOP", Number},
+    {"Runtime tracing", "att_loop_options", "ATT_LOOP_FLAGS", String},
+    {"Runtime tracing", "att_record_max_stack", "ATT_RECORD_MAX_STACK", Number},
+    {"Runtime tracing", "att_on_fly", "ATT_ON_THE_FLY", Number},
+    {"Runtime tracing", "att_item_buffer", "ATT_ITEM_BUFFER", Number},
+    {"Runtime tracing", "att_item_buffer_size", "ATT_ITEM_BUFFER_SIZE", Number},
+    {"Runtime tracing", "att_partial_dump", "ATT_PARTIAL_DUMP", Number},
+    {"Runtime tracing", "att_signal_action", "ATT_SIGNAL_ACTION", Number},
+    {"Runtime tracing", "att_time_stamp", "ATT_TIMESTAMP", Number},
+    {"Runtime tracing", "att_heap_size", "ATT_HEAP_SIZE", Number},
+    {"Runtime tracing", "att_thread_info", "ATT_THREAD_INFO", Number},
+
+    {"Memory profiling", computed, "ATP_TPF_NAME", Path},
+    {"Memory profiling", "atp_instr_ctrl", "ATP_INSTR_CTRL_LIST", StringList},
+    {"Memory profiling", "atp_errors_fiu", "ATP_REPORTS_FIU", Number},
+    {"Memory profiling", "atp_errors_miu", "ATP_REPORTS_MIU", Number},
+    {"Memory profiling", "atp_errors_sig", "ATP_REPORTS_SIG", Number},
+    {"Memory profiling", "atp_fmwl", "ATP_REPORTS_FFM_FMWL", Number},
+    {"Memory profiling", "atp_fmwl_queue_len", "ATP_MAX_FREEQ_LENGTH", Number, IfOn, "atp_fmwl"},
+    {"Memory profiling", "atp_fmwl_queue_size", "ATP_MAX_FREEQ_SIZE", Number, IfOn, "atp_fmwl"},
+    {"Memory profiling", "atp_abwl", "ATP_REPORTS_ABWL", Number},
+    {"Memory profiling", "atp_abwl_zone_size", "ATP_RED_ZONE_SIZE", Number},
+    {"Memory profiling", "atp_call_stack", "ATP_CALL_STACK_SIZE", Number},
+
+    {"Java profiling", "javaObjectHashSize", "JAVA_OBJECT_HASH_SIZE", Number},
+    {"Java profiling", "javaClassHashSize", "JAVA_CLASS_HASH_SIZE", Number},
+    {"Java profiling", "javaTrigger", "JAVA_TRIGGER", String},
+    {"Java profiling", "javaHitKey", "JAVA_HIT_KEY", Number},
+    {"Java profiling", "javaNextGC", "JAVA_NEXT_GC", Number},
+    {"Java profiling", "javaStudioIPAdress", "JAVA_STUDIO_IP_ADRESS", String},
+    {"Java profiling", "javaStudioPortNb", "JAVA_STUDIO_PORT_NB", String},
+    {"Java profiling", "javaTpfFileName", "JAVA_TPF_FILENAME", Path},
+    {"Java profiling", "javaTsfFileName", "JAVA_TSF_FILENAME", Path},
+    {"Java profiling", "javaPackageAnalyze", "JAVA_PACKAGE_ANALYZE", StringList},
+    {"Java profiling", "javaAnalyze", "JAVA_ANALYZE", StringList},
+    {"Java profiling", "javaAnalyzeAlloc", "JAVA_ANALYZE_ALLOC", StringList},
+    {"Java profiling", "javaFilterOption", "JAVA_FILTER_OPTION", String},
+
+    {"Performance profiling", computed, "ATQ_TQF_NAME", Path},
+    {"Performance profiling", "atq_dump_driver", "ATQ_DUMP_DRIVER", Number},
+
+    {"Metrics", "javaStub", "JAVA_STUB", Number},
+    {"Metrics", "javaDisplay", "JAVA_DISPLAY", Number},
+    {"Metrics", "metOneLevel", "MET_ONE_LEVEL", Number},
+    {"Metrics", "metRestrictDir", "MET_RESTRICT_DIR", PathList},
+    {"Metrics", computed, "MISRA_CONF", Path},
+
+    {"Build and test output", "buildJobs", "BUILD_JOBS", Number},
+    {"Build and test output", "testFailurePatterns", "TEST_FAILURE_PATTERNS", StringList},
+    {"Build and test output", "testPassPatterns", "TEST_PASS_PATTERNS", StringList},
+};
+
+// settingTable's rows as the writer walks them: each key as a string, and
+// where the run of setting lines beginning at each row ends (the next
+// computed line or the section's end).
+struct SettingTableIndex {
+    QStringList keys;
+    QList<size_t> runEnds;
+};
+
+const SettingTableIndex& settingTableIndex()
+{
+    static const SettingTableIndex index = [] {
+        SettingTableIndex built;
+        const size_t size = std::size(settingTable);
+        built.runEnds.resize(qsizetype(size));
+        for (size_t i = size; i-- > 0;) {
+            const QAStPerlGen::SettingLine& line = settingTable[i];
+            const bool runGoesOn = i + 1 < size && settingTable[i + 1].key &&
+                                   qstrcmp(settingTable[i + 1].section, line.section) == 0;
+            built.runEnds[qsizetype(i)] = !line.key ? i : runGoesOn ? built.runEnds[qsizetype(i + 1)] : i + 1;
+        }
+        for (const QAStPerlGen::SettingLine& line : settingTable)
+            built.keys.append(QLatin1String(line.key));
+        return built;
+    }();
+    return index;
+}
+
+// Reads the settings of one configuration and writes the lines of
+// settingTable in order, values expanded in the node's context: each run
+// of setting lines with lines(), each computed line with the writer of its
+// value. A line written out of the table's order is said on the Qt warning
+// channel.
 class SettingsWriter {
 public:
     SettingsWriter(QString& out, QAStConfiguration* c, QAStNode* node)
@@ -307,46 +553,40 @@ public:
     bool isOn(const QString& key) const { return number(key) != 0; }
     QStringList list(const QString& key) const { return toList(value(key)); }
 
-    // Form S of a path setting, N, L of paths, S and L of free text. A
-    // relative path inherited from another project is written absolute.
-    void path(const QString& key, const char* var)
+    // The table's setting lines of section from the current row to the
+    // next computed line or the section's end.
+    void lines(const char* section)
     {
-        const QString dir = rebaseDirectory(m_config, key, m_node);
-        if (dir.isEmpty())
-            appendPath(m_out, QLatin1String(var), text(key), m_node);
-        else
-            appendPath(m_out, QLatin1String(var), rebased(text(key), dir, m_node));
-    }
-    void num(const QString& key, const char* var) { appendNumber(m_out, QLatin1String(var), number(key)); }
-    void paths(const QString& key, const char* var)
-    {
-        const QString dir = rebaseDirectory(m_config, key, m_node);
-        if (dir.isEmpty()) {
-            appendPathList(m_out, QLatin1String(var), list(key), m_node);
+        if (!expect(section, m_next < std::size(settingTable) &&
+                                 qstrcmp(settingTable[m_next].section, section) == 0))
             return;
+        const SettingTableIndex& index = settingTableIndex();
+        for (const size_t end = index.runEnds.at(qsizetype(m_next)); m_next < end; ++m_next) {
+            const QAStPerlGen::SettingLine& line = settingTable[m_next];
+            const QString& key = index.keys.at(qsizetype(m_next));
+            if (isWritten(line, key))
+                write(line, key);
         }
-        QStringList items = list(key);
-        for (QString& item : items)
-            item = rebased(item, dir, m_node);
-        appendPathList(m_out, QLatin1String(var), items);
     }
+    // Whether every line of the table was written.
+    void finish() const { expect("the end of the table", m_next == std::size(settingTable)); }
+
     // A path setting to build a value of: as it is, or absolute with its
-    // macros expanded when path() writes it so. Either way the writer may
+    // macros expanded when a path line writes it so. Either way the writer may
     // expand it, as it holds no macro once expanded.
     QString pathText(const QString& key) const
     {
         const QString dir = rebaseDirectory(m_config, key, m_node);
         return dir.isEmpty() ? text(key) : rebased(text(key), dir, m_node);
     }
-    void str(const QString& key, const char* var) { appendString(m_out, QLatin1String(var), text(key), m_node); }
-    void strs(const QString& key, const char* var) { appendStringList(m_out, QLatin1String(var), list(key), m_node); }
 
-    // Values that are no setting.
-    void pathValue(const char* var, const QString& v) { appendPath(m_out, QLatin1String(var), v, m_node); }
-    void strValue(const char* var, const QString& v) { appendString(m_out, QLatin1String(var), v, m_node); }
-    void plainPath(const char* var, const QString& v) { appendPath(m_out, QLatin1String(var), v); }
-    void plainPaths(const char* var, const QStringList& v) { appendPathList(m_out, QLatin1String(var), v); }
-    void numberValue(const char* var, qlonglong v) { appendNumber(m_out, QLatin1String(var), v); }
+    // The computed lines, each the table's current row: values expanded
+    // for the node, or plain.
+    void pathValue(const char* var, const QString& v) { appendPath(m_out, computedLine(var), v, m_node); }
+    void strValue(const char* var, const QString& v) { appendString(m_out, computedLine(var), v, m_node); }
+    void plainPath(const char* var, const QString& v) { appendPath(m_out, computedLine(var), v); }
+    void plainPaths(const char* var, const QStringList& v) { appendPathList(m_out, computedLine(var), v); }
+    void numberValue(const char* var, qlonglong v) { appendNumber(m_out, computedLine(var), v); }
 
     // The setting, or what "<default>" stands for.
     QString textOr(const QString& key, const QString& whenDefault) const
@@ -356,7 +596,78 @@ public:
     }
 
 private:
+    using Form = QAStPerlGen::Form;
+    using When = QAStPerlGen::When;
+
+    bool isWritten(const QAStPerlGen::SettingLine& line, const QString& key) const
+    {
+        switch (line.when) {
+        case When::IfSet:
+            return !text(key).isEmpty();
+        case When::IfOn:
+            return isOn(QLatin1String(line.switchKey));
+        case When::Always:
+            break;
+        }
+        return true;
+    }
+
+    // A relative path inherited from another project is written absolute.
+    void write(const QAStPerlGen::SettingLine& line, const QString& key)
+    {
+        const QLatin1String var(line.variable);
+        switch (line.form) {
+        case Form::Number:
+            appendNumber(m_out, var, number(key));
+            return;
+        case Form::String:
+            appendString(m_out, var, text(key), m_node);
+            return;
+        case Form::StringList:
+            appendStringList(m_out, var, list(key), m_node);
+            return;
+        case Form::Path:
+        case Form::PathList:
+            break;
+        }
+        const QString dir = rebaseDirectory(m_config, key, m_node);
+        if (line.form == Form::Path) {
+            if (dir.isEmpty())
+                appendPath(m_out, var, text(key), m_node);
+            else
+                appendPath(m_out, var, rebased(text(key), dir, m_node));
+            return;
+        }
+        if (dir.isEmpty()) {
+            appendPathList(m_out, var, list(key), m_node);
+            return;
+        }
+        QStringList items = list(key);
+        for (QString& item : items)
+            item = rebased(item, dir, m_node);
+        appendPathList(m_out, var, items);
+    }
+
+    // var, whose computed row the table's current row must be; steps over it.
+    QLatin1String computedLine(const char* var)
+    {
+        if (expect(var, m_next < std::size(settingTable) && !settingTable[m_next].key &&
+                            qstrcmp(settingTable[m_next].variable, var) == 0))
+            ++m_next;
+        return QLatin1String(var);
+    }
+
+    bool expect(const char* what, bool inOrder) const
+    {
+        if (!inOrder) {
+            const char* next = m_next < std::size(settingTable) ? settingTable[m_next].variable : "nothing";
+            qCWarning(lcProject, "environment script: %s written where the settings table has %s", what, next);
+        }
+        return inOrder;
+    }
+
     QString& m_out;
+    size_t m_next = 0;
     const QAPropertyStore* m_own;
     const QAStConfiguration* m_config;
     QList<QPair<QString, QVariant>> m_ownValues;
@@ -365,15 +676,10 @@ private:
     const QHash<QString, QVariant>* m_inherited;
 };
 
-bool inherits(const QAStData* item, const char* className)
-{
-    return item && item->inherits(className);
-}
-
 // item itself when it is of the class, else its nearest ancestor of it.
 const QAStData* selfOrParentOfClass(const QAStData* item, const char* className)
 {
-    return inherits(item, className) ? item : item->parentOfClass(className);
+    return item && item->inherits(className) ? item : item->parentOfClass(className);
 }
 
 void collectOutputFiles(const QAStData* item, const QString& type, bool recursive,
@@ -398,20 +704,15 @@ void collectOutputFiles(const QAStData* item, const QString& type, bool recursiv
         collectOutputFiles(child, type, true, files, seen);
 }
 
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("QAStPerlGen", text);
-}
-
 const char* const noNode = " cannot generate environment no node";
 const char* const noConfiguration = " cannot generate environment no configuration";
 const char* const packageNotFound = QT_TRANSLATE_NOOP(
-    "QAStPerlGen",
+    QATR_PROJECT,
     "Error: Unable to generate the Target Deployment Port path because the target package "
     "named [%1] cannot be found in the installation");
 
 const char* const unencodable = QT_TRANSLATE_NOOP(
-    "QAStPerlGen",
+    QATR_PROJECT,
     "%1: %3 cannot encode every character of %2 in the environment script; those it lacks "
     "are written \"?\"\n");
 
@@ -488,7 +789,7 @@ void writeProject(QString& out, const QAStData* item)
 
 void writeSources(QString& out, const QAStNode* node)
 {
-    if (inherits(node, "QAStNodeTest") || inherits(node, "QAStNodeSource"))
+    if (qobject_cast<const QAStNodeTest*>(node) || qobject_cast<const QAStNodeSource*>(node))
         return;
     QStringList keys;
     for (const QAStData* child = node->child(); child; child = child->next()) {
@@ -501,9 +802,9 @@ void writeSources(QString& out, const QAStNode* node)
 void writeTdfChannel(QString& out, const QAStNode* node)
 {
     const QAStData* system = nullptr;
-    if (inherits(node, "QAStNodeSystemTesting"))
+    if (qobject_cast<const QAStNodeSystemTesting*>(node))
         system = node;
-    else if (inherits(node, "QAStNodeTestScript"))
+    else if (qobject_cast<const QAStNodeTestScript*>(node))
         system = node->parentOfClass("QAStNodeSystemTesting");
     if (const auto* st = qobject_cast<const QAStNodeSystemTesting*>(system))
         appendNumber(out, QLatin1String("TDF_CHANNEL"), st->connectedTDFChannel());
@@ -585,42 +886,19 @@ QString resultFile(const SettingsWriter& settings, const QAStNode* node, const c
 
 void writeSettings(QAStNode* node, SettingsWriter& s)
 {
-    s.path(QStringLiteral("iniFileName"), "INIFILE");
+    const char* const section = "Settings";
+    s.lines(section);
     s.pathValue("LOGFILENAME", resultFile(s, node, ".log"));
-    s.str(QStringLiteral("computerName"), "HOSTNAME");
-    s.str(QStringLiteral("computerAddress"), "ADDRESS");
-    s.num(QStringLiteral("computerPort"), "PORT");
-    s.num(QStringLiteral("uploaderPort"), "UPLOADER_PORT");
-    s.path(QStringLiteral("ge_host_workdir"), "HOST_WORKING_DIR");
-    s.path(QStringLiteral("intdir"), "INTDIR");
-    s.path(QStringLiteral("outdir"), "OUTDIR");
-    s.str(QStringLiteral("csvSeparator"), "CSV_SEPARATOR");
-    s.str(QStringLiteral("csvDecimalSeparator"), "CSV_DECIMAL_SEPARATOR");
-    s.str(QStringLiteral("csvThousandSeparator"), "CSV_THOUSAND_SEPARATOR");
-    s.paths(QStringLiteral("sourceDirectories"), "SOURCES_DIR_LIST");
-    s.num(QStringLiteral("structDefinition"), "STRUCT_AS_CLASS");
-    s.paths(QStringLiteral("ge_incdir"), "INCLUDE_DIR_LIST");
-    if (!s.text(QStringLiteral("ge_alk_file_name")).isEmpty())
-        s.path(QStringLiteral("ge_alk_file_name"), "USER_ALK_FILE");
-    s.str(QStringLiteral("sourceExt"), "SRCEXT");
-    s.str(QStringLiteral("objectExt"), "OBJEXT");
-    s.str(QStringLiteral("binaryExt"), "EXEEXT");
-    s.str(QStringLiteral("cppFlags"), "CPPFLAGS");
-    s.str(QStringLiteral("cflags"), "CFLAGS");
-    s.strs(QStringLiteral("tcflags"), "GENERATION_CONDITION");
-    s.num(QStringLiteral("debug"), "DEBUG");
-    s.str(QStringLiteral("sourceLanguage"), "TDP_LANGUAGE");
-    s.paths(QStringLiteral("ge_libdir"), "LIBRARY_DIR_LIST");
+    s.lines(section);
     s.plainPaths("OBJECTS", node->outputFiles(QStringLiteral("OBJ")));
     s.plainPaths("XOB", node->outputFiles(QStringLiteral("XOB")));
     s.plainPaths("ADDITIONAL_LIBRARIES", childLibraries(node));
-    s.num(QStringLiteral("javaBuildJarFile"), "JAVA_BUILDJARFILE");
+    s.lines(section);
     const QAStData* test = selfOrParentOfClass(node, "QAStNodeTest");
     s.pathValue("JAVA_JARFILENAME", test ? QAStPerlGen::joinPath(s.pathText(QStringLiteral("outdir")),
                                                                  test->name() + QLatin1String(".jar"))
                                          : QString());
-    s.path(QStringLiteral("javaManifest"), "JAVA_MANIFEST");
-    s.paths(QStringLiteral("javaJarOtherDir"), "JAVA_JAR_OTHER_DIR");
+    s.lines(section);
     s.plainPaths("FDCFILES", node->outputFiles(QStringLiteral("FDC")));
     s.plainPaths("OTSFILES", node->outputFiles(QStringLiteral("OTS")));
 }
@@ -668,25 +946,12 @@ void writeTestProgram(QAStNode* node, SettingsWriter& s)
     s.plainPath("TESTPROGRAM", program.isEmpty() ? QString()
                                                  : QAStData::determineRelativePathFile(projectDir, absolute));
     s.plainPath("TESTPROGRAM_ABS", QDir::toNativeSeparators(absolute));
-    s.str(QStringLiteral("arguments"), "ARGUMENTS");
-    s.str(QStringLiteral("virtualMachineArguments"), "VIRTUAL_MACHINE_ARGUMENTS");
-    s.str(QStringLiteral("binaryExt"), "BINARYEXT");
-    s.str(QStringLiteral("ldflags"), "LDFLAGS");
-    s.str(QStringLiteral("additionnalObjects"), "LIBRARIES");
+    s.lines("Test program");
 }
 
-void writeRuntime(SettingsWriter& s)
+void writeRuntime(QAStNode* node, SettingsWriter& s)
 {
-    s.num(QStringLiteral("multiThreaded"), "ATL_MULTI_THREADS");
-    s.num(QStringLiteral("bufferSize"), "ATL_BUFFER_SIZE");
-    s.num(QStringLiteral("maxThreads"), "ATL_THREADS_MAX");
-    s.str(QStringLiteral("mainProc"), "ATL_MAIN_PROCEDURE");
-    s.num(QStringLiteral("clockKind"), "ATL_CLOCK_KIND");
-    s.num(QStringLiteral("atc_rungcatexit"), "ATC_RUN_GC_AT_EXIT");
-}
-
-void writeResultsFile(QAStNode* node, SettingsWriter& s)
-{
+    s.lines("Runtime");
     const QString name = QAStPerlGen::testName(node);
     s.pathValue("ATL_OUT_FILE", QAStPerlGen::joinPath(s.pathText(QStringLiteral("intdir")),
                                                       name + QLatin1String(".spt")));
@@ -695,9 +960,7 @@ void writeResultsFile(QAStNode* node, SettingsWriter& s)
 
 void writeJava(QAStNode* node, SettingsWriter& s)
 {
-    s.paths(QStringLiteral("javaBootClasspath"), "JAVA_BOOTCLASSPATH");
-    s.paths(QStringLiteral("javaClasspath"), "JAVA_CLASSPATH");
-    s.str(QStringLiteral("javaMainClass"), "JAVA_MAIN_CLASS");
+    s.lines("Java");
     s.pathValue("TDFFILE", resultFile(s, node, ".tdf"));
     s.pathValue("SRCFILE", s.textOr(QStringLiteral("sourceFile"),
                                     node->name() + s.text(QStringLiteral("sourceExt"))));
@@ -705,186 +968,75 @@ void writeJava(QAStNode* node, SettingsWriter& s)
 
 void writeObjectTesting(QAStNode* node, SettingsWriter& s)
 {
+    const char* const section = "Object testing";
     s.pathValue("OTIFILE", s.textOr(QStringLiteral("otiFile"), node->name() + QLatin1String(".oti")));
-    s.num(QStringLiteral("nuerror"), "ATO_PREPRO_MAX_ERRORS");
-    s.num(QStringLiteral("nodline"), "ATO_PREPRO_NODLINE");
+    s.lines(section);
     s.pathValue("XRDFILE",
                 s.textOr(QStringLiteral("xrdFile"),
                          QAStPerlGen::joinPath(s.pathText(QStringLiteral("outdir")),
                                                node->name() + QLatin1String(".xrd"))));
-    s.num(QStringLiteral("atobreakonerror"), "ATO_STOP_ON_ERROR");
-    s.num(QStringLiteral("atonopassdump"), "ATO_DUMP_SUCCESS");
-    s.num(QStringLiteral("atomaxinstances"), "ATO_MAX_INSTANCES");
+    s.lines(section);
     s.numberValue("ATO_PRINT_BUFFER_SIZE", s.isOn(QStringLiteral("printbuffer"))
                                                ? s.number(QStringLiteral("printbuffersize"))
                                                : 0);
 }
 
-void writeContractCheck(SettingsWriter& s)
-{
-    s.num(QStringLiteral("atkbreakonerror"), "ATK_STOP_ON_ERROR");
-    s.num(QStringLiteral("atknopassdump"), "ATK_DUMP_SUCCESS");
-    s.num(QStringLiteral("atkreflexivestate"), "ATK_REPORT_REFLEXIVE_STATES");
-    s.num(QStringLiteral("atkconstmethods"), "ATK_INSTR_CONST");
-    s.num(QStringLiteral("atkreentrant"), "ATK_MT_SUPPORT");
-    s.num(QStringLiteral("atkstrictcheck"), "ATK_CONST_ASSERTIONS");
-}
-
 void writeUnitTesting(QAStNode* node, SettingsWriter& s)
 {
-    s.str(QStringLiteral("zeltaClassName"), "ATU_ZELTA_CLASSNAME");
+    const char* const section = "Unit testing";
+    s.lines(section);
     const QAStData* unit = selfOrParentOfClass(node, "QAStNodeUnitTesting");
     const QString owner = unit ? unit->name() : node->name();
     s.pathValue("ATU_INTERMEDIATE_FILE",
                 s.textOr(QStringLiteral("intermediateFile"),
                          QAStPerlGen::joinPath(s.pathText(QStringLiteral("intdir")),
                                                owner + QLatin1String(".uti"))));
-    s.num(QStringLiteral("simulation"), "ATU_SIMULATION");
-    s.num(QStringLiteral("preproerrorlevel"), "CONTONWARN");
-    s.num(QStringLiteral("breakontest"), "ATU_BREAK_ON_TEST_FAILED");
-    s.num(QStringLiteral("moreoptions"), "ATU_IS_OPTION");
-    s.str(QStringLiteral("preparationOptions"), "ATU_OPTIONS");
-    s.num(QStringLiteral("filter"), "ATU_FILTER");
-    s.num(QStringLiteral("strategy"), "ATU_STRATEGY");
-    s.num(QStringLiteral("reportOutlay"), "ATU_REPORT_OUTLAY");
-    s.num(QStringLiteral("moreRoptions"), "ATU_IS_REPORT_OPTION");
-    s.str(QStringLiteral("reportoptions"), "ATU_REPORT_OPTIONS");
-    s.num(QStringLiteral("comparaison"), "ATU_COMPARE");
-}
-
-void writeSystemTesting(SettingsWriter& s)
-{
-    s.paths(QStringLiteral("st_interface_files"), "ATS_INTERFACE_FILES");
-    s.str(QStringLiteral("st_allocation"), "ATS_ALLOCATION");
-    s.num(QStringLiteral("st_notShared"), "ATS_NOTSHARED");
-    s.num(QStringLiteral("st_thread"), "ATS_THREAD");
-    if (s.isOn(QStringLiteral("st_thread")))
-        s.str(QStringLiteral("st_thread_function"), "ATS_THREAD_FUNCTION");
-    s.str(QStringLiteral("st_trace"), "ATS_TRACE");
-    s.num(QStringLiteral("st_trace_circular"), "ATS_TRACE_CIRCULAR");
-    s.num(QStringLiteral("st_bufsize"), "ATS_BUFSIZE");
-    s.str(QStringLiteral("st_values"), "ATS_VAL_DISP");
-    s.str(QStringLiteral("st_repform"), "ATS_RA");
-    s.num(QStringLiteral("st_time"), "ATS_TIME_STAMP");
-    s.num(QStringLiteral("st_dynfol"), "ATS_DYN_FOLLOW");
-    s.num(QStringLiteral("st_item_buf"), "ATS_RT_BUFFER");
-    s.num(QStringLiteral("st_item_buf_size"), "ATS_BUFFER_SIZE");
-    s.num(QStringLiteral("st_dtrack"), "ATS_DYNFLW");
-    s.num(QStringLiteral("st_dtrack_buf_size"), "ATS_TAGTBUF_SIZE");
-    s.num(QStringLiteral("st_custom"), "ATS_PROBE_CUSTOM");
-    s.num(QStringLiteral("st_custom_type"), "ATS_PROBE_CUSTOM_TYPE");
-    s.str(QStringLiteral("st_addOptions"), "ATS_ADD_OPTIONS");
-    s.str(QStringLiteral("st_replay_cmdline_args"), "ATS_REPLAY_CMDLINE_ARGS");
-    s.num(QStringLiteral("st_interrecv_timeout"), "ATS_INTERRECV_TIMEOUT");
-}
-
-void writeInstrumentation(SettingsWriter& s)
-{
-    s.num(QStringLiteral("fdc_name_opt"), "ATG_FDC_NAME_OPT");
-    s.path(QStringLiteral("fdc_value"), "ATG_FDC_VALUE");
-    s.num(QStringLiteral("tsf_name_opt"), "ATG_TSF_NAME_OPT");
-    s.path(QStringLiteral("tsf_value"), "ATG_TSF_VALUE");
-    s.paths(QStringLiteral("tsf_selective_file"), "ATG_SELECTIVE_FILES");
-    s.paths(QStringLiteral("tsf_selective_class"), "ATG_SELECTIVE_CLASS");
-    s.paths(QStringLiteral("exclude_dir"), "ATG_EXCLUDED_DIRS");
-    s.paths(QStringLiteral("dump_incoming_list"), "ATG_DUMP_INCOMING_LIST");
-    s.paths(QStringLiteral("dump_returning_list"), "ATG_DUMP_RETURNING_LIST");
-    s.paths(QStringLiteral("dump_calling_list"), "ATG_DUMP_CALLING_LIST");
-    s.num(QStringLiteral("no_header_instr"), "ATG_HEADER_INSTR");
-    s.num(QStringLiteral("instantiate_template"), "ATG_INSTANTIATE_TEMPLATE");
-    s.str(QStringLiteral("misc_options"), "ATG_MISC_OPTIONS");
+    s.lines(section);
 }
 
 void writeCodeCoverage(QAStNode* node, SettingsWriter& s)
 {
-    s.num(QStringLiteral("atc_instr_functions"), "ATC_INSTR_FUNCTIONS");
-    s.num(QStringLiteral("atc_instr_calls"), "ATC_INSTR_CALLS");
-    s.num(QStringLiteral("atc_instr_blocks"), "ATC_INSTR_BLOCKS");
-    s.num(QStringLiteral("atc_instr_conditions"), "ATC_INSTR_CONDITIONS");
+    const char* const section = "Code coverage";
+    s.lines(section);
     s.pathValue("ATC_TIO_NAME", resultFile(s, node, ".tio"));
-    s.num(QStringLiteral("atc_selective_no_ternary"), "ATC_SELECTIVE_TERNARY");
-    s.num(QStringLiteral("atc_selective_no_inline"), "ATC_SELECTIVE_INLINE");
-    s.num(QStringLiteral("atc_selective_no_included"), "ATC_SELECTIVE_INCLUDED");
-    s.strs(QStringLiteral("atc_selective_functions_list"), "ATC_SELECTIVE_FUNCTIONS_LIST");
-    s.num(QStringLiteral("atc_selective_spec"), "ATC_SELECTIVE_SPEC");
-    s.num(QStringLiteral("atc_information"), "ATC_INFORMATION");
-    s.str(QStringLiteral("atc_instr_ctrl_prefixe"), "ATC_INSTR_CTRL_PREFIX");
-    s.num(QStringLiteral("atc_instr_ctrl_suffixe"), "ATC_INSTR_CTRL_SUFFIX");
-    s.num(QStringLiteral("atc_no_metrics"), "ATC_METRICS");
-    s.str(QStringLiteral("atc_user_comment"), "ATC_USER_COMMENT");
-    s.num(QStringLiteral("atc_dump_driver"), "ATC_DUMP_DRIVER");
+    s.lines(section);
 }
 
 void writeRuntimeTracing(QAStNode* node, SettingsWriter& s)
 {
+    const char* const section = "Runtime tracing";
     s.pathValue("ATT_TDF_NAME", resultFile(s, node, ".tdf"));
-    s.num(QStringLiteral("att_calling_sequenced"), "ATT_CALLING_SEQUENCED");
-    s.num(QStringLiteral("att_aggregate_traces"), "ATT_AGGREGATE_TRACES");
-    s.num(QStringLiteral("att_template_notes"), "ATT_TEMPLATE_NOTES");
-    s.num(QStringLiteral("att_split"), "ATT_SPLIT");
-    s.num(QStringLiteral("att_split_size"), "ATT_SPLIT_SIZE");
+    s.lines(section);
     s.strValue("ATT_SPLIT_PREFIX", s.textOr(QStringLiteral("att_split_prefixe"), QStringLiteral("att")));
-    s.num(QStringLiteral("att_loop"), "ATT_LOOP");
-    s.str(QStringLiteral("att_loop_options"), "ATT_LOOP_FLAGS");
-    s.num(QStringLiteral("att_record_max_stack"), "ATT_RECORD_MAX_STACK");
-    s.num(QStringLiteral("att_on_fly"), "ATT_ON_THE_FLY");
-    s.num(QStringLiteral("att_item_buffer"), "ATT_ITEM_BUFFER");
-    s.num(QStringLiteral("att_item_buffer_size"), "ATT_ITEM_BUFFER_SIZE");
-    s.num(QStringLiteral("att_partial_dump"), "ATT_PARTIAL_DUMP");
-    s.num(QStringLiteral("att_signal_action"), "ATT_SIGNAL_ACTION");
-    s.num(QStringLiteral("att_time_stamp"), "ATT_TIMESTAMP");
-    s.num(QStringLiteral("att_heap_size"), "ATT_HEAP_SIZE");
-    s.num(QStringLiteral("att_thread_info"), "ATT_THREAD_INFO");
+    s.lines(section);
 }
 
-void writeMemoryProfiling(QAStNode* node, SettingsWriter& s)
+void writeProfiling(QAStNode* node, SettingsWriter& s)
 {
     s.pathValue("ATP_TPF_NAME", resultFile(s, node, ".tpf"));
-    s.strs(QStringLiteral("atp_instr_ctrl"), "ATP_INSTR_CTRL_LIST");
-    s.num(QStringLiteral("atp_errors_fiu"), "ATP_REPORTS_FIU");
-    s.num(QStringLiteral("atp_errors_miu"), "ATP_REPORTS_MIU");
-    s.num(QStringLiteral("atp_errors_sig"), "ATP_REPORTS_SIG");
-    s.num(QStringLiteral("atp_fmwl"), "ATP_REPORTS_FFM_FMWL");
-    if (s.isOn(QStringLiteral("atp_fmwl"))) {
-        s.num(QStringLiteral("atp_fmwl_queue_len"), "ATP_MAX_FREEQ_LENGTH");
-        s.num(QStringLiteral("atp_fmwl_queue_size"), "ATP_MAX_FREEQ_SIZE");
-    }
-    s.num(QStringLiteral("atp_abwl"), "ATP_REPORTS_ABWL");
-    s.num(QStringLiteral("atp_abwl_zone_size"), "ATP_RED_ZONE_SIZE");
-    s.num(QStringLiteral("atp_call_stack"), "ATP_CALL_STACK_SIZE");
-}
-
-void writeJavaProfiling(SettingsWriter& s)
-{
-    s.num(QStringLiteral("javaObjectHashSize"), "JAVA_OBJECT_HASH_SIZE");
-    s.num(QStringLiteral("javaClassHashSize"), "JAVA_CLASS_HASH_SIZE");
-    s.str(QStringLiteral("javaTrigger"), "JAVA_TRIGGER");
-    s.num(QStringLiteral("javaHitKey"), "JAVA_HIT_KEY");
-    s.num(QStringLiteral("javaNextGC"), "JAVA_NEXT_GC");
-    s.str(QStringLiteral("javaStudioIPAdress"), "JAVA_STUDIO_IP_ADRESS");
-    s.str(QStringLiteral("javaStudioPortNb"), "JAVA_STUDIO_PORT_NB");
-    s.path(QStringLiteral("javaTpfFileName"), "JAVA_TPF_FILENAME");
-    s.path(QStringLiteral("javaTsfFileName"), "JAVA_TSF_FILENAME");
-    s.strs(QStringLiteral("javaPackageAnalyze"), "JAVA_PACKAGE_ANALYZE");
-    s.strs(QStringLiteral("javaAnalyze"), "JAVA_ANALYZE");
-    s.strs(QStringLiteral("javaAnalyzeAlloc"), "JAVA_ANALYZE_ALLOC");
-    s.str(QStringLiteral("javaFilterOption"), "JAVA_FILTER_OPTION");
+    s.lines("Memory profiling");
+    s.lines("Java profiling");
+    s.pathValue("ATQ_TQF_NAME", resultFile(s, node, ".tqf"));
+    s.lines("Performance profiling");
 }
 
 // Step 27. Each runtime analysis needs its switch and a target that
 // supports it (a package that cannot be found supports everything: its
 // own error line tells the driver); the language-bound ones need their
 // languages. docs/formats/environment-script.md gives the table.
-void writeModes(QAStNode* node, QAStConfiguration* c, const QAStTargetPackage* package,
-                SettingsWriter& s)
+void writeModes(QString& out, QAStNode* node, QAStConfiguration* c, const QAStTargetPackage* package,
+                const SettingsWriter& s)
 {
+    const auto line = [&out](const char* var, qlonglong value) {
+        appendNumber(out, QLatin1String(var), value);
+    };
     const auto inside = [node](const char* className) {
         return qlonglong(selfOrParentOfClass(node, className) != nullptr);
     };
-    s.numberValue("ATOMODE", inside("QAStNodeObjectTesting"));
-    s.numberValue("ATUMODE", inside("QAStNodeUnitTesting"));
-    s.numberValue("ATSMODE", inside("QAStNodeSystemTesting"));
-    s.numberValue("ATJMODE", inside("QAStNodeJavaTesting"));
+    line("ATOMODE", inside("QAStNodeObjectTesting"));
+    line("ATUMODE", inside("QAStNodeUnitTesting"));
+    line("ATSMODE", inside("QAStNodeSystemTesting"));
+    line("ATJMODE", inside("QAStNodeJavaTesting"));
 
     const int language = c->languageType();
     const auto supports = [package](QAStTargetPackage::Feature feature) {
@@ -895,24 +1047,19 @@ void writeModes(QAStNode* node, QAStConfiguration* c, const QAStTargetPackage* p
     };
     const int native = QAStTargetPackage::LanguageC | QAStTargetPackage::LanguageCpp |
                        QAStTargetPackage::LanguageAda;
-    s.numberValue("ATPMODE", mode("memoryProfiling", supports(QAStTargetPackage::MemoryProfiling)));
-    s.numberValue("ATQMODE",
-                  mode("performanceProfiling", supports(QAStTargetPackage::PerformanceProfiling)));
-    s.numberValue("ATCMODE", mode("codeCoverage", supports(QAStTargetPackage::CodeCoverage)));
-    s.numberValue("ATTMODE", mode("runtimeTracing", supports(QAStTargetPackage::RuntimeTracing)));
-    s.numberValue("ATKMODE", mode("contractCheck", language == QAStTargetPackage::LanguageCpp));
-    s.numberValue("ATMMODE", mode("staticMetrics", (language & native) != 0));
-    s.numberValue("MISRA_MODE", mode("misraCheck", language == QAStTargetPackage::LanguageC));
-    s.numberValue("ATS_PROBE", mode("systemTestingProbes", (language & native) != 0));
+    line("ATPMODE", mode("memoryProfiling", supports(QAStTargetPackage::MemoryProfiling)));
+    line("ATQMODE", mode("performanceProfiling", supports(QAStTargetPackage::PerformanceProfiling)));
+    line("ATCMODE", mode("codeCoverage", supports(QAStTargetPackage::CodeCoverage)));
+    line("ATTMODE", mode("runtimeTracing", supports(QAStTargetPackage::RuntimeTracing)));
+    line("ATKMODE", mode("contractCheck", language == QAStTargetPackage::LanguageCpp));
+    line("ATMMODE", mode("staticMetrics", (language & native) != 0));
+    line("MISRA_MODE", mode("misraCheck", language == QAStTargetPackage::LanguageC));
+    line("ATS_PROBE", mode("systemTestingProbes", (language & native) != 0));
 }
 
-void writeMisra(QAStNode* node, SettingsWriter& s)
+void writeMetrics(QAStNode* node, SettingsWriter& s)
 {
-    s.num(QStringLiteral("javaStub"), "JAVA_STUB");
-    s.num(QStringLiteral("javaDisplay"), "JAVA_DISPLAY");
-    s.num(QStringLiteral("metOneLevel"), "MET_ONE_LEVEL");
-    s.paths(QStringLiteral("metRestrictDir"), "MET_RESTRICT_DIR");
-
+    s.lines("Metrics");
     QString conf = s.text(QStringLiteral("misraconf"));
     if (conf == defaultValue) {
         conf = QAInstall::installPath(QAStData::installDir(), QStringLiteral("Common/lib/confrule.xml"));
@@ -934,21 +1081,12 @@ void writePreferences(QString& out)
                                   : QLatin1String("$ENV{'ZELTASTUDIO_VERBOSE'} = '0';\n");
 }
 
-// How a build compiles (jobs at once) and how a test's output tells its
-// checks.
-void writeBuildAndTestOutput(SettingsWriter& s)
-{
-    s.num(QStringLiteral("buildJobs"), "BUILD_JOBS");
-    s.strs(QStringLiteral("testFailurePatterns"), "TEST_FAILURE_PATTERNS");
-    s.strs(QStringLiteral("testPassPatterns"), "TEST_PASS_PATTERNS");
-}
-
 bool generateCommonPart(QString& out, QAStData* item)
 {
     appendHeader(out, QAInstall::nativePlatform());
     writeInstallation(out);
     if (!item) {
-        qWarning("%s", noNode);
+        qCWarning(lcProject, "%s", noNode);
         return false;
     }
     writeProject(out, item);
@@ -958,7 +1096,7 @@ bool generateCommonPart(QString& out, QAStData* item)
     auto* node = qobject_cast<QAStNode*>(item);
     QAStConfiguration* c = node ? node->currentConfiguration() : nullptr;
     if (!c) {
-        qWarning("%s", noConfiguration);
+        qCWarning(lcProject, "%s", noConfiguration);
         return false;
     }
     writeSources(out, node);
@@ -973,24 +1111,21 @@ bool generateCommonPart(QString& out, QAStData* item)
     writeSettings(node, s);
     writeEnvironmentVariables(out, node, s);
     writeTestProgram(node, s);
-    writeRuntime(s);
-    writeResultsFile(node, s);
+    writeRuntime(node, s);
     writeJava(node, s);
     writeObjectTesting(node, s);
-    writeContractCheck(s);
+    s.lines("Class assertions");
     writeUnitTesting(node, s);
-    writeSystemTesting(s);
-    writeInstrumentation(s);
+    s.lines("System testing");
+    s.lines("Instrumentation");
     writeCodeCoverage(node, s);
     writeRuntimeTracing(node, s);
-    writeMemoryProfiling(node, s);
-    writeJavaProfiling(s);
-    s.pathValue("ATQ_TQF_NAME", resultFile(s, node, ".tqf"));
-    s.num(QStringLiteral("atq_dump_driver"), "ATQ_DUMP_DRIVER");
-    writeModes(node, c, package, s);
-    writeMisra(node, s);
+    writeProfiling(node, s);
+    writeModes(out, node, c, package, s);
+    writeMetrics(node, s);
     writePreferences(out);
-    writeBuildAndTestOutput(s);
+    s.lines("Build and test output");
+    s.finish();
     return true;
 }
 
@@ -1082,7 +1217,7 @@ void QAStPerlGen::writeApplicationFiles(QTextStream& out, QAStNode* node)
     QStringList oti;
     const QString type = QStringLiteral("OTI");
     for (const QAStData* item : node->childrenOfClass("QAStNode", true)) {
-        if (!item->inherits("QAStNodeTestScript") && !item->inherits("QAStNodeLink"))
+        if (!qobject_cast<const QAStNodeTestScript*>(item) && !qobject_cast<const QAStNodeLink*>(item))
             continue;
         for (const QString& file : outputFilesOf(item, type, false)) {
             if (!oti.contains(file))
@@ -1127,7 +1262,12 @@ QVariant QAStPerlGen::settingValue(const QAStConfiguration* c, const QString& ke
 
 QString QAStPerlGen::targetPackageNotFoundText()
 {
-    return tr(packageNotFound);
+    return QATr::project(packageNotFound);
+}
+
+QList<QAStPerlGen::SettingLine> QAStPerlGen::settingLines()
+{
+    return QList<SettingLine>(std::begin(settingTable), std::end(settingTable));
 }
 
 void QAStPerlGen::createEnvironmentFile(QTextStream& out, QAStData* item)
@@ -1141,7 +1281,7 @@ void QAStPerlGen::createEnvironmentFile(QTextStream& out, QAStData* item)
     if (!lost.isEmpty()) {
         const QString encodingName = QLatin1String(QStringConverter::nameForEncoding(encoding));
         QAStData::displayMessage(QAStData::MessageConsole,
-                                 tr(unencodable).arg(item->name(), lost.join(QLatin1String(", ")),
+                                 QATr::project(unencodable).arg(item->name(), lost.join(QLatin1String(", ")),
                                                      encodingName));
     }
     out.setEncoding(encoding);

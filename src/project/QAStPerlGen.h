@@ -116,4 +116,27 @@ public:
     // The value written as both target directories when the target package
     // cannot be found; %1 the package name.
     static QString targetPackageNotFoundText();
+
+    // --- the settings part of the common part (steps 11 to 32 of
+    // docs/formats/environment-script.md, whose tables list these rows)
+
+    // How a line writes its value: N, S (free text or a path) or L (of
+    // paths or of free text). Paths are rebased as settingPath says.
+    enum class Form { Number, String, Path, PathList, StringList };
+    // When a line is written: always, only when its setting is not empty,
+    // or only when the switch named beside it is on.
+    enum class When { Always, IfSet, IfOn };
+    // A line of the settings part. A row without a key is a line computed
+    // from other values, written by the code between the table's runs; it
+    // stands in the table so that the table gives every line in order.
+    struct SettingLine {
+        const char* section;
+        const char* key;      // the settings descriptor's key; null when computed
+        const char* variable; // without "$" or "@"
+        Form form;
+        When when = When::Always;
+        const char* switchKey = nullptr; // for IfOn
+    };
+    // The rows in the order they are written.
+    static QList<SettingLine> settingLines();
 };

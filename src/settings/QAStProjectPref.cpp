@@ -3,41 +3,56 @@
 #include "QAHost.h"
 #include "QAInstall.h"
 #include "QARes.h"
+#include "QATr.h"
 #include "QAXML.h"
 
-#include <QCoreApplication>
 #include <QSettings>
+#include <QVariant>
+
+#include <variant>
+
+struct QAStProjectPref::Value {
+    const char* key;
+    std::variant<bool QAStProjectPref::*, QStringList QAStProjectPref::*, QString QAStProjectPref::*> member;
+    QVariant initial;
+};
 
 namespace {
 
-const char* const autoTagKey = "autoTag";
-const char* const calcMetKey = "calcMet";
-const char* const verboseKey = "verbose";
-const char* const isTestNodeKey = "isTestNode";
-const char* const useRelativePathKey = "useRelativePath";
-const char* const keepLastExecResultsKey = "keepLastExecResults";
-const char* const useDefaultTdpDirKey = "useDefaultTdpDir";
-const char* const tdpDirListKey = "tdpDirList";
+// fileTypes is an array of entries of two fields in QSettings, a list of
+// "type=patterns" strings in the resource form.
 const char* const fileTypesKey = "fileTypes";
-const char* const encodingNameKey = "encodingName";
-// Entry fields of the fileTypes array.
 const char* const typeNameKey = "type";
 const char* const patternsKey = "patterns";
 
-void loadBool(QSettings& settings, const char* key, bool& value)
+// A preference's value from a QVariant of any form QVariant converts.
+template <typename T>
+void assign(T& value, const QVariant& from)
 {
-    value = settings.value(QLatin1String(key), value).toBool();
+    value = from.value<T>();
 }
 
-void loadBool(const QARes* res, const char* key, bool& value)
+// A preference's value from a resource entry: a switch from a Boolean or
+// a text, a list from a list of strings, a text from a string. An entry of
+// another form leaves the value as it is.
+void read(const QARes* r, bool& value)
 {
-    const QARes* r = res->find(QLatin1String(key));
-    if (!r)
-        return;
     if (r->isBoolean())
         value = r->toResBoolean()->value();
     else if (r->isString())
         value = QAXML::toBool(r->toResString()->value());
+}
+
+void read(const QARes* r, QStringList& value)
+{
+    if (r->isListOf(QARes::String))
+        value = r->toResList()->strings();
+}
+
+void read(const QARes* r, QString& value)
+{
+    if (r->isString())
+        value = r->toResString()->value();
 }
 
 // A resource list of "type=patterns" strings.
@@ -53,6 +68,22 @@ QMap<QString, QString> fileTypesFromStrings(const QStringList& entries)
 
 }
 
+const QList<QAStProjectPref::Value>& QAStProjectPref::values()
+{
+    static const QList<Value> table{
+        {"autoTag", &QAStProjectPref::m_autoTag, true},
+        {"calcMet", &QAStProjectPref::m_calcMet, false},
+        {"verbose", &QAStProjectPref::m_verbose, false},
+        {"isTestNode", &QAStProjectPref::m_isTestNode, false},
+        {"useRelativePath", &QAStProjectPref::m_useRelativePath, true},
+        {"keepLastExecResults", &QAStProjectPref::m_keepLastExecResults, true},
+        {"useDefaultTdpDir", &QAStProjectPref::m_useDefaultTdpDir, true},
+        {"tdpDirList", &QAStProjectPref::m_tdpDirList, QStringList()},
+        {"encodingName", &QAStProjectPref::m_encodingName, QString()},
+    };
+    return table;
+}
+
 QAStProjectPref::QAStProjectPref()
 {
     resetToDefaults();
@@ -60,16 +91,10 @@ QAStProjectPref::QAStProjectPref()
 
 void QAStProjectPref::resetToDefaults()
 {
-    m_autoTag = true;
-    m_calcMet = false;
-    m_verbose = false;
-    m_isTestNode = false;
-    m_useRelativePath = true;
-    m_keepLastExecResults = true;
-    m_useDefaultTdpDir = true;
-    m_tdpDirList.clear();
+    for (const Value& v : values()) {
+        std::visit([&](auto member) { assign(this->*member, v.initial); }, v.member);
+    }
     m_fileTypes.clear();
-    m_encodingName.clear();
 }
 
 QAStProjectPref* QAStProjectPref::instance()
@@ -112,15 +137,11 @@ bool QAStProjectPref::save() const
 
 void QAStProjectPref::load(QSettings& settings)
 {
-    loadBool(settings, autoTagKey, m_autoTag);
-    loadBool(settings, calcMetKey, m_calcMet);
-    loadBool(settings, verboseKey, m_verbose);
-    loadBool(settings, isTestNodeKey, m_isTestNode);
-    loadBool(settings, useRelativePathKey, m_useRelativePath);
-    loadBool(settings, keepLastExecResultsKey, m_keepLastExecResults);
-    loadBool(settings, useDefaultTdpDirKey, m_useDefaultTdpDir);
-    m_tdpDirList = settings.value(QLatin1String(tdpDirListKey), m_tdpDirList).toStringList();
-    m_encodingName = settings.value(QLatin1String(encodingNameKey), m_encodingName).toString();
+    for (const Value& v : values()) {
+        std::visit([&](auto member) {
+            assign(this->*member, settings.value(QLatin1String(v.key), QVariant::fromValue(this->*member)));
+        }, v.member);
+    }
     if (settings.childGroups().contains(QLatin1String(fileTypesKey))) {
         m_fileTypes.clear();
         const int n = settings.beginReadArray(QLatin1String(fileTypesKey));
@@ -135,15 +156,11 @@ void QAStProjectPref::load(QSettings& settings)
 
 bool QAStProjectPref::save(QSettings& settings) const
 {
-    settings.setValue(QLatin1String(autoTagKey), m_autoTag);
-    settings.setValue(QLatin1String(calcMetKey), m_calcMet);
-    settings.setValue(QLatin1String(verboseKey), m_verbose);
-    settings.setValue(QLatin1String(isTestNodeKey), m_isTestNode);
-    settings.setValue(QLatin1String(useRelativePathKey), m_useRelativePath);
-    settings.setValue(QLatin1String(keepLastExecResultsKey), m_keepLastExecResults);
-    settings.setValue(QLatin1String(useDefaultTdpDirKey), m_useDefaultTdpDir);
-    settings.setValue(QLatin1String(tdpDirListKey), m_tdpDirList);
-    settings.setValue(QLatin1String(encodingNameKey), m_encodingName);
+    for (const Value& v : values()) {
+        std::visit([&](auto member) {
+            settings.setValue(QLatin1String(v.key), QVariant::fromValue(this->*member));
+        }, v.member);
+    }
     settings.remove(QLatin1String(fileTypesKey));
     settings.beginWriteArray(QLatin1String(fileTypesKey), int(m_fileTypes.size()));
     int i = 0;
@@ -157,8 +174,7 @@ bool QAStProjectPref::save(QSettings& settings) const
     if (settings.status() == QSettings::NoError)
         return true;
     QAHost::displayMessage(QAHost::MessageConsole,
-                             QCoreApplication::translate("QAStProjectPref",
-                                                         "Unable to save the preferences in %1\n")
+                             QATr::settings("Unable to save the preferences in %1\n")
                                  .arg(settings.fileName()));
     return false;
 }
@@ -167,17 +183,10 @@ void QAStProjectPref::load(const QARes* res)
 {
     if (!res)
         return;
-    loadBool(res, autoTagKey, m_autoTag);
-    loadBool(res, calcMetKey, m_calcMet);
-    loadBool(res, verboseKey, m_verbose);
-    loadBool(res, isTestNodeKey, m_isTestNode);
-    loadBool(res, useRelativePathKey, m_useRelativePath);
-    loadBool(res, keepLastExecResultsKey, m_keepLastExecResults);
-    loadBool(res, useDefaultTdpDirKey, m_useDefaultTdpDir);
-    if (const QARes* r = res->find(QLatin1String(tdpDirListKey)); r && r->isListOf(QARes::String))
-        m_tdpDirList = r->toResList()->strings();
+    for (const Value& v : values()) {
+        if (const QARes* r = res->find(QLatin1String(v.key)))
+            std::visit([&](auto member) { read(r, this->*member); }, v.member);
+    }
     if (const QARes* r = res->find(QLatin1String(fileTypesKey)); r && r->isListOf(QARes::String))
         m_fileTypes = fileTypesFromStrings(r->toResList()->strings());
-    if (const QARes* r = res->find(QLatin1String(encodingNameKey)); r && r->isString())
-        m_encodingName = r->toResString()->value();
 }

@@ -2,6 +2,7 @@
 
 #include "sdk110_export.h"
 
+#include <QList>
 #include <QMap>
 #include <QString>
 #include <QStringList>
@@ -14,20 +15,8 @@ class QSettings;
 // Stored with QSettings, organisation "Korvil", application "sdk110": on
 // Linux $XDG_CONFIG_HOME/Korvil/sdk110.conf, on Windows the registry. The
 // older resource form (QAStData::initialize) uses the same key names.
-//
-// Defaults:
-//   autoTag              true   tag source files when they are added
-//   calcMet              false  compute metrics when analysing
-//   verbose              false  verbose driver scripts
-//   isTestNode           false
-//   useRelativePath      true   store paths relative to the project
-//   keepLastExecResults  true
-//   useDefaultTdpDir     true   scan the installation's targets directory
-//   tdpDirList           empty  further target package directories
-//   fileTypes            empty  user file types: type name -> wildcard
-//                               patterns separated by ";"
-//   encodingName         unset  encoding of the sources and of the environment
-//                               script; unset means UTF-8
+// The keys, their forms and defaults are one table in the source, which
+// docs/ARCHITECTURE.md (Preferences) lists.
 class SDK110_EXPORT QAStProjectPref {
 public:
     QAStProjectPref();
@@ -52,6 +41,7 @@ public:
     void setUseDefaultTdpDir(bool on) { m_useDefaultTdpDir = on; }
     QStringList tdpDirList() const { return m_tdpDirList; }
     void setTdpDirList(const QStringList& dirs) { m_tdpDirList = dirs; }
+    // User file types: type name -> wildcard patterns separated by ";".
     QMap<QString, QString> fileTypes() const { return m_fileTypes; }
     void setFileTypes(const QMap<QString, QString>& types) { m_fileTypes = types; }
     // The name set, "UTF-8" while none is.
@@ -78,6 +68,11 @@ public:
     void load(const QARes* res);
 
 private:
+    // A preference of one value (every one but fileTypes): its key, the
+    // member holding it, whose type is its form, and its default.
+    struct Value;
+    static const QList<Value>& values();
+
     bool m_autoTag;
     bool m_calcMet;
     bool m_verbose;
