@@ -9,31 +9,32 @@
 #include "TestFiles.h"
 #include "TestPaths.h"
 
+using namespace Qt::StringLiterals;
+
 namespace TagFixtures {
 
 namespace {
 QString kindOf(const QAStATag* tag)
 {
     if (qobject_cast<const QAStAMethodTag*>(tag))
-        return QStringLiteral("method");
+        return u"method"_s;
     if (qobject_cast<const QAStAFunctionTag*>(tag))
-        return QStringLiteral("function");
+        return u"function"_s;
     if (qobject_cast<const QAStAClassTag*>(tag))
-        return QStringLiteral("class");
+        return u"class"_s;
     if (qobject_cast<const QAStAStructTag*>(tag))
-        return QStringLiteral("struct");
+        return u"struct"_s;
     if (qobject_cast<const QAStAPackageTag*>(tag))
-        return QStringLiteral("package");
-    return QStringLiteral("tag");
+        return u"package"_s;
+    return u"tag"_s;
 }
 
 void dumpInto(const QAStATag* tag, int depth, QStringList& lines)
 {
     for (const QAStATag* c : tag->children()) {
-        QString line = QString(2 * depth, QLatin1Char(' ')) + kindOf(c) + QLatin1Char(' ') +
-            c->displayName();
+        QString line = QString(2 * depth, QLatin1Char(' ')) + kindOf(c) + QLatin1Char(' ') + c->displayName();
         if (c->qualifier() != 0)
-            line += QStringLiteral(" q") + QString::number(c->qualifier());
+            line += u" q"_s + QString::number(c->qualifier());
         lines.append(line);
         dumpInto(c, depth + 1, lines);
     }
@@ -49,7 +50,7 @@ QStringList dump(const QAStATag* top)
 
 void copySources(const QString& dir)
 {
-    TestFiles::copyTree(TestPaths::data(QStringLiteral("tags")), dir);
+    TestFiles::copyTree(TestPaths::data(u"tags"_s), dir);
 }
 
 QAStFile* tagged(QAStRootFolder& tree, const QString& path)
@@ -57,7 +58,7 @@ QAStFile* tagged(QAStRootFolder& tree, const QString& path)
     const QList<QAStFile*> added = tree.addFiles({path});
     QAStFile* file = added.isEmpty() ? tree.file(path) : added.first();
     if (!file || !file->taggingInformation(false) || !file->lastTaggingSucceeded()) {
-        QTest::qFail(qPrintable(QStringLiteral("tagging failed: ") + path), __FILE__, __LINE__);
+        QTest::qFail(qPrintable(u"tagging failed: "_s + path), __FILE__, __LINE__);
         return nullptr;
     }
     return file;

@@ -3,135 +3,111 @@
 
 #include <QtTest>
 
+using namespace Qt::StringLiterals;
+
 class TestFileTypes : public QObject {
     Q_OBJECT
 private slots:
-    void init();
-    void cleanup();
+    void init()
+    {
+        QAStData::preferences()->setFileTypes({{u"Scripts"_s, u" *.sh ; *.bash;"_s}, {u"Docs"_s, u"*.md"_s}});
+    }
 
-    void typeOfAName_data();
-    void typeOfAName();
-    void userPatternsFollowThePreferences();
-    void languageOfAFile_data();
-    void languageOfAFile();
-    void filters_data();
-    void filters();
+    void cleanup()
+    {
+        QAStData::preferences()->setFileTypes({});
+    }
+
+    void typeOfAName_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<int>("type");
+        const QList<QPair<const char*, int>> rows = {
+            {"report.xrd", 4},      {"t.PTU", 5},          {"s.pts", 6},
+            // the supervision scripts stop at the first of their two rows
+            {"sup.spv", 7},         {"x.otd", 8},          {"x.Stb", 8},
+            // "*.tsf" always gives runtime tracing
+            {"all.tsf", 19},        {"t.tdf", 19},         {"c.tio", 20},
+            {"m.txf", 21},          {"p.tqf", 22},         {"g.rtx", 23},
+            {"a.spt", 24},          {"calc.rtp", 0},       {"v.dsp", 1},
+            {"w.rtw", 2},           {"a.c", 10},
+            // case is ignored: an upper-case C is a C file, before C++
+            {"a.C", 10},            {"a.cpp", 12},         {"a.CC", 12},
+            {"b.cxx", 12},          {"b.cc", 12},          {"A.JAVA", 15},
+            {"m.mdl", 16},          {"x.mat", 16},         {"p.adb", 14},
+            {"p.ads", 14},          {"p.ada", 14},         {"a.h", 9},
+            {"a.H", 9},             {"a.hpp", 9},          {"a.hxx", 9},
+            {"MAKEFILE.old", 17},   {"makefile", 17},      {"rules.mk", 17},
+            {"x.MAK", 17},          {"GNUmakefile", 27},   {"data.CSV", 25},
+            {"notes.txt", 27},      {"", 27},              {"c", 27},
+            {"/src/x.c/readme", 27}, {"/src/x.adb", 14},   {"C:\\src\\main.cpp", 12},
+            // the user's types come after the table
+            {"run.sh", 26},         {"RUN.BASH", 26},      {"notes.md", 26},
+            {"make.sh.c", 10},      {"x.shell", 27},
+        };
+        for (const auto& row : rows)
+            QTest::newRow(row.first[0] ? row.first : "empty") << QString::fromLatin1(row.first) << row.second;
+    }
+    void typeOfAName()
+    {
+        QFETCH(QString, name);
+        QTEST(int(QAStFile::fileType(name)), "type");
+    }
+
+    void userPatternsFollowThePreferences()
+    {
+        QCOMPARE(QAStFile::fileType(u"a.sh"_s), QAStFile::UserFile);
+        QAStData::preferences()->setFileTypes({{u"Logs"_s, u"*.log"_s}});
+        QCOMPARE(QAStFile::fileType(u"a.sh"_s), QAStFile::UnknownFile);
+        QCOMPARE(QAStFile::fileType(u"A.LOG"_s), QAStFile::UserFile);
+        QAStData::preferences()->setFileTypes({});
+        QCOMPARE(QAStFile::fileType(u"a.log"_s), QAStFile::UnknownFile);
+    }
+
+    void languageOfAFile_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<int>("language");
+        QTest::newRow("C") << "/p/a.c" << 1;
+        QTest::newRow("upper-case C") << "/p/a.C" << 1;
+        QTest::newRow("C++") << "/p/a.cxx" << 2;
+        QTest::newRow("Ada") << "/p/a.ads" << 4;
+        QTest::newRow("Java") << "/p/A.java" << 8;
+        QTest::newRow("header") << "/p/a.h" << 0;
+        QTest::newRow("test script") << "/p/a.ptu" << 0;
+        QTest::newRow("user type") << "/p/a.sh" << 0;
+    }
+    void languageOfAFile()
+    {
+        QFETCH(QString, path);
+        QFETCH(int, language);
+        QCOMPARE(QAStFile::languageType(path), language);
+        QAStFile file(path);
+        QCOMPARE(file.language(), language);
+        QAStATag tag(u"t"_s, QPixmap(), path, 1, &file);
+        QCOMPARE(tag.language(), language);
+    }
+
+    void filters_data()
+    {
+        QTest::addColumn<QList<int>>("types");
+        QTest::addColumn<QString>("filter");
+        QTest::newRow("second supervision row") << QList<int>{18} << "System Testing Supervision Scripts (*.spv)";
+        QTest::newRow("user types") << QList<int>{26} << "Docs (*.md);;Scripts (*.sh *.bash)";
+        QTest::newRow("outside the table") << QList<int>{99} << "";
+        QTest::newRow("several") << QList<int>{15, 99, 9, 27}
+                                 << "All Java Files (*.java);;Header Files (*.h *.hh *.hpp *.hxx *.H);;"
+                                    "All Files (*)";
+    }
+    void filters()
+    {
+        QFETCH(QList<int>, types);
+        QFETCH(QString, filter);
+        if (types.size() == 1)
+            QCOMPARE(QAStFile::fileTypeFilter(types.first()), filter);
+        QCOMPARE(QAStFile::fileTypeFilter(types), filter);
+    }
 };
-
-void TestFileTypes::init()
-{
-    QAStData::preferences()->setFileTypes({{QStringLiteral("Scripts"), QStringLiteral(" *.sh ; *.bash;")},
-                                           {QStringLiteral("Docs"), QStringLiteral("*.md")}});
-}
-
-void TestFileTypes::cleanup()
-{
-    QAStData::preferences()->setFileTypes({});
-}
-
-void TestFileTypes::typeOfAName_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<int>("type");
-    const QList<QPair<const char*, int>> rows = {
-        {"report.xrd", 4},      {"t.PTU", 5},          {"s.pts", 6},
-        // the supervision scripts stop at the first of their two rows
-        {"sup.spv", 7},         {"x.otd", 8},          {"x.Stb", 8},
-        // "*.tsf" always gives runtime tracing
-        {"all.tsf", 19},        {"t.tdf", 19},         {"c.tio", 20},
-        {"m.txf", 21},          {"p.tqf", 22},         {"g.rtx", 23},
-        {"a.spt", 24},          {"calc.rtp", 0},       {"v.dsp", 1},
-        {"w.rtw", 2},           {"a.c", 10},
-        // case is ignored: an upper-case C is a C file, before C++
-        {"a.C", 10},            {"a.cpp", 12},         {"a.CC", 12},
-        {"b.cxx", 12},          {"b.cc", 12},          {"A.JAVA", 15},
-        {"m.mdl", 16},          {"x.mat", 16},         {"p.adb", 14},
-        {"p.ads", 14},          {"p.ada", 14},         {"a.h", 9},
-        {"a.H", 9},             {"a.hpp", 9},          {"a.hxx", 9},
-        {"MAKEFILE.old", 17},   {"makefile", 17},      {"rules.mk", 17},
-        {"x.MAK", 17},          {"GNUmakefile", 27},   {"data.CSV", 25},
-        {"notes.txt", 27},      {"", 27},              {"c", 27},
-        {"/src/x.c/readme", 27}, {"/src/x.adb", 14},   {"C:\\src\\main.cpp", 12},
-        // the user's types come after the table
-        {"run.sh", 26},         {"RUN.BASH", 26},      {"notes.md", 26},
-        {"make.sh.c", 10},      {"x.shell", 27},
-    };
-    for (const auto& row : rows)
-        QTest::newRow(row.first[0] ? row.first : "empty") << QString::fromLatin1(row.first) << row.second;
-}
-
-void TestFileTypes::typeOfAName()
-{
-    QFETCH(QString, name);
-    QTEST(int(QAStFile::fileType(name)), "type");
-}
-
-void TestFileTypes::userPatternsFollowThePreferences()
-{
-    QCOMPARE(QAStFile::fileType(QStringLiteral("a.sh")), QAStFile::UserFile);
-    QAStData::preferences()->setFileTypes({{QStringLiteral("Logs"), QStringLiteral("*.log")}});
-    QCOMPARE(QAStFile::fileType(QStringLiteral("a.sh")), QAStFile::UnknownFile);
-    QCOMPARE(QAStFile::fileType(QStringLiteral("A.LOG")), QAStFile::UserFile);
-    QAStData::preferences()->setFileTypes({});
-    QCOMPARE(QAStFile::fileType(QStringLiteral("a.log")), QAStFile::UnknownFile);
-}
-
-void TestFileTypes::languageOfAFile_data()
-{
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<int>("language");
-    QTest::newRow("C") << "/p/a.c" << 1;
-    QTest::newRow("upper-case C") << "/p/a.C" << 1;
-    QTest::newRow("C++") << "/p/a.cxx" << 2;
-    QTest::newRow("Ada") << "/p/a.ads" << 4;
-    QTest::newRow("Java") << "/p/A.java" << 8;
-    QTest::newRow("header") << "/p/a.h" << 0;
-    QTest::newRow("test script") << "/p/a.ptu" << 0;
-    QTest::newRow("user type") << "/p/a.sh" << 0;
-}
-
-void TestFileTypes::languageOfAFile()
-{
-    QFETCH(QString, path);
-    QFETCH(int, language);
-    QCOMPARE(QAStFile::languageType(path), language);
-    QAStFile file(path);
-    QCOMPARE(file.language(), language);
-    QAStATag tag(QStringLiteral("t"), QPixmap(), path, 1, &file);
-    QCOMPARE(tag.language(), language);
-}
-
-void TestFileTypes::filters_data()
-{
-    QTest::addColumn<QList<int>>("types");
-    QTest::addColumn<QString>("filter");
-    QTest::newRow("C") << QList<int>{10} << "All C Files (*.c)";
-    QTest::newRow("C++") << QList<int>{12} << "All C++ Files (*.cpp *.cxx *.cc *.CC *.C *.c)";
-    QTest::newRow("C and headers")
-        << QList<int>{11} << "All C and Header Files (*.c *.h *.hh *.hpp *.hxx *.H)";
-    QTest::newRow("C++ and headers")
-        << QList<int>{13}
-        << "All C++ and Header Files (*.cpp *.cxx *.cc *.CC *.C *.c *.h *.hh *.hpp *.hxx *.H)";
-    QTest::newRow("all test scripts")
-        << QList<int>{3} << "All Test Scripts (*.otd *.otc *.dcl *.stb *.ptu *.pts)";
-    QTest::newRow("makefile") << QList<int>{17} << "Makefile (Makefile* makefile* *.mak *.mk)";
-    QTest::newRow("second supervision row") << QList<int>{18} << "System Testing Supervision Scripts (*.spv)";
-    QTest::newRow("all files") << QList<int>{27} << "All Files (*)";
-    QTest::newRow("user types") << QList<int>{26} << "Docs (*.md);;Scripts (*.sh *.bash)";
-    QTest::newRow("outside the table") << QList<int>{99} << "";
-    QTest::newRow("several") << QList<int>{15, 99, 9, 27}
-                             << "All Java Files (*.java);;Header Files (*.h *.hh *.hpp *.hxx *.H);;"
-                                "All Files (*)";
-}
-
-void TestFileTypes::filters()
-{
-    QFETCH(QList<int>, types);
-    QFETCH(QString, filter);
-    if (types.size() == 1)
-        QCOMPARE(QAStFile::fileTypeFilter(types.first()), filter);
-    QCOMPARE(QAStFile::fileTypeFilter(types), filter);
-}
 
 QTEST_MAIN(TestFileTypes)
 #include "tst_file_types.moc"

@@ -23,6 +23,8 @@
 #include <cmath>
 #include <memory>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 // Halstead effort from the four counts: V = (N1 + N2) log2(n1 + n2),
@@ -121,16 +123,6 @@ const Unit units[] = {
     {"sub/printer/src/printer.c", "printer_print", 3, 1, 1, 0, 9, 15, 7, 10, 4, 0},
 };
 
-QList<const Unit*> unitsOf(const QString& file)
-{
-    QList<const Unit*> found;
-    for (const Unit& u : units) {
-        if (file == QLatin1String(u.file))
-            found.append(&u);
-    }
-    return found;
-}
-
 // The driver writes two decimals; the tree keeps 32-bit floats.
 bool closeTo(double actual, double expected, double tolerance = 0.006)
 {
@@ -142,286 +134,241 @@ bool closeTo(double actual, double expected, double tolerance = 0.006)
 class TestMetricsExample : public QObject {
     Q_OBJECT
 private slots:
-    void initTestCase();
-    void cleanupTestCase();
+    void initTestCase()
+    {
+        if (QStandardPaths::findExecutable(u"perl"_s).isEmpty())
+            QSKIP("perl is not installed");
+        m_studio = std::make_unique<RecordingStudio>();
+        QAStProject::setModeBatch(true);
+        const QString example = TestPaths::sourceDir() + u"/examples/calculator/"_s;
+        QStringList copies;
+        for (const QString& s : sources) {
+            TestFiles::writeFile(source(s), TestFiles::readFile(example + s));
+            copies << source(s);
+        }
 
-    void functions_data();
-    void functions();
-    void files_data();
-    void files();
-    void aggregatesOverTheFunctionsOfAFile();
-    void aggregatesOverTheFiles();
-    void testingTimes();
-    void queriesOfTheSelectionPage();
+        QAStMetricManager manager(m_dir.filePath(u"metrics"_s));
+        manager.setFileList(copies);
+        QSignalSpy ended(&manager, &QAStMetricManager::computeMetricTerminated);
+        QVERIFY(manager.start());
+        QVERIFY(ended.wait(120000));
+        QVERIFY2(manager.failedFiles().isEmpty(), qPrintable(manager.failedFiles().join(", ")));
+        QVERIFY(manager.state());
+        QCOMPARE(manager.metricFiles().size(), sources.size());
+
+        m_query = std::make_unique<QMetQuery>(manager.metricFiles());
+        m_query->init();
+        QVERIFY(m_query->reader()->errors().isEmpty());
+    }
+
+    void cleanupTestCase()
+    {
+        m_query.reset();
+        QAStProject::setModeBatch(false);
+    }
+
+    void functions_data()
+    {
+        QTest::addColumn<int>("index");
+        for (int i = 0; i < int(std::size(units)); ++i)
+            QTest::addRow("%s", units[i].name) << i;
+    }
+    void functions()
+    {
+        QFETCH(int, index);
+        const Unit& u = units[index];
+        const QMetElement* e = unitElement(u.file, u.name);
+        QVERIFY2(e, "no such function in the metrics file");
+        QCOMPARE(e->type(), u"FUNCTION"_s);
+        QVERIFY2(e->lineNumber() == u.line, "the example changed: count this function again");
+        QCOMPARE(value(e, "VG"), float(u.vg));
+        QCOMPARE(value(e, "Statements"), float(u.statements));
+        QCOMPARE(value(e, "NestedLevel"), float(u.nested));
+        const double expected = effort(u.n1, u.N1, u.n2, u.N2);
+        QVERIFY2(closeTo(value(e, "Effort"), expected),
+                 qPrintable(u"Effort %1, counted %2"_s.arg(value(e, "Effort")).arg(expected)));
+        QCOMPARE(value(e, "Src1"), float(u.src1));
+        QCOMPARE(value(e, "Src2"), float(u.src2));
+    }
+
+    void files_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<int>("vg");
+        QTest::addColumn<int>("statements");
+        QTest::addColumn<int>("nested");
+        QTest::addColumn<double>("effort");  // negative: not counted by hand
+        QTest::addColumn<int>("src1");
+        QTest::addColumn<int>("src2");
+        QTest::addColumn<int>("units");
+
+        // VG 5+5+2+4+4+8+5; Statements the functions' 46, nothing declared
+        // outside them; lines of code 5 preprocessor lines + 7+7+6+9+12+18+10
+        // of the functions; one comment line (41).
+        QTest::newRow("calc.c") << "src/calc.c" << 33 << 46 << 1 << -1.0 << 74 << 1 << 7;
+        // VG 2+7, Statements 7+10; lines of code 5 preprocessor lines, the two
+        // lines of the anonymous namespace and 11+15 of the functions; comment
+        // lines 1 and 2.
+        QTest::newRow("main.cpp") << "src/main.cpp" << 9 << 17 << 1 << -1.0 << 33 << 2 << 2;
+        // No function: VG 0. Statements: the enum's "};" and six prototypes.
+        // Effort over the whole file: operators extern {}x2 enum =x4 ,x12 ;x7
+        // int x6 ()x6 long x13 *x7 const x2 char x2 (12, 63); operands "C"
+        // calc_status, four enumerators, 0 1 2 3, six function names, a x4 b x4
+        // result x5 expression status (21, 31). 21 lines of code (12
+        // preprocessor lines, 6, 10-15, 19-22, 25, 28, 31 less the blank
+        // ones), 8 lines with comments (1, 9, 12, 14, 17, 18, 24, 27).
+        QTest::newRow("calc.h") << "include/calc.h" << 0 << 7 << 0 << effort(12, 63, 21, 31) << 21 << 8 << 0;
+        // The #include gives no token, so the file's effort is its function's.
+        QTest::newRow("printer.c") << "sub/printer/src/printer.c" << 1 << 1 << 0 << effort(9, 15, 7, 10)
+                                   << 5 << 0 << 1;
+        // extern "C" { void printer_print(FILE *out, const char *expression,
+        // long value); }: operators extern {} void () *x2 ,x2 const char long ;
+        // (10, 12); operands "C" printer_print FILE out expression value (6, 6):
+        // E = 18 * 4 * 5 * 1 = 360.
+        QTest::newRow("printer.h") << "sub/printer/include/printer.h" << 0 << 1 << 0 << 360.0 << 11 << 2 << 0;
+    }
+    void files()
+    {
+        QFETCH(QString, file);
+        QFETCH(int, vg);
+        QFETCH(int, statements);
+        QFETCH(int, nested);
+        QFETCH(double, effort);
+        QFETCH(int, src1);
+        QFETCH(int, src2);
+        QFETCH(int, units);
+        const QMetElement* e = fileElement(file);
+        QVERIFY(e);
+        QCOMPARE(e->type(), u"FILE"_s);
+        QCOMPARE(e->children().size(), units);
+        QCOMPARE(value(e, "VG"), float(vg));
+        QCOMPARE(value(e, "Statements"), float(statements));
+        QCOMPARE(value(e, "NestedLevel"), float(nested));
+        if (effort >= 0)
+            QVERIFY2(closeTo(value(e, "Effort"), effort), qPrintable(QString::number(value(e, "Effort"))));
+        QCOMPARE(value(e, "Src1"), float(src1));
+        QCOMPARE(value(e, "Src2"), float(src2));
+        // A file's own VG is the sum of its functions'.
+        if (units > 0)
+            QCOMPARE(value(e, "VG_SUM"), float(vg));
+        else
+            QVERIFY(!e->metric(u"VG_SUM"_s));
+    }
+
+    void aggregatesOverTheFunctionsOfAFile()
+    {
+        // calc.c, VG of its functions 5 5 2 4 4 8 5: sum 33, mean 33/7 = 4.714,
+        // max 8, deviation sqrt(19.43/7) = 1.666.
+        const QMetElement* calc = fileElement("src/calc.c");
+        QVERIFY(calc);
+        QCOMPARE(value(calc, "VG_SUM"), 33.0f);
+        QVERIFY(closeTo(value(calc, "VG_MEAN"), 33.0 / 7, 1e-5));
+        QCOMPARE(value(calc, "VG_MAX"), 8.0f);
+        QVERIFY(closeTo(value(calc, "VG_STD"), std::sqrt(19.428571 / 7), 1e-5));
+        QCOMPARE(calc->counter(u"VG_MEAN"_s), 7);
+        QCOMPARE(calc->metric(u"VG_STD"_s)->name(), u"Standard deviation of VG"_s);
+
+        // main.cpp: Statements 7 and 10: mean 8.5, deviation 1.5.
+        QCOMPARE(value(fileElement("src/main.cpp"), "Statements_STD"), 1.5f);
+
+        // No class in the example: no class-wide aggregate anywhere.
+        QVERIFY(m_query->root()->classes().isEmpty());
+        for (const QString& s : sources) {
+            for (const QMetElement* e : fileElement(s)->children())
+                QVERIFY(!e->metric(u"VG_SUM2"_s));
+        }
+    }
+
+    void aggregatesOverTheFiles()
+    {
+        // The root aggregates the files' own values: VG 33 9 0 1 0, Statements
+        // 46 17 7 1 1, NestedLevel 1 1 0 0 0, Src1 74 33 21 5 11.
+        const QMetElement* root = m_query->root();
+        QCOMPARE(root->type(), u"ROOT"_s);
+        QCOMPARE(root->children().size(), sources.size());
+        QCOMPARE(value(root, "VG_SUM"), 43.0f);
+        QVERIFY(closeTo(value(root, "VG_MEAN"), 43.0 / 5, 1e-5));
+        QCOMPARE(value(root, "VG_MAX"), 33.0f);
+        QVERIFY(closeTo(value(root, "VG_STD"), deviation({33, 9, 0, 1, 0}), 1e-4));
+        QCOMPARE(value(root, "Statements_SUM"), 72.0f);
+        QCOMPARE(value(root, "Statements_MAX"), 46.0f);
+        QVERIFY(closeTo(value(root, "NestedLevel_MEAN"), 0.4, 1e-6));
+        QCOMPARE(value(root, "Src1_SUM"), 144.0f);
+        QCOMPARE(value(root, "Src2_SUM"), 13.0f);
+        QCOMPARE(root->counter(u"Src2_MEAN"_s), 5);
+
+        // The root's Effort_SUM is the files' efforts together.
+        double efforts = 0;
+        for (const QString& s : sources)
+            efforts += value(fileElement(s), "Effort");
+        QVERIFY(closeTo(value(root, "Effort_SUM"), efforts, 0.05));
+    }
+
+    void testingTimes()
+    {
+        // calc_multiply: Effort 720, 720 / 18 = 40; printer.h: 360 / 18 = 20.
+        const QMetElement* multiply = unitElement("src/calc.c", "calc_multiply");
+        QVERIFY(multiply);
+        QCOMPARE(value(multiply, "TestingTime"), 40.0f);
+        QCOMPARE(multiply->metric(u"TestingTime"_s)->name(), u"Testing Time"_s);
+        QCOMPARE(value(fileElement("sub/printer/include/printer.h"), "TestingTime"), 20.0f);
+        // A file's TestingTime_SUM comes from its Effort_SUM.
+        const QMetElement* calc = fileElement("src/calc.c");
+        QVERIFY(closeTo(value(calc, "TestingTime_SUM"), value(calc, "Effort_SUM") / 18.0, 1e-3));
+        const QMetElement* root = m_query->root();
+        QVERIFY(closeTo(value(root, "TestingTime_SUM"), value(root, "Effort_SUM") / 18.0, 1e-3));
+
+        m_query->stroudChange(36);
+        QCOMPARE(value(multiply, "TestingTime"), 20.0f);
+        QVERIFY(closeTo(value(root, "TestingTime_SUM"), value(root, "Effort_SUM") / 36.0, 1e-3));
+        m_query->stroudChange(18);
+        QCOMPARE(value(multiply, "TestingTime"), 40.0f);
+    }
+
+    void queriesOfTheSelectionPage()
+    {
+        bool ok = false;
+        QCOMPARE(m_query->itemMetric(source("src/calc.c"), 55, u"VG"_s, &ok), 8.0f);
+        QVERIFY(ok);
+        QCOMPARE(m_query->itemMetric(source("src/main.cpp"), 26, u"Statements"_s, &ok), 10.0f);
+        QCOMPARE(m_query->itemMetric(source("src/calc.c"), 24, u"TestingTime"_s, &ok), 40.0f);
+        m_query->itemMetric(source("src/calc.c"), 41, u"VG"_s, &ok);
+        QVERIFY(!ok);
+        QCOMPARE(m_query->fileMetric(source("src/calc.c"), u"NestedLevel"_s, &ok), 1.0f);
+        QCOMPARE(m_query->getSourceLinesValue(source("src/calc.c")), u"74/1"_s);
+        QCOMPARE(m_query->getSourceLinesValue(source("include/calc.h")), u"21/8"_s);
+    }
 
 private:
     QString source(const QString& relative) const { return m_dir.filePath(relative); }
-    QMetElement* fileElement(const QString& relative) const;
-    QMetElement* unitElement(const QString& relative, const QString& name) const;
-    float value(const QMetElement* element, const QString& key) const;
+    QMetElement* fileElement(const QString& relative) const
+    {
+        return m_query->fileElement(source(relative));
+    }
+    QMetElement* unitElement(const QString& relative, const QString& name) const
+    {
+        const QMetElement* file = fileElement(relative);
+        if (!file)
+            return nullptr;
+        for (QMetElement* e : file->children()) {
+            if (e->name() == name)
+                return e;
+        }
+        return nullptr;
+    }
+    float value(const QMetElement* element, const QString& key) const
+    {
+        bool ok = false;
+        const float v = element->metricValue(key, &ok);
+        if (!ok)
+            qWarning("%s has no metric %s", qPrintable(element->name()), qPrintable(key));
+        return ok ? v : std::nanf("");
+    }
 
     std::unique_ptr<RecordingStudio> m_studio;
     QTemporaryDir m_dir;
     std::unique_ptr<QMetQuery> m_query;
 };
-
-void TestMetricsExample::initTestCase()
-{
-    if (QStandardPaths::findExecutable(QStringLiteral("perl")).isEmpty())
-        QSKIP("perl is not installed");
-    m_studio = std::make_unique<RecordingStudio>();
-    QAStProject::setModeBatch(true);
-    const QString example = TestPaths::sourceDir() + QStringLiteral("/examples/calculator/");
-    QStringList copies;
-    for (const QString& s : sources) {
-        TestFiles::writeFile(source(s), TestFiles::readFile(example + s));
-        copies << source(s);
-    }
-
-    QAStMetricManager manager(m_dir.filePath(QStringLiteral("metrics")));
-    manager.setFileList(copies);
-    QSignalSpy ended(&manager, &QAStMetricManager::computeMetricTerminated);
-    QVERIFY(manager.start());
-    QVERIFY(ended.wait(120000));
-    QVERIFY2(manager.failedFiles().isEmpty(), qPrintable(manager.failedFiles().join(", ")));
-    QVERIFY(manager.state());
-    QCOMPARE(manager.metricFiles().size(), sources.size());
-
-    m_query = std::make_unique<QMetQuery>(manager.metricFiles());
-    m_query->init();
-    QVERIFY(m_query->reader()->errors().isEmpty());
-}
-
-void TestMetricsExample::cleanupTestCase()
-{
-    m_query.reset();
-    QAStProject::setModeBatch(false);
-}
-
-QMetElement* TestMetricsExample::fileElement(const QString& relative) const
-{
-    return m_query->fileElement(source(relative));
-}
-
-QMetElement* TestMetricsExample::unitElement(const QString& relative, const QString& name) const
-{
-    const QMetElement* file = fileElement(relative);
-    if (!file)
-        return nullptr;
-    for (QMetElement* e : file->children()) {
-        if (e->name() == name)
-            return e;
-    }
-    return nullptr;
-}
-
-float TestMetricsExample::value(const QMetElement* element, const QString& key) const
-{
-    bool ok = false;
-    const float v = element->metricValue(key, &ok);
-    if (!ok)
-        qWarning("%s has no metric %s", qPrintable(element->name()), qPrintable(key));
-    return ok ? v : std::nanf("");
-}
-
-void TestMetricsExample::functions_data()
-{
-    QTest::addColumn<int>("index");
-    for (int i = 0; i < int(std::size(units)); ++i)
-        QTest::addRow("%s", units[i].name) << i;
-}
-
-void TestMetricsExample::functions()
-{
-    QFETCH(int, index);
-    const Unit& u = units[index];
-    const QMetElement* e = unitElement(u.file, u.name);
-    QVERIFY2(e, "no such function in the metrics file");
-    QCOMPARE(e->type(), QStringLiteral("FUNCTION"));
-    QVERIFY2(e->lineNumber() == u.line, "the example changed: count this function again");
-    QCOMPARE(value(e, "VG"), float(u.vg));
-    QCOMPARE(value(e, "Statements"), float(u.statements));
-    QCOMPARE(value(e, "NestedLevel"), float(u.nested));
-    const double expected = effort(u.n1, u.N1, u.n2, u.N2);
-    QVERIFY2(closeTo(value(e, "Effort"), expected),
-             qPrintable(QStringLiteral("Effort %1, counted %2").arg(value(e, "Effort")).arg(expected)));
-    QCOMPARE(value(e, "Src1"), float(u.src1));
-    QCOMPARE(value(e, "Src2"), float(u.src2));
-}
-
-void TestMetricsExample::files_data()
-{
-    QTest::addColumn<QString>("file");
-    QTest::addColumn<int>("vg");
-    QTest::addColumn<int>("statements");
-    QTest::addColumn<int>("nested");
-    QTest::addColumn<double>("effort");  // negative: not counted by hand
-    QTest::addColumn<int>("src1");
-    QTest::addColumn<int>("src2");
-    QTest::addColumn<int>("units");
-
-    // VG 5+5+2+4+4+8+5; Statements the functions' 46, nothing declared
-    // outside them; lines of code 5 preprocessor lines + 7+7+6+9+12+18+10
-    // of the functions; one comment line (41).
-    QTest::newRow("calc.c") << "src/calc.c" << 33 << 46 << 1 << -1.0 << 74 << 1 << 7;
-    // VG 2+7, Statements 7+10; lines of code 5 preprocessor lines, the two
-    // lines of the anonymous namespace and 11+15 of the functions; comment
-    // lines 1 and 2.
-    QTest::newRow("main.cpp") << "src/main.cpp" << 9 << 17 << 1 << -1.0 << 33 << 2 << 2;
-    // No function: VG 0. Statements: the enum's "};" and six prototypes.
-    // Effort over the whole file: operators extern {}x2 enum =x4 ,x12 ;x7
-    // int x6 ()x6 long x13 *x7 const x2 char x2 (12, 63); operands "C"
-    // calc_status, four enumerators, 0 1 2 3, six function names, a x4 b x4
-    // result x5 expression status (21, 31). 21 lines of code (12
-    // preprocessor lines, 6, 10-15, 19-22, 25, 28, 31 less the blank
-    // ones), 8 lines with comments (1, 9, 12, 14, 17, 18, 24, 27).
-    QTest::newRow("calc.h") << "include/calc.h" << 0 << 7 << 0 << effort(12, 63, 21, 31) << 21
-                            << 8 << 0;
-    // The #include gives no token, so the file's effort is its function's.
-    QTest::newRow("printer.c") << "sub/printer/src/printer.c" << 1 << 1 << 0 << effort(9, 15, 7, 10)
-                               << 5 << 0 << 1;
-    // extern "C" { void printer_print(FILE *out, const char *expression,
-    // long value); }: operators extern {} void () *x2 ,x2 const char long ;
-    // (10, 12); operands "C" printer_print FILE out expression value (6, 6):
-    // E = 18 * 4 * 5 * 1 = 360.
-    QTest::newRow("printer.h") << "sub/printer/include/printer.h" << 0 << 1 << 0 << 360.0 << 11
-                               << 2 << 0;
-}
-
-void TestMetricsExample::files()
-{
-    QFETCH(QString, file);
-    QFETCH(int, vg);
-    QFETCH(int, statements);
-    QFETCH(int, nested);
-    QFETCH(double, effort);
-    QFETCH(int, src1);
-    QFETCH(int, src2);
-    QFETCH(int, units);
-    const QMetElement* e = fileElement(file);
-    QVERIFY(e);
-    QCOMPARE(e->type(), QStringLiteral("FILE"));
-    QCOMPARE(e->children().size(), units);
-    QCOMPARE(value(e, "VG"), float(vg));
-    QCOMPARE(value(e, "Statements"), float(statements));
-    QCOMPARE(value(e, "NestedLevel"), float(nested));
-    if (effort >= 0)
-        QVERIFY2(closeTo(value(e, "Effort"), effort), qPrintable(QString::number(value(e, "Effort"))));
-    QCOMPARE(value(e, "Src1"), float(src1));
-    QCOMPARE(value(e, "Src2"), float(src2));
-    // A file's own VG is the sum of its functions'.
-    if (units > 0)
-        QCOMPARE(value(e, "VG_SUM"), float(vg));
-    else
-        QVERIFY(!e->metric(QStringLiteral("VG_SUM")));
-}
-
-void TestMetricsExample::aggregatesOverTheFunctionsOfAFile()
-{
-    // calc.c, VG of its functions 5 5 2 4 4 8 5: sum 33, mean 33/7 = 4.714,
-    // max 8, deviation sqrt(19.43/7) = 1.666.
-    const QMetElement* calc = fileElement("src/calc.c");
-    QVERIFY(calc);
-    QCOMPARE(value(calc, "VG_SUM"), 33.0f);
-    QVERIFY(closeTo(value(calc, "VG_MEAN"), 33.0 / 7, 1e-5));
-    QCOMPARE(value(calc, "VG_MAX"), 8.0f);
-    QVERIFY(closeTo(value(calc, "VG_STD"), std::sqrt(19.428571 / 7), 1e-5));
-    QCOMPARE(calc->counter(QStringLiteral("VG_MEAN")), 7);
-    QCOMPARE(calc->metric(QStringLiteral("VG_STD"))->name(), QStringLiteral("Standard deviation of VG"));
-
-    // The other keys the same way, from the hand counts of each function.
-    for (const QString file : {"src/calc.c", "src/main.cpp"}) {
-        const QMetElement* e = fileElement(file);
-        const QList<const Unit*> counted = unitsOf(file);
-        const auto check = [&](const QString& key, auto pick, double tolerance) {
-            QList<double> values;
-            for (const Unit* u : counted)
-                values.append(pick(*u));
-            const double sum = mean(values) * values.size();
-            const double max = *std::max_element(values.begin(), values.end());
-            QVERIFY2(closeTo(value(e, key + "_SUM"), sum, tolerance), qPrintable(file + ' ' + key));
-            QVERIFY2(closeTo(value(e, key + "_MEAN"), mean(values), tolerance), qPrintable(file + ' ' + key));
-            QVERIFY2(closeTo(value(e, key + "_MAX"), max, tolerance), qPrintable(file + ' ' + key));
-            QVERIFY2(closeTo(value(e, key + "_STD"), deviation(values), tolerance),
-                     qPrintable(file + ' ' + key));
-        };
-        check("Statements", [](const Unit& u) { return double(u.statements); }, 1e-4);
-        check("NestedLevel", [](const Unit& u) { return double(u.nested); }, 1e-4);
-        check("Src1", [](const Unit& u) { return double(u.src1); }, 1e-4);
-        // Each effort is read rounded to two decimals.
-        check("Effort", [](const Unit& u) { return effort(u.n1, u.N1, u.n2, u.N2); },
-              0.005 * counted.size());
-    }
-    // main.cpp: Statements 7 and 10: mean 8.5, deviation 1.5.
-    QCOMPARE(value(fileElement("src/main.cpp"), "Statements_STD"), 1.5f);
-
-    // No class in the example: no class-wide aggregate anywhere.
-    QVERIFY(m_query->root()->classes().isEmpty());
-    for (const QString& s : sources) {
-        for (const QMetElement* e : fileElement(s)->children())
-            QVERIFY(!e->metric(QStringLiteral("VG_SUM2")));
-    }
-}
-
-void TestMetricsExample::aggregatesOverTheFiles()
-{
-    // The root aggregates the files' own values: VG 33 9 0 1 0, Statements
-    // 46 17 7 1 1, NestedLevel 1 1 0 0 0, Src1 74 33 21 5 11.
-    const QMetElement* root = m_query->root();
-    QCOMPARE(root->type(), QStringLiteral("ROOT"));
-    QCOMPARE(root->children().size(), sources.size());
-    QCOMPARE(value(root, "VG_SUM"), 43.0f);
-    QVERIFY(closeTo(value(root, "VG_MEAN"), 43.0 / 5, 1e-5));
-    QCOMPARE(value(root, "VG_MAX"), 33.0f);
-    QVERIFY(closeTo(value(root, "VG_STD"), deviation({33, 9, 0, 1, 0}), 1e-4));
-    QCOMPARE(value(root, "Statements_SUM"), 72.0f);
-    QCOMPARE(value(root, "Statements_MAX"), 46.0f);
-    QVERIFY(closeTo(value(root, "NestedLevel_MEAN"), 0.4, 1e-6));
-    QCOMPARE(value(root, "Src1_SUM"), 144.0f);
-    QCOMPARE(value(root, "Src2_SUM"), 13.0f);
-    QCOMPARE(root->counter(QStringLiteral("Src2_MEAN")), 5);
-
-    // The root's Effort_SUM is the files' efforts together.
-    double efforts = 0;
-    for (const QString& s : sources)
-        efforts += value(fileElement(s), "Effort");
-    QVERIFY(closeTo(value(root, "Effort_SUM"), efforts, 0.05));
-}
-
-void TestMetricsExample::testingTimes()
-{
-    // calc_multiply: Effort 720, 720 / 18 = 40; printer.h: 360 / 18 = 20.
-    const QMetElement* multiply = unitElement("src/calc.c", "calc_multiply");
-    QVERIFY(multiply);
-    QCOMPARE(value(multiply, "TestingTime"), 40.0f);
-    QCOMPARE(multiply->metric(QStringLiteral("TestingTime"))->name(), QStringLiteral("Testing Time"));
-    QCOMPARE(value(fileElement("sub/printer/include/printer.h"), "TestingTime"), 20.0f);
-    // A file's TestingTime_SUM comes from its Effort_SUM.
-    const QMetElement* calc = fileElement("src/calc.c");
-    QVERIFY(closeTo(value(calc, "TestingTime_SUM"), value(calc, "Effort_SUM") / 18.0, 1e-3));
-    const QMetElement* root = m_query->root();
-    QVERIFY(closeTo(value(root, "TestingTime_SUM"), value(root, "Effort_SUM") / 18.0, 1e-3));
-
-    m_query->stroudChange(36);
-    QCOMPARE(value(multiply, "TestingTime"), 20.0f);
-    QVERIFY(closeTo(value(root, "TestingTime_SUM"), value(root, "Effort_SUM") / 36.0, 1e-3));
-    m_query->stroudChange(18);
-    QCOMPARE(value(multiply, "TestingTime"), 40.0f);
-}
-
-void TestMetricsExample::queriesOfTheSelectionPage()
-{
-    bool ok = false;
-    QCOMPARE(m_query->itemMetric(source("src/calc.c"), 55, QStringLiteral("VG"), &ok), 8.0f);
-    QVERIFY(ok);
-    QCOMPARE(m_query->itemMetric(source("src/main.cpp"), 26, QStringLiteral("Statements"), &ok), 10.0f);
-    QCOMPARE(m_query->itemMetric(source("src/calc.c"), 24, QStringLiteral("TestingTime"), &ok), 40.0f);
-    m_query->itemMetric(source("src/calc.c"), 41, QStringLiteral("VG"), &ok);
-    QVERIFY(!ok);
-    QCOMPARE(m_query->fileMetric(source("src/calc.c"), QStringLiteral("NestedLevel"), &ok), 1.0f);
-    QCOMPARE(m_query->getSourceLinesValue(source("src/calc.c")), QStringLiteral("74/1"));
-    QCOMPARE(m_query->getSourceLinesValue(source("include/calc.h")), QStringLiteral("21/8"));
-}
 
 QTEST_MAIN(TestMetricsExample)
 #include "tst_metrics_example.moc"

@@ -1,6 +1,6 @@
 // The command-line tool end to end: the real binary as a child process, on
-// a copy of the example project, with the real drivers, interpreter and
-// compilers.
+// a copy of the example project and on projects it makes, with the real
+// drivers, interpreter and compilers.
 #include "TestFiles.h"
 #include "TestPaths.h"
 
@@ -11,6 +11,8 @@
 #include <QtTest>
 
 #include <memory>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -36,15 +38,36 @@ QString lineStarting(const QString& text, const QString& start)
 QString messageLayoutFault(const QString& err)
 {
     if (!err.isEmpty() && !err.endsWith(u'\n'))
-        return QStringLiteral("the last line is not ended");
+        return u"the last line is not ended"_s;
     const QStringList lines = err.split(u'\n');
     for (qsizetype i = 0; i + 1 < lines.size(); ++i) {
         const QString& line = lines.at(i);
         const bool continuation = i > 0 && line.startsWith(QLatin1String("  ")) && !line.trimmed().isEmpty();
         if (!line.startsWith(QLatin1String("korvil: ")) && !continuation)
-            return QStringLiteral("line %1 is no message line: \"%2\"").arg(i + 1).arg(line);
+            return u"line %1 is no message line: \"%2\""_s.arg(i + 1).arg(line);
     }
     return QString();
+}
+
+// The lines that differ between two texts: those of each between their
+// common first and last lines.
+struct Change {
+    QStringList removed;
+    QStringList inserted;
+};
+
+Change change(const QByteArray& before, const QByteArray& after)
+{
+    const QStringList a = QString::fromUtf8(before).split(u'\n');
+    const QStringList b = QString::fromUtf8(after).split(u'\n');
+    qsizetype head = 0;
+    while (head < a.size() && head < b.size() && a.at(head) == b.at(head))
+        ++head;
+    qsizetype tail = 0;
+    while (tail < a.size() - head && tail < b.size() - head &&
+           a.at(a.size() - 1 - tail) == b.at(b.size() - 1 - tail))
+        ++tail;
+    return {a.mid(head, a.size() - head - tail), b.mid(head, b.size() - head - tail)};
 }
 
 }
@@ -65,7 +88,7 @@ class TestKorvil : public QObject {
         if (!process.waitForFinished(300000)) {
             process.kill();
             process.waitForFinished();
-            run.err = QStringLiteral("korvil did not end");
+            run.err = u"korvil did not end"_s;
             return run;
         }
         run.status = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
@@ -75,15 +98,20 @@ class TestKorvil : public QObject {
     }
 
     QString path(const QString& relative) const { return m_dir->filePath(relative); }
+    // The project the project commands make, in a directory of its own.
+    Run demo(const QStringList& arguments) { return korvil(arguments, m_demo.path()); }
+    QString demoPath(const QString& relative) const { return m_demo.filePath(relative); }
 
     std::unique_ptr<QTemporaryDir> m_dir;
+    QTemporaryDir m_demo;
+    bool m_demoMade = false;
 
 private slots:
     void initTestCase()
     {
         m_dir = std::make_unique<QTemporaryDir>();
         QVERIFY(m_dir->isValid());
-        const QString example = TestPaths::sourceDir() + QStringLiteral("/examples/calculator");
+        const QString example = TestPaths::sourceDir() + u"/examples/calculator"_s;
         TestFiles::copyTree(example, m_dir->path());
         // A second copy whose object information file is gone.
         TestFiles::copyTree(example, path("noinf"));
@@ -96,7 +124,7 @@ private slots:
     {
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<QString>("message");
-        const QString project = QStringLiteral("calculator.rtp");
+        const QString project = u"calculator.rtp"_s;
         QTest::newRow("no command") << QStringList{} << "no command given";
         QTest::newRow("unknown command") << QStringList{"frobnicate"} << "unknown command \"frobnicate\"";
         QTest::newRow("unknown option") << QStringList{"info", "--bogus", project} << "Usage: korvil info";
@@ -129,19 +157,25 @@ private slots:
         QCOMPARE(tool.status, 0);
         for (const char* command : {"info", "env", "build", "rebuild", "execute", "clean", "save", "tags",
                                     "metrics", "split"}) {
-            QVERIFY2(tool.out.contains(QStringLiteral("\n  %1 ").arg(QLatin1String(command))), command);
+            QVERIFY2(tool.out.contains(u"\n  %1 "_s.arg(QLatin1String(command))), command);
             const Run own = korvil({QLatin1String(command), "--help"});
             QCOMPARE(own.status, 0);
-            QVERIFY2(own.out.startsWith(QStringLiteral("Usage: korvil %1").arg(QLatin1String(command))),
+            QVERIFY2(own.out.startsWith(u"Usage: korvil %1"_s.arg(QLatin1String(command))),
                      qPrintable(own.out));
             // "help CMD" says the same as "CMD --help".
             QCOMPARE(korvil({"help", QLatin1String(command)}).out, own.out);
         }
         QVERIFY(korvil({"tags", "--help"}).out.contains("--layout <LAYOUT>"));
         QVERIFY(korvil({"split", "--help"}).out.contains("--follow"));
+        for (const char* command : {"new", "add", "add-files", "import", "set", "get"}) {
+            const Run run = korvil({QLatin1String(command), "--help"});
+            QCOMPARE(run.status, 0);
+            QVERIFY2(run.out.startsWith(u"Usage: korvil %1 [options] "_s.arg(QLatin1String(command))),
+                     qPrintable(run.out));
+        }
         const Run version = korvil({"--version"});
         QCOMPARE(version.status, 0);
-        QVERIFY(QRegularExpression(QStringLiteral("^korvil \\d+\\.\\d+")).match(version.out).hasMatch());
+        QVERIFY(QRegularExpression(u"^korvil \\d+\\.\\d+"_s).match(version.out).hasMatch());
     }
 
     // --- bad input
@@ -156,7 +190,7 @@ private slots:
         QTest::addColumn<QStringList>("lines");
         const QStringList noMarker{"  no line of it holds \"<!DOCTYPE project\", which marks a project file,",
                                    "  nor \"PROJECT = \" or \"WORKSPACE = \" of the older project and workspace files"};
-        QByteArray example = TestFiles::readFile(TestPaths::sourceDir() + QStringLiteral("/examples/calculator/calculator.rtp"));
+        QByteArray example = TestFiles::readFile(TestPaths::sourceDir() + u"/examples/calculator/calculator.rtp"_s);
         const qsizetype doctype = example.indexOf("<!DOCTYPE project");
         QVERIFY(doctype > 0);
         const QByteArray withoutDoctype = example.remove(doctype, example.indexOf('\n', doctype) + 1 - doctype);
@@ -179,8 +213,7 @@ private slots:
                                                 + noMarker;
         QTest::newRow("missing") << "nowhere.rtp" << QByteArray() << 1
                                  << QStringList{"korvil: nowhere.rtp: no such project file"};
-        QTest::newRow("question of a missing object file")
-            << "noinf/calculator.rtp" << QByteArray() << 0
+        QTest::newRow("question of a missing object file") << "noinf/calculator.rtp" << QByteArray() << 0
             << QStringList{"korvil: %1/noinf/calculator.inf: Unable to open the project Object Information File. "
                            "Do you want to create it automatically? Yes (batch mode)"};
     }
@@ -208,7 +241,7 @@ private slots:
                 want.chop(1);
             while (at < errLines.size() && !(prefix ? errLines.at(at).startsWith(want) : errLines.at(at) == want))
                 ++at;
-            QVERIFY2(at < errLines.size(), qPrintable(QStringLiteral("missing in order: %1\n%2").arg(want, run.err)));
+            QVERIFY2(at < errLines.size(), qPrintable(u"missing in order: %1\n%2"_s.arg(want, run.err)));
         }
         if (!content.isNull())
             QCOMPARE(TestFiles::readFile(path(file)), content);
@@ -230,12 +263,12 @@ private slots:
     // line counts, and a pipe gets no progress line.
     void buildAndExecute()
     {
-        if (QStandardPaths::findExecutable(QStringLiteral("gcc")).isEmpty() ||
-            QStandardPaths::findExecutable(QStringLiteral("perl")).isEmpty())
+        if (QStandardPaths::findExecutable(u"gcc"_s).isEmpty() ||
+            QStandardPaths::findExecutable(u"perl"_s).isEmpty())
             QSKIP("gcc or perl is not installed");
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.remove(QStringLiteral("ZELTAHOME"));
-        environment.remove(QStringLiteral("KORVILDIR"));
+        environment.remove(u"ZELTAHOME"_s);
+        environment.remove(u"KORVILDIR"_s);
 
         const Run build = korvil({"build", "calculator.rtp"}, QString(), environment);
         QVERIFY2(build.status == 0, qPrintable(build.out + build.err));
@@ -245,14 +278,14 @@ private slots:
         QVERIFY2(execute.status == 0, qPrintable(execute.out + execute.err));
         QVERIFY(!execute.out.contains(u'\r') && !execute.out.contains(u'\033'));
         for (const char* node : {"calc", "Unit tests", "System tests"}) {
-            const int block = int(execute.out.indexOf(QStringLiteral("Result files of \"%1\":\n").arg(QLatin1String(node))));
+            const int block = int(execute.out.indexOf(u"Result files of \"%1\":\n"_s.arg(QLatin1String(node))));
             QVERIFY2(block >= 0, qPrintable(execute.out));
             // The block's lines: "<n> lines  <file>" or "(none)  <file>".
             const QStringList lines = execute.out.mid(block).split(u'\n').mid(1, 7);
             int withLines = 0;
             for (const QString& line : lines) {
                 const QRegularExpressionMatch m =
-                    QRegularExpression(QStringLiteral("^ +(\\d+) lines?  (.+)$")).match(line);
+                    QRegularExpression(u"^ +(\\d+) lines?  (.+)$"_s).match(line);
                 if (!m.hasMatch()) {
                     QVERIFY2(line.trimmed().startsWith("(none)"), qPrintable(line));
                     continue;
@@ -287,8 +320,7 @@ private slots:
     {
         QTest::addColumn<QString>("layout");
         QTest::addColumn<QStringList>("expected"); // lines, in this order
-        QTest::newRow("file") << "file"
-                              << QStringList{"include/calc.h", "src/calc.c",
+        QTest::newRow("file") << "file" << QStringList{"include/calc.h", "src/calc.c",
                                              "  calc_add(long a,long b,long * result)  (line 8)", "src/main.cpp",
                                              "  (anonymous)  (line 10)",
                                              "    evaluate(const std::string & expression)  (line 12)"};
@@ -306,7 +338,7 @@ private slots:
     // each layout of the tag browser.
     void tags()
     {
-        if (QStandardPaths::findExecutable(QStringLiteral("ctags")).isEmpty())
+        if (QStandardPaths::findExecutable(u"ctags"_s).isEmpty())
             QSKIP("Universal Ctags is not installed");
         QFETCH(QString, layout);
         QFETCH(QStringList, expected);
@@ -317,7 +349,7 @@ private slots:
         for (const QString& want : expected) {
             while (at < lines.size() && !lines.at(at).startsWith(want))
                 ++at;
-            QVERIFY2(at < lines.size(), qPrintable(QStringLiteral("%1 missing in order from:\n%2").arg(want, run.out)));
+            QVERIFY2(at < lines.size(), qPrintable(u"%1 missing in order from:\n%2"_s.arg(want, run.out)));
         }
     }
 
@@ -325,7 +357,7 @@ private slots:
     // analysed, and the status says something failed.
     void tagsOfFiles()
     {
-        if (QStandardPaths::findExecutable(QStringLiteral("ctags")).isEmpty())
+        if (QStandardPaths::findExecutable(u"ctags"_s).isEmpty())
             QSKIP("Universal Ctags is not installed");
         const Run run = korvil({"tags", path("src/main.cpp"), "missing.c", path("Makefile")});
         QCOMPARE(run.status, 1);
@@ -351,12 +383,12 @@ private slots:
     // left out.
     void directoryStandsForItsSources()
     {
-        if (QStandardPaths::findExecutable(QStringLiteral("ctags")).isEmpty())
+        if (QStandardPaths::findExecutable(u"ctags"_s).isEmpty())
             QSKIP("Universal Ctags is not installed");
         QFETCH(QString, command);
         QFETCH(QStringList, files);
         const QString tree = path("tree-" + command);
-        TestFiles::copyTree(TestPaths::sourceDir() + QStringLiteral("/examples/calculator"), tree);
+        TestFiles::copyTree(TestPaths::sourceDir() + u"/examples/calculator"_s, tree);
         TestFiles::writeFile(tree + "/.hidden/ghost.c", "int ghost(void) { return 0; }\n");
         TestFiles::writeFile(tree + "/src/.ghost.c", "int ghost(void) { return 0; }\n");
         const Run run = korvil({command, "."}, tree);
@@ -381,14 +413,14 @@ private slots:
     // neither sees the other's tags.
     void runsAtOnceKeepTheirOwnTags()
     {
-        if (QStandardPaths::findExecutable(QStringLiteral("ctags")).isEmpty())
+        if (QStandardPaths::findExecutable(u"ctags"_s).isEmpty())
             QSKIP("Universal Ctags is not installed");
         QStringList alpha, beta;
         for (int i = 0; i < 20; ++i) {
-            alpha << path(QStringLiteral("at-once/alpha_%1.c").arg(i));
-            beta << path(QStringLiteral("at-once/beta_%1.c").arg(i));
-            TestFiles::writeFile(alpha.last(), QStringLiteral("int alpha_%1(void) { return %1; }\n").arg(i).toUtf8());
-            TestFiles::writeFile(beta.last(), QStringLiteral("int beta_%1(void) { return %1; }\n").arg(i).toUtf8());
+            alpha << path(u"at-once/alpha_%1.c"_s.arg(i));
+            beta << path(u"at-once/beta_%1.c"_s.arg(i));
+            TestFiles::writeFile(alpha.last(), u"int alpha_%1(void) { return %1; }\n"_s.arg(i).toUtf8());
+            TestFiles::writeFile(beta.last(), u"int beta_%1(void) { return %1; }\n"_s.arg(i).toUtf8());
         }
         QProcess first, second;
         first.start(QStringLiteral(KORVIL_BINARY), QStringList{"tags"} + alpha);
@@ -407,7 +439,7 @@ private slots:
     // and of the project, testing times from the Stroud number.
     void metrics()
     {
-        if (QStandardPaths::findExecutable(QStringLiteral("perl")).isEmpty())
+        if (QStandardPaths::findExecutable(u"perl"_s).isEmpty())
             QSKIP("perl is not installed");
         const Run run = korvil({"metrics", "calculator.rtp", "--stroud", "36"});
         QVERIFY2(run.status == 0, qPrintable(run.out + run.err));
@@ -424,7 +456,7 @@ private slots:
         // The file's sum of VG over its two functions is its own VG.
         const int fileRow = int(run.out.indexOf("src/main.cpp"));
         const QStringList sum = lineStarting(run.out.mid(fileRow), "_SUM over 2 units").split(u' ', Qt::SkipEmptyParts);
-        QCOMPARE(sum.value(4), QStringLiteral("9"));
+        QCOMPARE(sum.value(4), u"9"_s);
         QVERIFY(lineStarting(run.out, "_MEAN over 6 files").size() > 0);
         QVERIFY(lineStarting(run.out, "_MAX over 6 files").size() > 0);
     }
@@ -438,9 +470,9 @@ private slots:
                                     "td \"end\"\nZZ \"unknown pair\"\nRL \"last\"");
         const Run here = korvil({"split", input});
         QCOMPARE(here.status, 0);
-        QVERIFY2(here.out.contains(QStringLiteral("     3 lines  %1\n").arg(path("run/atlout.rio"))), qPrintable(here.out));
-        QVERIFY(here.out.contains(QStringLiteral("     2 lines  %1\n").arg(path("run/tracer.tdf"))));
-        QVERIFY(here.out.contains(QStringLiteral("      1 line  %1\n").arg(path("run/atlendtest.txt"))));
+        QVERIFY2(here.out.contains(u"     3 lines  %1\n"_s.arg(path("run/atlout.rio"))), qPrintable(here.out));
+        QVERIFY(here.out.contains(u"     2 lines  %1\n"_s.arg(path("run/tracer.tdf"))));
+        QVERIFY(here.out.contains(u"      1 line  %1\n"_s.arg(path("run/atlendtest.txt"))));
         QVERIFY(!here.out.contains("atlout.rej"));
 
         const Run there = korvil({"split", input, "--out", "results"});
@@ -459,7 +491,7 @@ private slots:
         // directory, which binds root too): counted, told, a failure.
         for (const char* name : {"atlout.rio", "zeltacov.tio", "tracer.tdf", "mendralt.tpf",
                                  "tallivexlt.tqf", "atlendtest.txt", "atlout.rej"})
-            QVERIFY(QDir().mkpath(path(QStringLiteral("blocked/") + QLatin1String(name))));
+            QVERIFY(QDir().mkpath(path(u"blocked/"_s + QLatin1String(name))));
         const Run blocked = korvil({"split", input, "--out", "blocked"});
         QCOMPARE(blocked.status, 1);
         QVERIFY2(blocked.err.contains("3 line(s) could not be written to blocked/atlout.rio: "),
@@ -495,6 +527,189 @@ private slots:
         QCOMPARE(TestFiles::readFile(path("live-results/atlout.rio")), QByteArray("RL \"unended\n"));
         const QString out = QString::fromLocal8Bit(process.readAllStandardOutput());
         QVERIFY2(out.contains("2 lines  live-results/zeltacov.tio"), qPrintable(out));
+    }
+
+    // --- the commands that make and edit projects
+
+    // From nothing to a running program: a new project, an application
+    // of two sources, the header in the file tree, a build and a run.
+    void fromNothing()
+    {
+        if (QStandardPaths::findExecutable(u"gcc"_s).isEmpty() ||
+            QStandardPaths::findExecutable(u"perl"_s).isEmpty())
+            QSKIP("gcc or perl is not installed");
+        TestFiles::writeFile(demoPath("main.c"),
+                             "#include \"greet.h\"\nint main(void) { return greet() - 7; }\n");
+        TestFiles::writeFile(demoPath("greet.c"), "#include \"greet.h\"\nint greet(void) { return 7; }\n");
+        TestFiles::writeFile(demoPath("greet.h"), "int greet(void);\n");
+        Run run = demo({"new", "demo.rtp"});
+        QVERIFY2(run.status == 0, qPrintable(run.err));
+        QCOMPARE(run.out,
+            QStringLiteral("demo.rtp: a new project on GNU C (host gcc), configurations Debug, Release "
+                           "(current Debug)\n"));
+        run = demo({"add", "demo.rtp", "application", "greeter", "main.c", "greet.c"});
+        QVERIFY2(run.status == 0, qPrintable(run.err));
+        QCOMPARE(run.out, u"demo.rtp: added application \"greeter\" under \"demo\" with 2 sources\n"_s);
+        run = demo({"add-files", "demo.rtp", "."});
+        QVERIFY2(run.status == 0, qPrintable(run.err));
+        QCOMPARE(run.out, u"demo.rtp: 1 file added to the file tree\n"_s);
+        run = demo({"build", "demo.rtp"});
+        QVERIFY2(run.status == 0, qPrintable(run.out + run.err));
+        QVERIFY(QFileInfo(demoPath("build/greeter")).isExecutable());
+        run = demo({"execute", "demo.rtp"});
+        QVERIFY2(run.status == 0, qPrintable(run.out + run.err));
+        QVERIFY(run.out.contains(QLatin1String("greeter: passed")));
+        m_demoMade = true;
+    }
+
+    void faults_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("new over a project") << QStringList{"new", "demo.rtp"} << 1
+            << "/demo.rtp: The file exists already: a new project does not replace it.";
+        QTest::newRow("unknown language") << QStringList{"new", "x.rtp", "--language", "Cobol"} << 2
+            << "korvil: new: --language \"Cobol\" is none of C, C++, Ada, Java";
+        QTest::newRow("package of another language")
+            << QStringList{"new", "x.rtp", "--language", "C", "--package", "gcc-cpp"} << 2
+            << "korvil: new: the package \"GNU C++ (host g++)\" is for C++, not C";
+        QTest::newRow("kind the parent does not take")
+            << QStringList{"add", "demo.rtp", "application", "inner", "--under", "greeter"} << 2
+            << "/demo.rtp: \"greeter\" takes no \"application\" node: it takes source, library, test_script, user, link.";
+        QTest::newRow("missing source") << QStringList{"add", "demo.rtp", "library", "lib", "nowhere.c"}
+                                        << 1 << "/nowhere.c: No such file or directory.";
+        QTest::newRow("unknown key") << QStringList{"set", "demo.rtp", "greeter", "cflag", "x"} << 2
+            << "No setting has the key \"cflag\"; the closest keys are cflags (Compiler options)";
+        QTest::newRow("unknown configuration")
+            << QStringList{"set", "demo.rtp", "greeter", "debug", "yes", "-c", "Nightly"} << 2
+            << "The project has no configuration \"Nightly\"; it has Debug, Release.";
+        QTest::newRow("import of nothing") << QStringList{"import", "nowhere.json"} << 1
+                                           << "korvil: nowhere.json: no such file or directory";
+    }
+
+    // Each fault is one message naming the file and the reason, with its
+    // exit status; the project's files stay as they were.
+    void faults()
+    {
+        if (!m_demoMade)
+            QSKIP("no project was made");
+        QFETCH(QStringList, arguments);
+        QFETCH(int, status);
+        QFETCH(QString, message);
+        const QByteArray project = TestFiles::readFile(demoPath("demo.rtp"));
+        const QByteArray objects = TestFiles::readFile(demoPath("demo.inf"));
+        QVERIFY(!project.isEmpty());
+        const Run run = demo(arguments);
+        QCOMPARE(run.status, status);
+        QVERIFY2(run.err.contains(message), qPrintable(run.err));
+        QVERIFY(run.err.startsWith(QLatin1String("korvil: ")));
+        QVERIFY(run.err.endsWith(u'\n'));
+        QCOMPARE(TestFiles::readFile(demoPath("demo.rtp")), project);
+        QCOMPARE(TestFiles::readFile(demoPath("demo.inf")), objects);
+        QVERIFY(!QFileInfo::exists(demoPath("x.rtp")));
+    }
+
+    // What set writes, get reads back: texts, lists, another
+    // configuration; the project's own value is inherited until set.
+    void setGet()
+    {
+        if (!m_demoMade)
+            QSKIP("no project was made");
+        QCOMPARE(demo({"get", "demo.rtp", "greeter", "cflags"}).out, u"-g -O0\n"_s);
+        QCOMPARE(demo({"get", "demo.rtp", "greeter", "cflags", "-c", "Release"}).out, u"-O2\n"_s);
+        QCOMPARE(demo({"set", "demo.rtp", "greeter", "cflags", "--", "-O1", "-Wall"}).status, 0);
+        QCOMPARE(demo({"get", "demo.rtp", "greeter", "cflags"}).out, u"-O1 -Wall\n"_s);
+        QCOMPARE(demo({"set", "demo.rtp", "greeter", "ge_incdir", "inc", "my dir"}).status, 0);
+        QCOMPARE(demo({"get", "demo.rtp", "greeter", "ge_incdir"}).out, u"inc\nmy dir\n"_s);
+        QCOMPARE(demo({"set", "demo.rtp", "greeter", "debug", "no", "-c", "Release"}).status, 0);
+        QCOMPARE(demo({"get", "demo.rtp", "greeter", "debug", "-c", "Release"}).out, u"false\n"_s);
+        QCOMPARE(demo({"get", "demo.rtp", "demo", "cflags"}).out, u"-g -O0\n"_s);
+        QCOMPARE(demo({"set", "demo.rtp", "greeter", "cflags", "--", "-g", "-O0"}).status, 0);
+        QVERIFY(demo({"build", "demo.rtp"}).status == 0);
+    }
+
+    void byteStable_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QStringList>(
+            "projectChange"); // first and last inserted line, trimmed; empty: none
+        QTest::addColumn<QStringList>("objectsChange");
+        QTest::newRow("set") << QStringList{"set", "demo.rtp", "greeter", "ldflags", "--", "-g -s"}
+                             << QStringList{"<ldflags>-g -s</ldflags>", "<ldflags>-g -s</ldflags>"}
+                             << QStringList{};
+        QTest::newRow("add") << QStringList{"add", "demo.rtp", "group", "Tests"}
+                             << QStringList{"<group>", "</group>"} << QStringList{};
+        QTest::newRow("add-files") << QStringList{"add-files", "demo.rtp", "extra"} << QStringList{}
+                                   << QStringList{"<folder>", "</folder>"};
+        QTest::newRow("add with a file") << QStringList{"add", "demo.rtp", "library", "extralib", "extra/x.c"}
+            << QStringList{"<library>", "</library>"} << QStringList{};
+    }
+
+    // A command changes the files only where it changed the project: the
+    // lines it inserts form one element, every other byte stays, and the
+    // file is what a save of the project writes.
+    void byteStable()
+    {
+        if (!m_demoMade)
+            QSKIP("no project was made");
+        QFETCH(QStringList, arguments);
+        QFETCH(QStringList, projectChange);
+        QFETCH(QStringList, objectsChange);
+        TestFiles::writeFile(demoPath("extra/x.c"), "int x;\n");
+        const QByteArray project = TestFiles::readFile(demoPath("demo.rtp"));
+        const QByteArray objects = TestFiles::readFile(demoPath("demo.inf"));
+        const Run run = demo(arguments);
+        QVERIFY2(run.status == 0, qPrintable(run.err));
+        const QByteArray projectAfter = TestFiles::readFile(demoPath("demo.rtp"));
+        const QByteArray objectsAfter = TestFiles::readFile(demoPath("demo.inf"));
+        for (const auto& [before, after, expected] :
+             {std::make_tuple(project, projectAfter, projectChange),
+              std::make_tuple(objects, objectsAfter, objectsChange)}) {
+            const Change changed = change(before, after);
+            QVERIFY2(changed.removed.isEmpty(), qPrintable(changed.removed.join(u'\n')));
+            if (expected.isEmpty()) {
+                QVERIFY(changed.inserted.isEmpty());
+                continue;
+            }
+            QVERIFY(!changed.inserted.isEmpty());
+            QCOMPARE(changed.inserted.constFirst().trimmed(), expected.at(0));
+            QCOMPARE(changed.inserted.constLast().trimmed(), expected.at(1));
+        }
+        QDir().mkpath(demoPath("copy"));
+        QCOMPARE(demo({"save", "demo.rtp", "--as", demoPath("copy/demo.rtp")}).status, 0);
+        QCOMPARE(TestFiles::readFile(demoPath("copy/demo.rtp")), projectAfter);
+    }
+
+    // The way of the README: configure with cmake for the compilation
+    // database, import it, build.
+    void fromCMakeInThreeCommands()
+    {
+        if (QStandardPaths::findExecutable(u"cmake"_s).isEmpty())
+            QSKIP("cmake is not installed");
+        const QString tree = demoPath("hello");
+        TestFiles::writeFile(tree + u"/CMakeLists.txt"_s,
+            "cmake_minimum_required(VERSION 3.16)\nproject(hello C)\n"
+            "add_library(words STATIC lib/words.c)\ntarget_include_directories(words PUBLIC lib)\n"
+            "add_executable(hello main.c)\ntarget_link_libraries(hello PRIVATE words)\n");
+        TestFiles::writeFile(tree + u"/lib/words.h"_s, "const char* word(void);\n");
+        TestFiles::writeFile(tree + u"/lib/words.c"_s,
+                             "#include \"words.h\"\nconst char* word(void) { return \"hello\"; }\n");
+        TestFiles::writeFile(tree + u"/main.c"_s,
+            "#include <stdio.h>\n#include <words.h>\nint main(void) { return puts(word()) < 0; }\n");
+        QProcess cmake;
+        cmake.setWorkingDirectory(tree);
+        cmake.start(u"cmake"_s, {"-S", ".", "-B", "build", "-DCMAKE_EXPORT_COMPILE_COMMANDS=ON"});
+        QVERIFY(cmake.waitForFinished(180000) && cmake.exitCode() == 0);
+        Run run = korvil({"import", "build/compile_commands.json", "-o", "hello.rtp"}, tree);
+        QVERIFY2(run.status == 0, qPrintable(run.err));
+        QCOMPARE(run.out, QStringLiteral("hello.rtp: 2 nodes, 2 sources\n  library words: 1 source\n"
+                                         "  application hello: 1 source, links words\n"));
+        run = korvil({"build", "hello.rtp"}, tree);
+        QVERIFY2(run.status == 0, qPrintable(run.out + run.err));
+        run = korvil({"execute", "hello.rtp"}, tree);
+        QVERIFY2(run.status == 0 && run.out.contains(QLatin1String("\nhello\n")),
+                 qPrintable(run.out + run.err));
     }
 };
 

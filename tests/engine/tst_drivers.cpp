@@ -13,6 +13,8 @@
 
 #include <memory>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 // What a driver printed (both channels, in order) and how it ended.
@@ -25,7 +27,7 @@ struct Run {
 
 QString perlString(QString text)
 {
-    text.replace(QLatin1Char('\\'), QStringLiteral("\\\\")).replace(QLatin1Char('\''), QStringLiteral("\\'"));
+    text.replace(QLatin1Char('\\'), u"\\\\"_s).replace(QLatin1Char('\''), u"\\'"_s);
     return QLatin1Char('\'') + text + QLatin1Char('\'');
 }
 
@@ -53,37 +55,37 @@ class tst_Drivers : public QObject {
     // The variables the drivers read, for a node of that name; the result
     // files under "out", objects under "obj". A QStringList value is a
     // list, a name "ENV:X" an entry of %ENV.
-    QVariantMap vars(const QString& name, const QString& stage = QStringLiteral("cptler")) const
+    QVariantMap vars(const QString& name, const QString& stage = u"cptler"_s) const
     {
-        const QString targets = TestPaths::installTree() + QStringLiteral("/targets/gcc-c");
+        const QString targets = TestPaths::installTree() + u"/targets/gcc-c"_s;
         QVariantMap v{{"NAME", name}, {"STAGE", stage}, {"LP_TARGETDIR", targets}, {"TARGETDIR", targets},
                       {"INTDIR", "obj"}, {"OUTDIR", "out"}, {"OBJEXT", ".o"}, {"CPPFLAGS", ""},
                       {"CFLAGS", "-g -O0"}, {"LDFLAGS", "-g"}, {"LIBRARIES", ""}, {"ARGUMENTS", ""},
                       {"INCLUDE_DIR_LIST", QStringList{"include"}}, {"OBJECTS", QStringList()},
                       {"ADDITIONAL_LIBRARIES", QStringList()}, {"TEST_NAME", name},
                       {"ENV:ZELTASTUDIO_VERBOSE", "0"}};
-        v["ATL_OUT_FILE"] = QStringLiteral("obj/%1.spt").arg(name);
+        v["ATL_OUT_FILE"] = u"obj/%1.spt"_s.arg(name);
         const std::pair<const char*, const char*> results[] = {
             {"LOGFILENAME", "log"}, {"ATC_TIO_NAME", "tio"}, {"ATT_TDF_NAME", "tdf"},
             {"TDFFILE", "tdf"},     {"ATP_TPF_NAME", "tpf"}, {"ATQ_TQF_NAME", "tqf"}};
         for (const auto& [var, ext] : results)
-            v[var] = QStringLiteral("out/%1.%2").arg(name, ext);
+            v[var] = u"out/%1.%2"_s.arg(name, ext);
         return v;
     }
 
-    QString writeEnv(const QVariantMap& v, const QString& file = QStringLiteral("env.pl"))
+    QString writeEnv(const QVariantMap& v, const QString& file = u"env.pl"_s)
     {
         QByteArray text;
         for (auto it = v.begin(); it != v.end(); ++it) {
             if (it.key().startsWith(QLatin1String("ENV:"))) {
-                text += QStringLiteral("$ENV{'%1'} = %2;\n").arg(it.key().mid(4), perlString(it.value().toString())).toUtf8();
+                text += u"$ENV{'%1'} = %2;\n"_s.arg(it.key().mid(4), perlString(it.value().toString())).toUtf8();
             } else if (it.value().typeId() == QMetaType::QStringList) {
                 QStringList items;
                 for (const QString& item : it.value().toStringList())
                     items << perlString(item);
-                text += QStringLiteral("@%1=(%2);\n").arg(it.key(), items.join(QStringLiteral(", "))).toUtf8();
+                text += u"@%1=(%2);\n"_s.arg(it.key(), items.join(u", "_s)).toUtf8();
             } else {
-                text += QStringLiteral("$%1=%2;\n").arg(it.key(), perlString(it.value().toString())).toUtf8();
+                text += u"$%1=%2;\n"_s.arg(it.key(), perlString(it.value().toString())).toUtf8();
             }
         }
         write(file, text + "1;\n");
@@ -97,7 +99,7 @@ class tst_Drivers : public QObject {
         QProcess perl;
         perl.setWorkingDirectory(m_dir->path());
         perl.setProcessChannelMode(QProcess::MergedChannels);
-        perl.start(QStringLiteral("perl"), QStringList{"-I" + install + "/lib/perl",
+        perl.start(u"perl"_s, QStringList{"-I" + install + "/lib/perl",
                                                        install + "/scripts/" + driver + ".pl", env, kind}
                                                + files);
         Run result;
@@ -112,8 +114,8 @@ class tst_Drivers : public QObject {
     {
         if (v.isEmpty())
             v = vars(file);
-        v["FILENAME"] = path(QStringLiteral("src/") + file);
-        const Run r = run(QStringLiteral("Build"), v, QStringLiteral("source"));
+        v["FILENAME"] = path(u"src/"_s + file);
+        const Run r = run(u"Build"_s, v, u"source"_s);
         if (r.code != 0)
             qWarning().noquote() << r.output;
         return r.code == 0;
@@ -131,7 +133,7 @@ class tst_Drivers : public QObject {
                                  "CC = \"gcc -std=c99\"\n"
                                  "LD = gcc\nAR = ar\nARFLAGS = rcs\nDLLEXT = .so\nDEFAULT_LIBS = \"-lm\"\n"
                                  + extra);
-        return path(QStringLiteral("pkg"));
+        return path(u"pkg"_s);
     }
 
 private slots:
@@ -139,7 +141,7 @@ private slots:
     {
         for (const char* tool : {"perl", "gcc", "g++", "ar"})
             if (QStandardPaths::findExecutable(QString::fromLatin1(tool)).isEmpty())
-                QSKIP(qPrintable(QStringLiteral("%1 is not installed").arg(QLatin1String(tool))));
+                QSKIP(qPrintable(u"%1 is not installed"_s.arg(QLatin1String(tool))));
     }
 
     void init()
@@ -284,10 +286,10 @@ private slots:
         write("src/d/broken.c", "int broken2(void) { return undeclared_d; }\n");
         const auto sourceEnv = [this](const QString& file, const QString& cflags) {
             QVariantMap v = vars(file);
-            v["FILENAME"] = path(QStringLiteral("src/") + file);
-            v["OBJECT_FILE"] = QStringLiteral("obj/lib.objects/src/") + file + QStringLiteral(".o");
+            v["FILENAME"] = path(u"src/"_s + file);
+            v["OBJECT_FILE"] = u"obj/lib.objects/src/"_s + file + u".o"_s;
             v["CFLAGS"] = cflags;
-            return writeEnv(v, file + QStringLiteral(".env"));
+            return writeEnv(v, file + u".env"_s);
         };
         QVariantMap v = vars("lib");
         v["OBJECT_DIR"] = "obj/lib.objects";
@@ -323,7 +325,7 @@ private slots:
         r = run("Build", v, "library");
         QVERIFY(r.code != 0);
         for (const char* letter : {"c", "d"}) {
-            const QByteArray command = QByteArray("-c ") + path(QStringLiteral("src/%1/broken.c").arg(letter)).toUtf8();
+            const QByteArray command = QByteArray("-c ") + path(u"src/%1/broken.c"_s.arg(letter)).toUtf8();
             const qsizetype at = r.output.indexOf(command);
             QVERIFY2(at >= 0, r.output);
             const QByteArray block = r.output.mid(at, r.output.indexOf("\ngcc", at) - at);

@@ -6,6 +6,7 @@
 #include "QAINodePlugin.h"
 #include "QAINodeSettingsPlugin.h"
 #include "QAPropertyBool.h"
+#include "QAPropertyGroup.h"
 #include "QAPropertyInt.h"
 #include "QAPropertyLineEdit.h"
 #include "QAPropertyListBox.h"
@@ -265,6 +266,64 @@ private slots:
             for (const QString var : {"TARGETDIR", "LP_TARGETDIR"})
                 QCOMPARE(scalarLine(script, var), u'$' + var + "='" + targets + package + "';");
         }
+    }
+
+    // The settings part as docs/formats/environment-script.md lists it, row
+    // for row; each setting of it is one the descriptor knows, under the
+    // Perl name of one of its lines.
+    void settingLinesAsDocumented()
+    {
+        using Form = QAStPerlGen::Form;
+        using When = QAStPerlGen::When;
+        const char* const forms[] = {"number", "string", "path", "path list", "string list"};
+        QStringList table;
+        QHash<QString, QStringList> variablesOf;
+        for (const QAStPerlGen::SettingLine& line : QAStPerlGen::settingLines()) {
+            const bool list = line.form == Form::PathList || line.form == Form::StringList;
+            QString written;
+            if (line.when == When::IfSet)
+                written = QStringLiteral("when set");
+            else if (line.when == When::IfOn)
+                written = QStringLiteral("when `%1` is on").arg(line.switchKey);
+            table.append(QStringList{line.section, line.key ? u'`' + QLatin1String(line.key) + u'`' : "—",
+                                     QLatin1String(list ? "`@" : "`$") + QLatin1String(line.variable) + u'`',
+                                     forms[int(line.form)], written}
+                             .join(" | "));
+            if (line.key)
+                variablesOf[line.key].append(line.variable);
+        }
+
+        QStringList documented;
+        QString section;
+        bool inPart = false;
+        const QString doc = TestPaths::sourceDir() + QStringLiteral("/docs/formats/environment-script.md");
+        for (const QString& row : QString::fromUtf8(TestFiles::readFile(doc)).split(u'\n')) {
+            if (row.startsWith(QLatin1String("## ")))
+                inPart = row == QLatin1String("## The settings part");
+            else if (inPart && row.startsWith(QLatin1String("### ")))
+                section = row.mid(4);
+            else if (inPart && !section.isEmpty() && row.startsWith(QLatin1String("| ")) &&
+                     !row.startsWith(QLatin1String("| key "))) {
+                QStringList cells = row.split(u'|');
+                for (QString& cell : cells)
+                    cell = cell.trimmed();
+                documented.append((QStringList{section} + cells.mid(1, cells.size() - 2)).join(" | "));
+            }
+        }
+        QCOMPARE(documented, table);
+
+        QHash<QString, QString> described;
+        QList<const QAPropertyGroup*> groups{QAStConfiguration::propertyDescriptor()};
+        while (!groups.isEmpty()) {
+            for (const QAProperty* property : groups.takeFirst()->children()) {
+                if (property->isGroup())
+                    groups.append(static_cast<const QAPropertyGroup*>(property));
+                else if (!described.contains(property->tag()))
+                    described.insert(property->tag(), property->perlVarName());
+            }
+        }
+        for (auto it = variablesOf.cbegin(); it != variablesOf.cend(); ++it)
+            QVERIFY2(it.value().contains(described.value(it.key())), qPrintable(it.key()));
     }
 
     // Quotes, backslashes, blanks and non-ASCII text as perl reads them

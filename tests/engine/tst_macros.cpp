@@ -10,9 +10,11 @@
 
 #include <memory>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
-const QString title = QStringLiteral("Prompt Dialog");
+const QString title = u"Prompt Dialog"_s;
 
 // Keeps the filter of the open-file chooser besides what RecordingStudio
 // records.
@@ -48,20 +50,18 @@ private slots:
     void init()
     {
         m_studio = std::make_unique<ChooserStudio>();
-        m_project = std::make_unique<QAStProject>(QStringLiteral("p"), QPixmap());
-        m_node = new QAStNode(QStringLiteral("n"), QPixmap(), m_project.get());
-        QAStConfiguration* top = m_project->addConfiguration(QStringLiteral("Debug"));
-        top->setProperty(QStringLiteral("cflags"), QStringLiteral("-O2"));
-        top->setProperty(QStringLiteral("outdir"), QStringLiteral("p-out"));
-        top->setProperty(QStringLiteral("bufferSize"), 3);
-        top->setProperty(QStringLiteral("multiThreaded"), true);
-        top->setProperty(QStringLiteral("sourceDirectories"),
-                         QStringList{QStringLiteral("src"), QStringLiteral("lib")});
-        top->setProperty(QStringLiteral("ge_host_workdir"), QStringLiteral("${MACRO_VAR}/work"));
-        m_project->setCurrentConfigurationName(QStringLiteral("Debug"));
-        m_node->addConfiguration(QStringLiteral("Debug"))
-            ->setProperty(QStringLiteral("intdir"), QStringLiteral("obj"));
-        m_node->setCurrentConfigurationName(QStringLiteral("Debug"));
+        m_project = std::make_unique<QAStProject>(u"p"_s, QPixmap());
+        m_node = new QAStNode(u"n"_s, QPixmap(), m_project.get());
+        QAStConfiguration* top = m_project->addConfiguration(u"Debug"_s);
+        top->setProperty(u"cflags"_s, u"-O2"_s);
+        top->setProperty(u"outdir"_s, u"p-out"_s);
+        top->setProperty(u"bufferSize"_s, 3);
+        top->setProperty(u"multiThreaded"_s, true);
+        top->setProperty(u"sourceDirectories"_s, QStringList{u"src"_s, u"lib"_s});
+        top->setProperty(u"ge_host_workdir"_s, u"${MACRO_VAR}/work"_s);
+        m_project->setCurrentConfigurationName(u"Debug"_s);
+        m_node->addConfiguration(u"Debug"_s)->setProperty(u"intdir"_s, u"obj"_s);
+        m_node->setCurrentConfigurationName(u"Debug"_s);
         QAStProject::setModeBatch(false);
     }
 
@@ -85,12 +85,9 @@ private slots:
         QTest::newRow("Boolean, number, list")
             << "${multiThreaded} ${bufferSize} ${sourceDirectories}" << "1 3 src lib" << none;
         QTest::newRow("value with a reference") << "${ge_host_workdir}" << "from-env/work" << none;
-        QTest::newRow("environment, unknown") << "${MACRO_VAR}|${MACRO_UNSET}|" << "from-env||"
-                                              << none;
-        QTest::newRow("lone dollars, Perl")
-            << "$5 $x = $$; @$r $h{k} $" << "$5 $x = $$; @$r $h{k} $" << none;
-        QTest::newRow("escaped reference") << "$${cflags} $$${intdir}" << "${cflags} $${intdir}"
-                                           << none;
+        QTest::newRow("environment, unknown") << "${MACRO_VAR}|${MACRO_UNSET}|" << "from-env||" << none;
+        QTest::newRow("lone dollars, Perl") << "$5 $x = $$; @$r $h{k} $" << "$5 $x = $$; @$r $h{k} $" << none;
+        QTest::newRow("escaped reference") << "$${cflags} $$${intdir}" << "${cflags} $${intdir}" << none;
         QTest::newRow("Windows path") << "C:\\$Recycle.Bin\\${intdir}\\a$"
                                       << "C:\\$Recycle.Bin\\obj\\a$" << none;
         QTest::newRow("not names") << "${c flags}${}" << "${c flags}${}" << none;
@@ -101,14 +98,12 @@ private slots:
         QTest::newRow("unknown macro") << "-D@@FOO ${intdir}" << "-D@@FOO obj"
                                        << QStringList{"n: Unknown macro @@FOO"};
         QTest::newRow("each fault once") << "@@FOO @@FOO @@BAR_2" << "@@FOO @@FOO @@BAR_2"
-                                         << QStringList{"n: Unknown macro @@FOO",
-                                                        "n: Unknown macro @@BAR_2"};
+                                         << QStringList{"n: Unknown macro @@FOO", "n: Unknown macro @@BAR_2"};
         QTest::newRow("names are case-sensitive") << "@@prompt(x)" << "@@prompt(x)"
                                                   << QStringList{"n: Unknown macro @@prompt"};
         QTest::newRow("unterminated prompt") << "@@PROMPT(Flags ${intdir}" << "@@PROMPT(Flags obj"
                                              << QStringList{"n: Unterminated macro @@PROMPT"};
-        QTest::newRow("many unterminated") << QStringLiteral("@@OPEN((x)").repeated(4000)
-                                           << QStringLiteral("@@OPEN((x)").repeated(4000)
+        QTest::newRow("many unterminated") << u"@@OPEN((x)"_s.repeated(4000) << u"@@OPEN((x)"_s.repeated(4000)
                                            << QStringList{"n: Unterminated macro @@OPEN"};
     }
 
@@ -124,25 +119,23 @@ private slots:
 
     void withoutSettingsOnlyTheEnvironment()
     {
-        const QString text = QStringLiteral("${cflags}|${MACRO_VAR}|${intdir}");
-        const QString expected = QStringLiteral("env-cflags|from-env|");
+        const QString text = u"${cflags}|${MACRO_VAR}|${intdir}"_s;
+        const QString expected = u"env-cflags|from-env|"_s;
         QCOMPARE(QAStAnalyseMacro::analyse(text, nullptr, title), expected);
-        m_node->setCurrentConfigurationName(QStringLiteral("Release"));
+        m_node->setCurrentConfigurationName(u"Release"_s);
         QCOMPARE(QAStAnalyseMacro::analyse(text, m_node, title), expected);
         // Without a node a fault names the text.
-        QAStAnalyseMacro::analyse(QStringLiteral("x %2 @@BAR"), nullptr, title);
+        QAStAnalyseMacro::analyse(u"x %2 @@BAR"_s, nullptr, title);
         QCOMPARE(m_studio->messages(QAStData::MessageConsole),
-                 QStringList{QStringLiteral("x %2 @@BAR: Unknown macro @@BAR")});
+                 QStringList{u"x %2 @@BAR: Unknown macro @@BAR"_s});
     }
 
     void editorFallsBackToEDITOR()
     {
         qunsetenv("VISUAL");
-        QCOMPARE(QAStAnalyseMacro::analyse(QStringLiteral("@@EDITOR a.c"), m_node, title),
-                 QStringLiteral("vi a.c"));
+        QCOMPARE(QAStAnalyseMacro::analyse(u"@@EDITOR a.c"_s, m_node, title), u"vi a.c"_s);
         qunsetenv("EDITOR");
-        QCOMPARE(QAStAnalyseMacro::analyse(QStringLiteral("@@EDITOR a.c"), m_node, title),
-                 QStringLiteral(" a.c"));
+        QCOMPARE(QAStAnalyseMacro::analyse(u"@@EDITOR a.c"_s, m_node, title), u" a.c"_s);
         qputenv("VISUAL", "gvim");
         qputenv("EDITOR", "vi");
     }
@@ -157,8 +150,7 @@ private slots:
                                   << QStringList{"3", "ok"} << "Optimisation level" << "-O3 -g";
         QTest::newRow("cancelled") << "@@PROMPT(Flags, -g)" << QStringList{"x", "cancel"}
                                    << "Flags" << "-g";
-        QTest::newRow("default proposed") << "@@PROMPT( Flags ,  -g )" << QStringList()
-                                          << "Flags" << "-g";
+        QTest::newRow("default proposed") << "@@PROMPT( Flags ,  -g )" << QStringList() << "Flags" << "-g";
         QTest::newRow("arguments expanded") << "@@PROMPT(Flags of ${intdir}, ${cflags} -g)"
                                             << QStringList() << "Flags of obj" << "-O2 -g";
         QTest::newRow("commas and parentheses")
@@ -188,31 +180,27 @@ private slots:
 
     void batchAndNoHostTakeTheDefault()
     {
-        const QString text = QStringLiteral("@@PROMPT(Flags, -g)[@@OPEN(Source)]");
-        m_studio->answerText(QStringLiteral("typed"));
-        m_studio->answerPath(QStringLiteral("/tmp/a.c"));
+        const QString text = u"@@PROMPT(Flags, -g)[@@OPEN(Source)]"_s;
+        m_studio->answerText(u"typed"_s);
+        m_studio->answerPath(u"/tmp/a.c"_s);
         QAStProject::setModeBatch(true);
-        QCOMPARE(QAStAnalyseMacro::analyse(text, m_node, title), QStringLiteral("-g[]"));
+        QCOMPARE(QAStAnalyseMacro::analyse(text, m_node, title), u"-g[]"_s);
         QVERIFY(m_studio->requests().isEmpty());
         QAStProject::setModeBatch(false);
         m_studio.reset();
-        QCOMPARE(QAStAnalyseMacro::analyse(text, m_node, title), QStringLiteral("-g[]"));
+        QCOMPARE(QAStAnalyseMacro::analyse(text, m_node, title), u"-g[]"_s);
     }
 
     void openFile()
     {
-        m_studio->answerPath(QStringLiteral("/src/a.c"));
-        QCOMPARE(QAStAnalyseMacro::analyse(
-                     QStringLiteral("@@OPEN(Pick a source, Sources (*.c *.h);;All (*)) -o x"),
-                     m_node, title),
-                 QStringLiteral("/src/a.c -o x"));
-        QCOMPARE(QAStAnalyseMacro::analyse(QStringLiteral("[@@OPEN]"), m_node, title),
-                 QStringLiteral("[]"));
+        m_studio->answerPath(u"/src/a.c"_s);
+        QCOMPARE(QAStAnalyseMacro::analyse(u"@@OPEN(Pick a source, Sources (*.c *.h);;All (*)) -o x"_s,
+                     m_node, title), u"/src/a.c -o x"_s);
+        QCOMPARE(QAStAnalyseMacro::analyse(u"[@@OPEN]"_s, m_node, title), u"[]"_s);
         QCOMPARE(m_studio->requestTexts(RecordingStudio::Request::OpenFile).size(), 2);
-        QCOMPARE(m_studio->requests().at(0).caption, QStringLiteral("Pick a source"));
+        QCOMPARE(m_studio->requests().at(0).caption, u"Pick a source"_s);
         QCOMPARE(m_studio->requests().at(1).caption, title);
-        QCOMPARE(m_studio->filters,
-                 (QStringList{QStringLiteral("Sources (*.c *.h);;All (*)"), QString()}));
+        QCOMPARE(m_studio->filters, (QStringList{u"Sources (*.c *.h);;All (*)"_s, QString()}));
     }
 
     // A stopped expansion returns the text as written, with one message.
@@ -224,8 +212,8 @@ private slots:
         const auto chain = [](int length) { // v1 -> v2 -> ... -> "end"
             QStringList settings;
             for (int i = 1; i < length; ++i)
-                settings << QStringLiteral("v%1").arg(i) << QStringLiteral("${v%1}").arg(i + 1);
-            return settings << QStringLiteral("v%1").arg(length) << QStringLiteral("end");
+                settings << u"v%1"_s.arg(i) << u"${v%1}"_s.arg(i + 1);
+            return settings << u"v%1"_s.arg(length) << u"end"_s;
         };
         QTest::newRow("chain at the limit") << chain(QAStAnalyseMacro::maxDepth) << "${v1}" << "";
         QTest::newRow("chain beyond") << chain(QAStAnalyseMacro::maxDepth + 1) << "${v1}"
@@ -238,14 +226,13 @@ private slots:
             << "n: Recursion deeper than 16 levels in macro ${a}";
         QStringList fanOut;
         for (int i = 1; i <= 8; ++i)
-            fanOut << QStringLiteral("w%1").arg(i)
-                   << QStringLiteral("${w%1}").arg(i + 1).repeated(10);
+            fanOut << u"w%1"_s.arg(i) << u"${w%1}"_s.arg(i + 1).repeated(10);
         QTest::newRow("fan-out") << fanOut << "${w1}" << "n: More than 10000 macros to expand";
         QTest::newRow("length") << QStringList{"big", QString(1 << 20, u'x')}
-                                << QStringLiteral("${big}").repeated(17)
+                                << u"${big}"_s.repeated(17)
                                 << "n: Expansion longer than 16777216 characters";
         QTest::newRow("arguments nested in the text")
-            << QStringList() << QStringLiteral("@@PROMPT(").repeated(20) + QString(20, u')')
+            << QStringList() << u"@@PROMPT("_s.repeated(20) + QString(20, u')')
             << "n: Recursion deeper than 16 levels in macro @@PROMPT";
     }
 
@@ -257,8 +244,7 @@ private slots:
         for (qsizetype i = 0; i + 1 < settings.size(); i += 2)
             m_node->currentConfiguration()->setProperty(settings.at(i), settings.at(i + 1));
         const bool expands = message.isEmpty();
-        QCOMPARE(QAStAnalyseMacro::analyse(text, m_node, title),
-                 expands ? QStringLiteral("end") : text);
+        QCOMPARE(QAStAnalyseMacro::analyse(text, m_node, title), expands ? u"end"_s : text);
         QCOMPARE(m_studio->messages(QAStData::MessageConsole),
                  expands ? QStringList() : QStringList{message});
     }

@@ -17,11 +17,13 @@
 #include <csignal>
 #include <sys/resource.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QStringList sh(const QString& script)
 {
-    return {QStringLiteral("/bin/sh"), QStringLiteral("-c"), script};
+    return {u"/bin/sh"_s, u"-c"_s, script};
 }
 
 // Everything a process signals, in order: "out:<text>", "err:<text>",
@@ -30,11 +32,11 @@ struct Recorder {
     explicit Recorder(QAProcess* process)
     {
         QObject::connect(process, &QAProcess::stdoutReceived, &context,
-                         [this](const QString& text) { events << QStringLiteral("out:") + text; });
+                         [this](const QString& text) { events << u"out:"_s + text; });
         QObject::connect(process, &QAProcess::stderrReceived, &context,
-                         [this](const QString& text) { events << QStringLiteral("err:") + text; });
+                         [this](const QString& text) { events << u"err:"_s + text; });
         QObject::connect(process, &QAProcess::exited, &context, [this](bool normal, int status) {
-            events << QStringLiteral("exited:%1,%2").arg(normal).arg(status);
+            events << u"exited:%1,%2"_s.arg(normal).arg(status);
         });
     }
     // The texts of one kind ("out", "err", "exited").
@@ -73,8 +75,7 @@ private slots:
         QTest::newRow("single quotes") << "perl.exe x.pl 'a b' &"
                                        << QStringList{"perl.exe", "x.pl", "a b", "&"};
         QTest::newRow("ampersand") << "a & b&" << QStringList{"a", "&", "b&"};
-        QTest::newRow("two strings") << "\"a b\" \"c d\" 'e' 'f g'"
-                                     << QStringList{"a b", "c d", "e", "f g"};
+        QTest::newRow("two strings") << "\"a b\" \"c d\" 'e' 'f g'" << QStringList{"a b", "c d", "e", "f g"};
         QTest::newRow("escaped quote kept inside") << "\"say \\\"hi\\\"\" 'it\\'s' x"
                                                    << QStringList{"say \\\"hi\\\"", "it\\'s", "x"};
         QTest::newRow("backslash before the only closing quote") << "\"C:\\dir\\\" x"
@@ -91,9 +92,36 @@ private slots:
     {
         QFETCH(QString, line);
         QFETCH(QStringList, args);
-        QStringList split{QStringLiteral("left over")};
+        QStringList split{u"left over"_s};
         QAProcess::commandLineToArgs(line, split);
         QCOMPARE(split, args);
+    }
+
+    // Long lines are a bounded amount of work: each match of the splitter
+    // at successive offsets used to check the whole line's UTF-16 again, so
+    // a line of a few hundred thousand characters took minutes.
+    void longCommandLines_data()
+    {
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<int>("count");
+        QTest::addColumn<QString>("last");
+        QTest::newRow("words") << u"ab "_s.repeated(150000) << 150000 << "ab";
+        QTest::newRow("empty strings") << u"\"\""_s.repeated(200000) << 200000 << "";
+        QTest::newRow("a quote never closed") << u"\""_s + u"x "_s.repeated(100000) << 100000 << "x";
+        QTest::newRow("single-quoted strings") << u"'a b' "_s.repeated(100000) << 100000 << "a b";
+    }
+    void longCommandLines()
+    {
+        QFETCH(QString, line);
+        QFETCH(int, count);
+        QStringList args;
+        QAProcess::commandLineToArgs(line, args);
+        QCOMPARE(args.size(), count);
+        QTEST(args.last(), "last");
+        // A lone surrogate (not valid UTF-16) reads as a replacement character.
+        const QChar lone(char16_t(0xD800));
+        QAProcess::commandLineToArgs(u"a "_s + lone + u" \"x"_s + lone + u"y\" b"_s, args);
+        QCOMPARE(args, QStringList({u"a"_s, u"x\uFFFDy"_s, u"b"_s}));
     }
 
     // A last argument holding "&" is dropped and makes the start
@@ -103,7 +131,7 @@ private slots:
         QTest::addColumn<QString>("line");
         QTest::addColumn<bool>("asynchronous");
         QTest::addColumn<QString>("output");
-        const QString child = QStringLiteral("/bin/sh -c 'echo \"$# $0|$1\"; exit 4' x 'y z'");
+        const QString child = u"/bin/sh -c 'echo \"$# $0|$1\"; exit 4' x 'y z'"_s;
         QTest::newRow("lone &") << child + " &" << true << "1 x|y z";
         QTest::newRow("& in the last word") << child + " w&" << true << "1 x|y z";
         QTest::newRow("none") << child << false << "1 x|y z";
@@ -137,7 +165,7 @@ private slots:
         QTest::addColumn<int>("codec"); // 0 none, 1 UTF-8, 2 UTF-8 then reset
         QTest::addColumn<bool>("errorStream");
         QTest::addColumn<QStringList>("events");
-        const QString latin = QStringLiteral("\u00c3\u00a9");
+        const QString latin = u"\u00c3\u00a9"_s;
         const QStringList latinLines{"out:" + latin, "out:", "out:c"};
         QTest::newRow("line per line") << true << 0 << false << latinLines;
         QTest::newRow("one text per read") << false << 0 << false
@@ -155,7 +183,7 @@ private slots:
         QFETCH(bool, errorStream);
         QFETCH(QStringList, events);
         QTemporaryDir dir;
-        const QString flag = dir.filePath(QStringLiteral("flag"));
+        const QString flag = dir.filePath(u"flag"_s);
         QAProcess process;
         process.setLinePerLine(linePerLine);
         if (codec > 0)
@@ -195,12 +223,11 @@ private slots:
         QFETCH(bool, normal);
         QFETCH(int, status);
         QTemporaryDir dir;
-        QStringList environment{QStringLiteral("KORVIL_PROBE=probe value")};
+        QStringList environment{u"KORVIL_PROBE=probe value"_s};
         QAProcess process;
         process.setLinePerLine(true);
         Recorder recorder(&process);
-        QTest::ignoreMessage(QtWarningMsg,
-                             QRegularExpression(QStringLiteral("^Terminated process pid = \\d+$")));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"^Terminated process pid = \\d+$"_s));
         bool endNormal = !normal;
         int endStatus = -1;
         QVERIFY(process.start(sh("pwd -P; echo \"$KORVIL_PROBE\"; " + script), QDir(dir.path()),
@@ -211,8 +238,7 @@ private slots:
         QVERIFY(process.isFinished());
         QVERIFY(process.pid() > 0);
         QVERIFY(!QAProcess::listOfProcess().contains(&process));
-        QCOMPARE(recorder.of("out"),
-                 (QStringList{QFileInfo(dir.path()).canonicalFilePath(), "probe value"}));
+        QCOMPARE(recorder.of("out"), (QStringList{QFileInfo(dir.path()).canonicalFilePath(), "probe value"}));
     }
 
     // A receiver turning the event loop while the child writes more and
@@ -237,7 +263,7 @@ private slots:
         int deepest = 0;
         connect(&process, &QAProcess::stdoutReceived, this, [&] {
             deepest = qMax(deepest, ++depth);
-            QFile(dir.filePath(QStringLiteral("flag"))).open(QIODevice::WriteOnly);
+            QFile(dir.filePath(u"flag"_s)).open(QIODevice::WriteOnly);
             // Bounded; without "done" the comparisons below fail.
             (void)QTest::qWaitFor([&] { return QFile::exists(dir.filePath("done")); });
             QTest::qWait(20);
@@ -252,7 +278,7 @@ private slots:
         QCOMPARE(deepest, 1);
         QCOMPARE(recorder.of("out"), (QStringList{"1", "2"}));
         QCOMPARE(recorder.of("err"), QStringList{"e"});
-        QCOMPARE(recorder.events.last(), QStringLiteral("exited:1,0"));
+        QCOMPARE(recorder.events.last(), u"exited:1,0"_s);
     }
 
     void failedStart_data()
@@ -273,8 +299,7 @@ private slots:
         QFETCH(QString, dir);
         QAProcess process;
         Recorder recorder(&process);
-        QTest::ignoreMessage(QtWarningMsg,
-                             qPrintable(args.value(0) + ": unable to start the command\n"));
+        QTest::ignoreMessage(QtWarningMsg, qPrintable(args.value(0) + ": unable to start the command\n"));
         bool normal = true;
         int status = 7;
         QVERIFY(!process.start(args, dir.isEmpty() ? QDir() : QDir(dir), normal, status));
@@ -301,7 +326,7 @@ private slots:
         Recorder firstRecorder(&first);
         Recorder secondRecorder(&second);
         QVERIFY(first.start(sh("exec sleep 30"), QDir(), normal, status));
-        QVERIFY(second.start(QStringLiteral("sleep 30 &"), QDir(), normal, status, nullptr, false));
+        QVERIFY(second.start(u"sleep 30 &"_s, QDir(), normal, status, nullptr, false));
         QCOMPARE(QAProcess::listOfProcess(), (QList<QAProcess*>{&first, &second}));
         QAProcess::killAll();
         QVERIFY(QAProcess::listOfProcess().isEmpty());
@@ -318,8 +343,7 @@ private slots:
         QTest::addColumn<QString>("script");
         QTest::addColumn<bool>("asynchronous");
         QTest::newRow("while running") << "now" << "echo a; exec sleep 30" << true;
-        QTest::newRow("by a receiver during the wait")
-            << "output" << "echo a; exec sleep 30" << false;
+        QTest::newRow("by a receiver during the wait") << "output" << "echo a; exec sleep 30" << false;
         QTest::newRow("by a receiver of exited") << "exited" << "exit 0" << true;
     }
 
@@ -329,7 +353,7 @@ private slots:
         QFETCH(bool, asynchronous);
         QFETCH(QString, script);
         if (when != QLatin1String("exited"))
-            QTest::failOnWarning(QRegularExpression(QStringLiteral(".")));
+            QTest::failOnWarning(QRegularExpression(u"."_s));
         auto* process = new QAProcess;
         qint64 pid = 0;
         const auto destroy = [&] {
@@ -369,8 +393,7 @@ private slots:
         QVERIFY(process.start(sh("sleep 1"), QDir(), normal, status, nullptr, false));
         const double cpu = cpuSeconds() - cpuBefore;
         const double elapsed = wall.nsecsElapsed() / 1e9;
-        QVERIFY2(cpu < 0.2 * elapsed,
-                 qPrintable(QStringLiteral("%1 s of %2 s").arg(cpu).arg(elapsed)));
+        QVERIFY2(cpu < 0.2 * elapsed, qPrintable(u"%1 s of %2 s"_s.arg(cpu).arg(elapsed)));
     }
 
     void perlCommand_data()
@@ -379,10 +402,9 @@ private slots:
         QTest::addColumn<QString>("zeltaHome"); // null: unset
         QTest::addColumn<QString>("korvilDir");
         QTest::addColumn<QStringList>("command");
-        const QString winPerl = QStringLiteral("\\bin\\intel\\win32\\Korvilperl.exe");
-        const QString winLib = QStringLiteral("-IC:\\inst\\lib\\perl");
-        QTest::newRow("POSIX: the installation given")
-            << int(QAInstall::Posix) << "/z" << "/k"
+        const QString winPerl = u"\\bin\\intel\\win32\\Korvilperl.exe"_s;
+        const QString winLib = u"-IC:\\inst\\lib\\perl"_s;
+        QTest::newRow("POSIX: the installation given") << int(QAInstall::Posix) << "/z" << "/k"
             << QStringList{"C:\\inst/bin/intel/linux/Korvilperl", "-IC:\\inst/lib/perl"};
         QTest::newRow("Windows: ZELTAHOME") << int(QAInstall::Windows) << "C:\\Z" << "D:\\K"
                                             << QStringList{"C:\\Z" + winPerl, winLib};
@@ -401,15 +423,13 @@ private slots:
         const auto setEnv = [](const char* name, const QByteArray& value) {
             value.isNull() ? qunsetenv(name) : qputenv(name, value);
         };
-        const auto restore = qScopeGuard(
-            [setEnv, home = qgetenv("ZELTAHOME"), dir = qgetenv("KORVILDIR")] {
+        const auto restore = qScopeGuard([setEnv, home = qgetenv("ZELTAHOME"), dir = qgetenv("KORVILDIR")] {
                 setEnv("ZELTAHOME", home);
                 setEnv("KORVILDIR", dir);
             });
         setEnv("ZELTAHOME", zeltaHome.isNull() ? QByteArray() : zeltaHome.toLocal8Bit());
         setEnv("KORVILDIR", korvilDir.isNull() ? QByteArray() : korvilDir.toLocal8Bit());
-        QCOMPARE(QAInstall::perlCommand(QStringLiteral("C:\\inst"), QAInstall::Platform(platform)),
-                 command);
+        QCOMPARE(QAInstall::perlCommand(u"C:\\inst"_s, QAInstall::Platform(platform)), command);
     }
 
     void perlProgramName_data()
@@ -421,8 +441,7 @@ private slots:
         QTest::newRow("exe kept") << windows << "korvilperl.exe" << "korvilperl.exe";
         QTest::newRow("none added") << windows << "Korvilperl" << "Korvilperl.EXE";
         QTest::newRow("other added") << windows << "perl.bat" << "perl.bat.EXE";
-        QTest::newRow("dot in a directory")
-            << windows << "C:\\a.exe\\perl" << "C:\\a.exe\\perl.EXE";
+        QTest::newRow("dot in a directory") << windows << "C:\\a.exe\\perl" << "C:\\a.exe\\perl.EXE";
         QTest::newRow("POSIX kept") << int(QAInstall::Posix) << "Korvilperl" << "Korvilperl";
     }
 
@@ -443,8 +462,7 @@ private slots:
         QTest::addColumn<QString>("output");
         const QString tree = QFileInfo(TestPaths::installTree()).canonicalFilePath();
         QTest::newRow("runs perl") << false << "print 6*7" << "42";
-        QTest::newRow("module path")
-            << false << "print $INC[0]" << TestPaths::installTree() + "/lib/perl";
+        QTest::newRow("module path") << false << "print $INC[0]" << TestPaths::installTree() + "/lib/perl";
         QTest::newRow("own installation") << true << "print $ENV{ZELTAHOME}" << tree;
     }
 
@@ -457,7 +475,7 @@ private slots:
         QCOMPARE(home, TestPaths::installTree());
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         if (unsetHome)
-            environment.remove(QStringLiteral("ZELTAHOME"));
+            environment.remove(u"ZELTAHOME"_s);
         QStringList variables = environment.toStringList();
         QAProcess process;
         process.setLinePerLine(true);

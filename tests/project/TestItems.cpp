@@ -6,6 +6,8 @@
 #include <QDomElement>
 #include <QTextStream>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 const QAStDataFactory::Registration<TestItem> itemRow("test_item");
 const QAStDataFactory::Registration<TestFolder> folderRow("test_folder");
@@ -26,11 +28,11 @@ TestItem::TestItem(const char* tag, const QDomElement& e, int version, QAStData*
                    QAStData* after, const QStringList& allowedClasses)
     : QAStData(parent, after)
 {
-    if (!checkTag(e, tag) || !init(e.firstChildElement(QStringLiteral("data")), version)) {
+    if (!checkTag(e, tag) || !init(e.firstChildElement(u"data"_s), version)) {
         setValid(false);
         return;
     }
-    initChildren(e.firstChildElement(QStringLiteral("children")), version, allowedClasses);
+    initChildren(e.firstChildElement(u"children"_s), version, allowedClasses);
 }
 
 void TestItem::write(QTextStream& s, int indent) const
@@ -54,7 +56,7 @@ TestFolder::TestFolder(const QString& name, QAStData* parent, QAStData* after)
 }
 
 TestFolder::TestFolder(const QDomElement& e, int version, QAStData* parent, QAStData* after)
-    : TestItem("test_folder", e, version, parent, after, QStringList{QStringLiteral("TestLeaf")})
+    : TestItem("test_folder", e, version, parent, after, QStringList{u"TestLeaf"_s})
 {
 }
 

@@ -1,17 +1,36 @@
+// The item tree: children, their signals, order and searches; the data
+// block and the node block in XML and in the older resource form; the
+// factory and the places a plug-in fills; undo and redo of edits.
+#include "QAIActivityPlugin.h"
+#include "QAINodePlugin.h"
+#include "QAIProjectPlugin.h"
+#include "QAITestNodePlugin.h"
 #include "QARes.h"
+#include "QAStConfiguration.h"
 #include "QAStData.h"
+#include "QAStDataFactory.h"
+#include "QAStDataUndoAction.h"
+#include "QAStDataUndoActionManager.h"
+#include "QAStNode.h"
+#include "QAStNodePluginCenter.h"
+#include "QAStProject.h"
+#include "QAStSubProject.h"
 #include "QAXML.h"
 #include "RecordingStudio.h"
 #include "TestItems.h"
 
+#include <QClipboard>
 #include <QDomDocument>
-#include <QDomElement>
+#include <QGuiApplication>
+#include <QPointer>
 #include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QTextStream>
 #include <QtTest>
 
 #include <memory>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -31,597 +50,1013 @@ QStringList childNames(const QAStData* parent)
 // The children as the sibling links give them, walked both ways.
 QStringList linkedNames(const QAStData* parent)
 {
-    QStringList forward;
+    QStringList forward, backward;
     for (QAStData* c = parent->child(); c; c = c->next())
         forward << c->name();
-    QStringList backward;
     for (QAStData* c = parent->last(); c; c = c->previous())
         backward.prepend(c->name());
-    return forward == backward ? forward : QStringList{QStringLiteral("<broken links>")};
+    return forward == backward ? forward : QStringList{u"<broken links>"_s};
+}
+
+// Children by name, nested ones in brackets: "a b[b1 b2] c".
+QString shape(const QAStData* item)
+{
+    QStringList parts;
+    for (QAStData* c = item->child(); c; c = c->next())
+        parts << c->name() + (c->child() ? "[" + shape(c) + "]" : QString());
+    return parts.join(u' ');
 }
 
 QString dataBlock(const QString& inner)
 {
-    return QStringLiteral("<data>") + inner + QStringLiteral("</data>");
+    return u"<data>"_s + inner + u"</data>"_s;
 }
+
+// Runs the deletions that del() and undo leave for later.
+void flushDeletes()
+{
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+std::unique_ptr<QAStNode> readNode(const QString& xml)
+{
+    return std::make_unique<QAStNode>(parseElement(xml), 1);
+}
+
+// A node that keeps its configurations elsewhere, as the project does.
+class RootLikeNode : public QAStNode {
+    Q_OBJECT
+public:
+    using QAStNode::QAStNode;
+
+protected:
+    void writeConfigurationList(QTextStream& s, int indent) const override
+    {
+        QAXML::toStream(s, "configuration_list", QString(), indent);
+    }
+};
+
+// A node plug-in that answers for the interfaces it is told to, and
+// records what the factory asks of it.
+class ScriptedPlugin : public QAINodePlugin, public QAIActivityPlugin, public QAITestNodePlugin,
+                       public QAIProjectPlugin {
+public:
+    enum Place { Activity = 1, TestNode = 2, Project = 4 };
+
+    ScriptedPlugin(const QStringList& features, int places) : m_features(features), m_places(places)
+    {
+        QAStNodePluginCenter::nodePluginCenter()->registerPlugin(this);
+    }
+    ~ScriptedPlugin() override { QAStNodePluginCenter::nodePluginCenter()->unregisterPlugin(this); }
+
+    QStringList features() const override { return m_features; }
+    void* queryInterface(const char* iid) override
+    {
+        if ((m_places & Activity) && qstrcmp(iid, QAIActivityPlugin::interfaceId()) == 0)
+            return static_cast<QAIActivityPlugin*>(this);
+        if ((m_places & TestNode) && qstrcmp(iid, QAITestNodePlugin::interfaceId()) == 0)
+            return static_cast<QAITestNodePlugin*>(this);
+        if ((m_places & Project) && qstrcmp(iid, QAIProjectPlugin::interfaceId()) == 0)
+            return static_cast<QAIProjectPlugin*>(this);
+        return nullptr;
+    }
+    QAStData* createTestNode(const QString& feature, const QDomElement& e, int version, QAStData* parent,
+                             QAStData* after) override
+    {
+        return make(u"test node"_s, feature, e, version, parent, after);
+    }
+    QAStData* createProjectItem(const QString& feature, const QDomElement& e, int version, QAStData* parent,
+                                QAStData* after) override
+    {
+        return make(u"project item"_s, feature, e, version, parent, after);
+    }
+
+    QStringList calls;
+    int lastVersion = 0;
+    QAStData* lastAfter = nullptr;
+
+private:
+    QAStData* make(const QString& how, const QString& feature, const QDomElement& e, int version,
+                   QAStData* parent, QAStData* after)
+    {
+        calls << how + u' ' + feature + u' ' + e.tagName();
+        lastVersion = version;
+        lastAfter = after;
+        return new TestLeaf(how, parent, after);
+    }
+
+    QStringList m_features;
+    int m_places;
+};
 
 }
 
 class TestItemTree : public QObject {
     Q_OBJECT
-private slots:
-    void init();
 
-    void renameEmitsOnlyOnChange();
-    void everyAttributeSignalsItsChange();
-    void childrenFollowAfter();
-    void signalsOfAddAndRemove();
-    void movingAChildBetweenParents();
-    void addChildRefusesCycles();
-    void deletingAChildDetachesItQuietly();
-    void deleteChildrenEmitsAndDeletes();
-    void sortedChildren();
-    void sortingRecursively();
-    void searches();
-
-    void writeGivesTheDataBlock();
-    void encodedNamesReadBack_data();
-    void encodedNamesReadBack();
-    void faultsOfTheDataBlock_data();
-    void faultsOfTheDataBlock();
-    void checkTagOnANonElement();
-    void quidsStayUniqueAfterARead();
-    void quidThatIsNotANumber_data();
-    void quidThatIsNotANumber();
-    void anyTextReadsBack();
-    void initFromResources();
-    void readBoolValAcceptsText();
-
-    void childrenKeepFileOrder_data();
-    void childrenKeepFileOrder();
-    void unknownTagIsReportedAndSkipped();
-    void badPlaceIsReportedAndDropped();
-
-private:
     std::unique_ptr<RecordingStudio> m_studio;
-};
+    // For undo: root: a, b[b1 b2], c
+    std::unique_ptr<TestItem> m_root;
+    QAStData* m_b = nullptr;
 
-void TestItemTree::init()
-{
-    m_studio = std::make_unique<RecordingStudio>();
-    QAStData::clearLoadReport();
-}
+private slots:
+    void initTestCase() { QVERIFY(QAStConfiguration::initialize(nullptr, nullptr)); }
 
-void TestItemTree::renameEmitsOnlyOnChange()
-{
-    QAStData item(QStringLiteral("a"), QPixmap());
-    QSignalSpy renamed(&item, &QAStData::renamed);
-    item.setName(QStringLiteral("b"));
-    item.setName(QStringLiteral("b"));
-    QCOMPARE(renamed.count(), 1);
-    QCOMPARE(renamed.at(0).at(0).toString(), QStringLiteral("b"));
-}
-
-void TestItemTree::everyAttributeSignalsItsChange()
-{
-    QAStData item(QStringLiteral("a"), QPixmap());
-    QSignalSpy changed(&item, &QAStData::attributeChanged);
-    item.setName(QStringLiteral("b"));
-    item.setQuid(item.quid() + 1000);
-    item.setIconByFileName(QStringLiteral("node.png"));
-    item.setRenameable(!item.isRenameable());
-    item.setDeletable(!item.isDeletable());
-    item.setExtended(!item.isExtended());
-    item.setAlphabeticallySorted(!item.isAlphabeticallySorted());
-    item.setExecutionResult(item.executionResult() + 1);
-    item.setDuplicable(!item.isDuplicable());
-    item.setModified(!item.isModified());
-    QStringList names;
-    for (const QList<QVariant>& args : changed)
-        names << args.at(0).toString();
-    QCOMPARE(names, (QStringList{"name", "quid", "icon", "renameable", "deletable", "open",
-                                 "sorted", "executionResult", "duplicable", "modified"}));
-
-    changed.clear();
-    item.setRenameable(item.isRenameable());
-    item.setExecutionResult(item.executionResult());
-    item.setModified(item.isModified());
-    QCOMPARE(changed.count(), 0);
-}
-
-void TestItemTree::childrenFollowAfter()
-{
-    TestItem root(QStringLiteral("root"));
-    auto* b = new TestItem(QStringLiteral("b"), &root, nullptr);
-    new TestItem(QStringLiteral("a"), &root, nullptr); // front
-    new TestItem(QStringLiteral("c"), &root, b);
-    TestItem stranger(QStringLiteral("stranger"));
-    new TestItem(QStringLiteral("d"), &root, &stranger); // not a child: front
-
-    QCOMPARE(linkedNames(&root), (QStringList{"d", "a", "b", "c"}));
-    QCOMPARE(root.childCount(), 4);
-    QCOMPARE(b->parent(), &root);
-    QCOMPARE(b->QObject::parent(), &root);
-    QCOMPARE(root.child()->name(), QStringLiteral("d"));
-    QCOMPARE(root.last()->name(), QStringLiteral("c"));
-}
-
-void TestItemTree::signalsOfAddAndRemove()
-{
-    TestItem parent(QStringLiteral("p"));
-    QSignalSpy childAdded(&parent, &QAStData::childAdded);
-    QSignalSpy childRemoved(&parent, &QAStData::childRemoved);
-
-    auto* child = new TestItem(QStringLiteral("c"));
-    QSignalSpy added(child, &QAStData::added);
-    QSignalSpy removed(child, &QAStData::removed);
-    parent.addChild(child, nullptr);
-    QCOMPARE(added.count(), 1);
-    QCOMPARE(childAdded.count(), 1);
-    QCOMPARE(childAdded.at(0).at(0).value<QAStData*>(), child);
-
-    child->remove();
-    QCOMPARE(removed.count(), 1);
-    QCOMPARE(childRemoved.count(), 1);
-    QCOMPARE(childRemoved.at(0).at(0).value<QAStData*>(), child);
-    QVERIFY(!child->parent());
-    QVERIFY(!child->QObject::parent());
-    QCOMPARE(parent.childCount(), 0);
-
-    child->remove(); // already detached: nothing
-    QCOMPARE(removed.count(), 1);
-    delete child;
-
-    new TestItem(QStringLiteral("built inside"), &parent, nullptr);
-    QCOMPARE(childAdded.count(), 2);
-}
-
-void TestItemTree::movingAChildBetweenParents()
-{
-    TestItem first(QStringLiteral("first"));
-    TestItem second(QStringLiteral("second"));
-    auto* child = new TestItem(QStringLiteral("c"), &first, nullptr);
-    QSignalSpy leftFirst(&first, &QAStData::childRemoved);
-    QSignalSpy reachedSecond(&second, &QAStData::childAdded);
-
-    second.addChild(child, nullptr);
-    QCOMPARE(leftFirst.count(), 1);
-    QCOMPARE(reachedSecond.count(), 1);
-    QCOMPARE(first.childCount(), 0);
-    QCOMPARE(child->parent(), &second);
-}
-
-void TestItemTree::addChildRefusesCycles()
-{
-    TestItem root(QStringLiteral("root"));
-    auto* mid = new TestItem(QStringLiteral("mid"), &root, nullptr);
-    auto* leaf = new TestItem(QStringLiteral("leaf"), mid, nullptr);
-    QSignalSpy added(leaf, &QAStData::childAdded);
-
-    leaf->addChild(&root, nullptr);
-    leaf->addChild(leaf, nullptr);
-    leaf->addChild(nullptr, nullptr);
-    QCOMPARE(added.count(), 0);
-    QVERIFY(!root.parent());
-    QVERIFY(root.isAncestorOf(leaf));
-    QVERIFY(!leaf->isAncestorOf(&root));
-    QCOMPARE(leaf->root(), &root);
-}
-
-void TestItemTree::deletingAChildDetachesItQuietly()
-{
-    TestItem root(QStringLiteral("root"));
-    new TestItem(QStringLiteral("a"), &root, nullptr);
-    auto* b = new TestItem(QStringLiteral("b"), &root, root.last());
-    new TestItem(QStringLiteral("c"), &root, root.last());
-    new TestItem(QStringLiteral("b1"), b, nullptr);
-    QSignalSpy childRemoved(&root, &QAStData::childRemoved);
-
-    delete b;
-    QCOMPARE(childRemoved.count(), 0);
-    QCOMPARE(linkedNames(&root), (QStringList{"a", "c"}));
-    QCOMPARE(root.childCount(), 2);
-}
-
-void TestItemTree::deleteChildrenEmitsAndDeletes()
-{
-    TestItem root(QStringLiteral("root"));
-    auto* a = new TestItem(QStringLiteral("a"), &root, nullptr);
-    new TestItem(QStringLiteral("b"), &root, a);
-    QSignalSpy childRemoved(&root, &QAStData::childRemoved);
-    QSignalSpy destroyed(a, &QObject::destroyed);
-
-    root.deleteChildren();
-    QCOMPARE(childRemoved.count(), 2);
-    QCOMPARE(destroyed.count(), 1);
-    QCOMPARE(root.childCount(), 0);
-    QVERIFY(!root.child());
-    QVERIFY(!root.last());
-}
-
-void TestItemTree::sortedChildren()
-{
-    TestItem root(QStringLiteral("root"));
-    root.setAlphabeticallySorted(true);
-    new TestItem(QStringLiteral("delta"), &root, nullptr);
-    new TestItem(QStringLiteral("Bravo"), &root, root.last());
-    auto* alpha = new TestItem(QStringLiteral("alpha"), &root, root.last());
-    new TestItem(QStringLiteral("bravo"), &root, nullptr);
-    QCOMPARE(linkedNames(&root), (QStringList{"alpha", "Bravo", "bravo", "delta"}));
-
-    alpha->setName(QStringLiteral("echo"));
-    QCOMPARE(linkedNames(&root), (QStringList{"Bravo", "bravo", "delta", "echo"}));
-
-    root.setAlphabeticallySorted(false);
-    new TestItem(QStringLiteral("aaa"), &root, root.last());
-    QCOMPARE(root.last()->name(), QStringLiteral("aaa"));
-}
-
-void TestItemTree::sortingRecursively()
-{
-    TestItem root(QStringLiteral("root"));
-    auto* sub = new TestItem(QStringLiteral("sub"), &root, nullptr);
-    new TestItem(QStringLiteral("z"), sub, nullptr);
-    new TestItem(QStringLiteral("y"), sub, sub->last());
-    new TestItem(QStringLiteral("a"), &root, root.last());
-
-    root.setAlphabeticallySorted(true, false);
-    QCOMPARE(childNames(&root), (QStringList{"a", "sub"}));
-    QCOMPARE(childNames(sub), (QStringList{"z", "y"}));
-
-    root.setAlphabeticallySorted(true, true);
-    QVERIFY(sub->isAlphabeticallySorted());
-    QCOMPARE(childNames(sub), (QStringList{"y", "z"}));
-}
-
-void TestItemTree::searches()
-{
-    TestItem root(QStringLiteral("root"));
-    auto* folder = new TestFolder(QStringLiteral("folder"), &root, nullptr);
-    auto* leaf1 = new TestLeaf(QStringLiteral("leaf1"), folder, nullptr);
-    auto* inner = new TestFolder(QStringLiteral("inner"), folder, leaf1);
-    auto* leaf2 = new TestLeaf(QStringLiteral("leaf2"), inner, nullptr);
-    new TestLeaf(QStringLiteral("leaf3"), &root, folder);
-
-    QCOMPARE(namesOf(root.childrenOfClass("TestLeaf")), QStringList{"leaf3"});
-    QCOMPARE(namesOf(root.childrenOfClass("TestLeaf", true)), (QStringList{"leaf1", "leaf2", "leaf3"}));
-    QCOMPARE(namesOf(root.childrenOfClass("QAStData", true)),
-             (QStringList{"folder", "leaf1", "inner", "leaf2", "leaf3"}));
-    QVERIFY(root.childrenOfClass("QAStProject", true).isEmpty());
-
-    QCOMPARE(leaf2->parentOfClass("TestFolder"), inner);
-    QCOMPARE(namesOf(leaf2->parentsOfClass("TestFolder")), (QStringList{"inner", "folder"}));
-    QVERIFY(!leaf2->parentOfClass("TestLeaf"));
-
-    QCOMPARE(root.searchChildOfClass(QStringLiteral("leaf2"), "TestLeaf", true), leaf2);
-    QVERIFY(!root.searchChildOfClass(QStringLiteral("leaf2"), "TestLeaf", false));
-    QVERIFY(!root.searchChildOfClass(QStringLiteral("inner"), "TestLeaf", true));
-
-    QCOMPARE(root.findNode(QStringLiteral("leaf2")), leaf2);
-    QCOMPARE(root.findNode(QStringLiteral("root")), &root);
-    QVERIFY(!folder->findNode(QStringLiteral("leaf3")));
-    QVERIFY(!root.projectItem());
-    QVERIFY(!leaf2->rootProjectItem());
-}
-
-void TestItemTree::writeGivesTheDataBlock()
-{
-    QAStData item(QStringLiteral("a,b"), QPixmap());
-    item.setQuid(42);
-    item.setIconByFileName(QStringLiteral("node<1>.png"));
-    item.setRenameable(false);
-    item.setExtended(true);
-    item.setExecutionResult(-3);
-
-    QString text;
-    QTextStream s(&text);
-    item.write(s, 1);
-    s.flush();
-    QCOMPARE(text, QStringLiteral("  <data>\n"
-                                  "    <name>a#comma#b</name>\n"
-                                  "    <quid>42</quid>\n"
-                                  "    <icon>node&lt;1&gt;.png</icon>\n"
-                                  "    <renameable>false</renameable>\n"
-                                  "    <deletable>true</deletable>\n"
-                                  "    <open>true</open>\n"
-                                  "    <sorted>false</sorted>\n"
-                                  "    <executionResult>-3</executionResult>\n"
-                                  "  </data>\n"));
-}
-
-void TestItemTree::encodedNamesReadBack_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::newRow("comma") << QStringLiteral("a,b,,c");
-    QTest::newRow("angles") << QStringLiteral("<vector<int>>");
-    QTest::newRow("ampersand") << QStringLiteral("R&D");
-    QTest::newRow("entity text") << QStringLiteral("&lt;not a tag&gt;");
-    QTest::newRow("all") << QStringLiteral(" a, <b> & c ");
-    QTest::newRow("blanks only") << QStringLiteral("   ");
-    QTest::newRow("tab and line feed only") << QStringLiteral("\t\n");
-    QTest::newRow("carriage returns") << QStringLiteral("a\r\nb\rc\r");
-    QTest::newRow("control characters") << QStringLiteral("esc\x1b[0m bell\x07 vt\x0b");
-    QTest::newRow("escape texts literally") << QStringLiteral("#comma# #x41# ##x41# #x#comma#");
-    QTest::newRow("hash before an escape") << QStringLiteral("#x4,#xA\x01#");
-    QTest::newRow("non-characters") << QString(QChar(0xFFFE)) + QChar(0xFFFF) + QChar(0xD800)
-                                           + QStringLiteral("x") + QChar(0xDC00);
-    QTest::newRow("surrogate pair") << QString::fromUtf8("\xF0\x9F\x98\x80 Gr\xC3\xB6\xC3\x9F" "e");
-}
-
-void TestItemTree::encodedNamesReadBack()
-{
-    QFETCH(QString, name);
-    QAStData written(name, QPixmap());
-    written.setIconByFileName(name);
-    written.setAlphabeticallySorted(true);
-    written.setDeletable(false);
-
-    QDomDocument doc;
-    QVERIFY(doc.setContent(written.toString()));
-    QAStData read(doc.documentElement(), 1);
-    QVERIFY(read.isValid());
-    QCOMPARE(read.name(), name);
-    QCOMPARE(read.iconFileName(), name);
-    QCOMPARE(read.quid(), written.quid());
-    QVERIFY(read.isAlphabeticallySorted());
-    QVERIFY(!read.isDeletable());
-    QVERIFY(QAStData::loadReport().isEmpty());
-}
-
-void TestItemTree::faultsOfTheDataBlock_data()
-{
-    QTest::addColumn<QString>("xml");
-    QTest::addColumn<QString>("report");
-    QTest::addColumn<QString>("name");
-
-    QTest::newRow("no name") << dataBlock("<quid>3</quid>")
-                             << "Unable to find tag name\n" << QString();
-    QTest::newRow("no quid") << dataBlock("<name>n</name>")
-                             << "Unable to find tag quid\n" << "n";
-    QTest::newRow("neither") << dataBlock("<icon>i</icon>")
-                             << "Unable to find tag name\nUnable to find tag quid\n" << QString();
-    QTest::newRow("wrong tag") << "<foo><name>n</name><quid>3</quid></foo>"
-                               << "Wait for tag data and read foo\n" << QString();
-}
-
-void TestItemTree::faultsOfTheDataBlock()
-{
-    QFETCH(QString, xml);
-    QFETCH(QString, report);
-    QFETCH(QString, name);
-
-    QAStData item(parseElement(xml), 1);
-    QVERIFY(!item.isValid());
-    QCOMPARE(QAStData::loadReport(), report);
-    QCOMPARE(item.name(), name);
-}
-
-void TestItemTree::checkTagOnANonElement()
-{
-    QDomDocument doc;
-    QVERIFY(doc.setContent(QStringLiteral("<group>text</group>")));
-    QVERIFY(!TestItem::checkTag(doc.documentElement().firstChild(), "data"));
-    QVERIFY(!TestItem::checkTag(QDomElement(), "node"));
-    QVERIFY(TestItem::checkTag(doc.documentElement(), "group"));
-    QCOMPARE(QAStData::loadReport(),
-             QStringLiteral("The xml tag data is not an element\nUnable to find tag node\n"));
-
-    QAStData::clearLoadReport();
-    QVERIFY(QAStData::loadReport().isEmpty());
-}
-
-void TestItemTree::quidsStayUniqueAfterARead()
-{
-    const quint32 high = QAStData(QStringLiteral("probe"), QPixmap()).quid() + 100000;
-    QAStData read(parseElement(dataBlock(QStringLiteral("<name>r</name><quid>%1</quid>").arg(high))), 1);
-    QCOMPARE(read.quid(), high);
-    QAStData fresh(QStringLiteral("fresh"), QPixmap());
-    QVERIFY(fresh.quid() > high);
-
-    TestItem copy(QStringLiteral("copy"));
-    auto* child = new TestItem(QStringLiteral("child"), &copy, nullptr);
-    const quint32 before = child->quid();
-    copy.renewQuids();
-    QVERIFY(child->quid() > before);
-}
-
-void TestItemTree::quidThatIsNotANumber_data()
-{
-    QTest::addColumn<QString>("quid");
-    QTest::newRow("word") << QStringLiteral("abc");
-    QTest::newRow("negative") << QStringLiteral("-5");
-    QTest::newRow("exponent") << QStringLiteral("1e29");
-    QTest::newRow("too large") << QStringLiteral("4294967296");
-}
-
-// Said in the load report, and a fresh quid rather than 0 for every such
-// item.
-void TestItemTree::quidThatIsNotANumber()
-{
-    QFETCH(QString, quid);
-    const QString xml = dataBlock(QStringLiteral("<name>n</name><quid>%1</quid>").arg(quid));
-    QAStData first(parseElement(xml), 1);
-    QAStData second(parseElement(xml), 1);
-    QVERIFY(first.isValid());
-    QVERIFY(first.quid() != 0);
-    QVERIFY(first.quid() != second.quid());
-    QCOMPARE(QAStData::loadReport(),
-             QStringLiteral("The quid \"%1\" of n is not a number: it is given the quid %2\n"
-                            "The quid \"%1\" of n is not a number: it is given the quid %3\n")
-                 .arg(quid)
-                 .arg(first.quid())
-                 .arg(second.quid()));
-}
-
-// Random texts over the characters that need care, as a value, a list and
-// a map, each through a real parse: what is written reads back equal, and
-// the undecoded form decodes the same way.
-void TestItemTree::anyTextReadsBack()
-{
-    const QList<char16_t> pool = {'a', ' ', ',', '=', '#', 'x', '4', '1', 'c', 'o', 'm', '&', '<',
-                                  '>', ';', '"', '\'', '\t', '\n', '\r', 0x00, 0x01, 0x1B, 0xE9,
-                                  0xFFFE, 0xD83D, 0xDE00};
-    QRandomGenerator random(1803);
-    const auto randomText = [&] {
-        QString text;
-        for (int i = random.bounded(8); i > 0; --i)
-            text += QChar(pool.at(random.bounded(int(pool.size()))));
-        return text;
-    };
-    for (int round = 0; round < 3000; ++round) {
-        const QString text = randomText();
-        const QStringList list{randomText(), randomText()};
-        const QMap<QString, QString> map{{randomText(), randomText()}, {randomText(), randomText()}};
-        const QString xml = QStringLiteral("<v><s>%1</s><l>%2</l><m>%3</m><a x=\"%4\"/></v>")
-                                .arg(QAXML::stringToXMLValue(text),
-                                     QAXML::stringListToXMLValue(list),
-                                     QAXML::stringMapToXMLValue(map),
-                                     QAXML::attributeToXMLValue(text));
-        QDomDocument doc;
-        QString message;
-        QVERIFY2(doc.setContent(xml, &message), qPrintable(message + QLatin1Char(' ') + xml));
-        const QDomElement v = doc.documentElement();
-        QCOMPARE(QAXML::domValue(v.firstChildElement(QStringLiteral("s"))), text);
-        QCOMPARE(QAXML::commaToString(v.firstChildElement(QStringLiteral("a")).attribute("x")), text);
-        QCOMPARE(QAXML::xmlValueToString(QAXML::stringToXMLValue(text)), text);
-        QCOMPARE(QAXML::domValueList(v.firstChildElement(QStringLiteral("l"))), list);
-        QCOMPARE(QAXML::domValueMap(v.firstChildElement(QStringLiteral("m"))), map);
+    void init()
+    {
+        m_studio = std::make_unique<RecordingStudio>();
+        QAStData::clearLoadReport();
+        QAStData::undoManager()->clear();
+        m_root = std::make_unique<TestItem>(u"root"_s);
+        auto* a = new TestItem(u"a"_s, m_root.get(), nullptr);
+        m_b = new TestItem(u"b"_s, m_root.get(), a);
+        new TestItem(u"b2"_s, m_b, new TestItem(u"b1"_s, m_b, nullptr));
+        new TestItem(u"c"_s, m_root.get(), m_b);
     }
-}
 
-void TestItemTree::initFromResources()
-{
-    std::unique_ptr<QARes> res(QARes::readText(QStringLiteral("name = \"from res\"\n"
-                                                              "quid = 777\n"
-                                                              "icon = \"folder.png\"\n"
-                                                              "renameable = false\n"
-                                                              "deletable = \"false\"\n"
-                                                              "open = true\n"
-                                                              "sorted = true\n"
-                                                              "executionResult = 2\n"),
-                                               QStringLiteral("item.res")));
-    QVERIFY(res);
-    QAStData item(res.get());
-    QVERIFY(item.isValid());
-    QCOMPARE(item.name(), QStringLiteral("from res"));
-    QCOMPARE(item.quid(), 777u);
-    QCOMPARE(item.iconFileName(), QStringLiteral("folder.png"));
-    QVERIFY(!item.isRenameable());
-    QVERIFY(!item.isDeletable());
-    QVERIFY(item.isExtended());
-    QVERIFY(item.isAlphabeticallySorted());
-    QCOMPARE(item.executionResult(), 2);
+    void cleanup()
+    {
+        m_root.reset();
+        flushDeletes();
+        QAStData::undoManager()->clear();
+    }
 
-    std::unique_ptr<QARes> lists(QARes::readText(
-        QStringLiteral("paths = ( \"a\", \"b\" )\nmap = ( \"k=v=w\", \"bare\" )\nnumber = \"7\"\n"),
-        QStringLiteral("lists.res")));
-    QAStStringListAttribute paths;
-    QVERIFY(TestItem::readStrListVal(lists.get(), QStringLiteral("paths"), paths));
-    QCOMPARE(paths.value(), (QStringList{"a", "b"}));
-    QAStStringMapAttribute map;
-    QVERIFY(TestItem::readStrMapVal(lists.get(), QStringLiteral("map"), map));
-    QCOMPARE(map.value().value(QStringLiteral("k")), QStringLiteral("v=w"));
-    QVERIFY(map.value().contains(QStringLiteral("bare")));
-    QAStIntAttribute number(5);
-    QVERIFY(!TestItem::readIntVal(lists.get(), QStringLiteral("number"), number));
-    QCOMPARE(number.value(), 5);
+    // --- the tree
 
-    QAStData none(static_cast<QARes*>(nullptr));
-    QVERIFY(!none.isValid());
-}
+    void everyAttributeSignalsItsChange()
+    {
+        QAStData item(u"a"_s, QPixmap());
+        QSignalSpy changed(&item, &QAStData::attributeChanged);
+        QSignalSpy renamed(&item, &QAStData::renamed);
+        item.setName(u"b"_s);
+        item.setName(u"b"_s);
+        QCOMPARE(renamed.count(), 1);
+        QCOMPARE(renamed.at(0).at(0).toString(), u"b"_s);
+        item.setQuid(item.quid() + 1000);
+        item.setIconByFileName(u"node.png"_s);
+        item.setRenameable(!item.isRenameable());
+        item.setDeletable(!item.isDeletable());
+        item.setExtended(!item.isExtended());
+        item.setAlphabeticallySorted(!item.isAlphabeticallySorted());
+        item.setExecutionResult(item.executionResult() + 1);
+        item.setDuplicable(!item.isDuplicable());
+        item.setModified(!item.isModified());
+        QStringList names;
+        for (const QList<QVariant>& args : changed)
+            names << args.at(0).toString();
+        QCOMPARE(names, QStringList({"name", "quid", "icon", "renameable", "deletable", "open", "sorted",
+                                     "executionResult", "duplicable", "modified"}));
+        changed.clear();
+        item.setRenameable(item.isRenameable());
+        item.setExecutionResult(item.executionResult());
+        item.setModified(item.isModified());
+        QCOMPARE(changed.count(), 0);
+    }
 
-void TestItemTree::readBoolValAcceptsText()
-{
-    std::unique_ptr<QARes> res(QARes::readText(
-        QStringLiteral("a = true\nb = \"false\"\nc = \"maybe\"\nd = 1\n"), QStringLiteral("b.res")));
-    QAStBoolAttribute a, b, c(true), d(true);
-    QVERIFY(TestItem::readBoolVal(res.get(), QStringLiteral("a"), a));
-    QVERIFY(a.value());
-    QVERIFY(TestItem::readBoolVal(res.get(), QStringLiteral("b"), b));
-    QVERIFY(!b.value());
-    QVERIFY(!TestItem::readBoolVal(res.get(), QStringLiteral("c"), c));
-    QVERIFY(!TestItem::readBoolVal(res.get(), QStringLiteral("d"), d));
-    QVERIFY(c.value() && !c.isOverriden());
-}
+    void childrenFollowAfter()
+    {
+        TestItem root(u"root"_s);
+        auto* b = new TestItem(u"b"_s, &root, nullptr);
+        new TestItem(u"a"_s, &root, nullptr); // front
+        new TestItem(u"c"_s, &root, b);
+        TestItem stranger(u"stranger"_s);
+        new TestItem(u"d"_s, &root, &stranger); // not a child: front
+        QCOMPARE(linkedNames(&root), QStringList({"d", "a", "b", "c"}));
+        QCOMPARE(root.childCount(), 4);
+        QCOMPARE(b->parent(), &root);
+        QCOMPARE(b->QObject::parent(), &root);
+        QCOMPARE(root.child()->name(), u"d"_s);
+        QCOMPARE(root.last()->name(), u"c"_s);
+    }
 
-void TestItemTree::childrenKeepFileOrder_data()
-{
-    QTest::addColumn<bool>("sorted");
-    QTest::newRow("insertion order") << false;
-    QTest::newRow("sorted parent") << true;
-}
+    void signalsOfAddMoveAndRemove()
+    {
+        TestItem parent(u"p"_s);
+        QSignalSpy childAdded(&parent, &QAStData::childAdded);
+        QSignalSpy childRemoved(&parent, &QAStData::childRemoved);
+        auto* child = new TestItem(u"c"_s);
+        QSignalSpy added(child, &QAStData::added);
+        QSignalSpy removed(child, &QAStData::removed);
+        parent.addChild(child, nullptr);
+        QCOMPARE(added.count(), 1);
+        QCOMPARE(childAdded.count(), 1);
+        QCOMPARE(childAdded.at(0).at(0).value<QAStData*>(), child);
+        child->remove();
+        QCOMPARE(removed.count(), 1);
+        QCOMPARE(childRemoved.count(), 1);
+        QCOMPARE(childRemoved.at(0).at(0).value<QAStData*>(), child);
+        QVERIFY(!child->parent());
+        QVERIFY(!child->QObject::parent());
+        QCOMPARE(parent.childCount(), 0);
+        child->remove(); // already detached: nothing
+        QCOMPARE(removed.count(), 1);
+        delete child;
+        new TestItem(u"built inside"_s, &parent, nullptr);
+        QCOMPARE(childAdded.count(), 2);
 
-// Items are attached before their names are read: under a sorted parent
-// each would go to the front and the order would flip at every load.
-void TestItemTree::childrenKeepFileOrder()
-{
-    QFETCH(bool, sorted);
-    TestItem root(QStringLiteral("root"));
-    root.setAlphabeticallySorted(sorted);
-    new TestLeaf(QStringLiteral("z"), &root, nullptr);
-    new TestLeaf(QStringLiteral("a"), &root, root.last());
-    auto* m = new TestFolder(QStringLiteral("m"), &root, root.last());
-    m->setAlphabeticallySorted(sorted);
-    new TestLeaf(QStringLiteral("m2"), m, nullptr);
-    new TestLeaf(QStringLiteral("m1"), m, m->last());
-    const QStringList order = childNames(&root);
+        // A child moved to another parent leaves the first with a signal.
+        TestItem second(u"second"_s);
+        QSignalSpy reachedSecond(&second, &QAStData::childAdded);
+        second.addChild(parent.child(), nullptr);
+        QCOMPARE(childRemoved.count(), 2);
+        QCOMPARE(reachedSecond.count(), 1);
+        QCOMPARE(parent.childCount(), 0);
+        QCOMPARE(second.child()->parent(), &second);
+    }
 
-    const QString text = root.toString();
-    QDomDocument doc;
-    QVERIFY(doc.setContent(text));
-    TestItem read(doc.documentElement(), 1, nullptr, nullptr);
-    QVERIFY(read.isValid());
-    QCOMPARE(childNames(&read), order);
-    QCOMPARE(read.toString(), text);
-    QAStData* readM = read.findNode(QStringLiteral("m"));
-    QCOMPARE(readM->metaObject()->className(), "TestFolder");
-    QCOMPARE(linkedNames(readM), sorted ? (QStringList{"m1", "m2"}) : (QStringList{"m2", "m1"}));
-    QVERIFY(QAStData::loadReport().isEmpty());
+    void addChildRefusesCycles()
+    {
+        TestItem root(u"root"_s);
+        auto* leaf = new TestItem(u"leaf"_s, new TestItem(u"mid"_s, &root, nullptr), nullptr);
+        QSignalSpy added(leaf, &QAStData::childAdded);
+        leaf->addChild(&root, nullptr);
+        leaf->addChild(leaf, nullptr);
+        leaf->addChild(nullptr, nullptr);
+        QCOMPARE(added.count(), 0);
+        QVERIFY(!root.parent());
+        QVERIFY(root.isAncestorOf(leaf));
+        QVERIFY(!leaf->isAncestorOf(&root));
+        QCOMPARE(leaf->root(), &root);
+    }
 
-    // A file whose order is not the sorted one keeps it too.
-    TestItem handWritten(parseElement(QStringLiteral(
-        "<test_item><data><name>g</name><quid>1</quid><sorted>true</sorted></data><children>"
-        "<test_leaf><data><name>c</name><quid>2</quid></data></test_leaf>"
-        "<test_leaf><data><name>a</name><quid>3</quid></data></test_leaf>"
-        "<test_leaf><data><name>b</name><quid>4</quid></data></test_leaf>"
-        "</children></test_item>")), 1, nullptr, nullptr);
-    QCOMPARE(linkedNames(&handWritten), (QStringList{"c", "a", "b"}));
-}
+    void deletingAChildDetachesItQuietly()
+    {
+        QSignalSpy childRemoved(m_root.get(), &QAStData::childRemoved);
+        delete m_b;
+        QCOMPARE(childRemoved.count(), 0);
+        QCOMPARE(linkedNames(m_root.get()), QStringList({"a", "c"}));
+        QCOMPARE(m_root->childCount(), 2);
+    }
 
-void TestItemTree::unknownTagIsReportedAndSkipped()
-{
-    const QString xml = QStringLiteral(
-        "<test_item><data><name>g</name><quid>1</quid></data><children>"
-        "<test_leaf><data><name>before</name><quid>2</quid></data></test_leaf>"
-        "<x><anything/></x>"
-        "<test_leaf><data><name>after</name><quid>3</quid></data></test_leaf>"
-        "</children></test_item>");
-    QTest::ignoreMessage(QtDebugMsg, "No plugin found for feature x");
-    TestItem group(parseElement(xml), 1, nullptr, nullptr);
+    void deleteChildrenEmitsAndDeletes()
+    {
+        QSignalSpy childRemoved(m_root.get(), &QAStData::childRemoved);
+        QSignalSpy destroyed(m_root->child(), &QObject::destroyed);
+        m_root->deleteChildren();
+        QCOMPARE(childRemoved.count(), 3);
+        QCOMPARE(destroyed.count(), 1);
+        QCOMPARE(m_root->childCount(), 0);
+        QVERIFY(!m_root->child());
+        QVERIFY(!m_root->last());
+    }
 
-    QCOMPARE(childNames(&group), (QStringList{"before", "after"}));
-    QCOMPARE(QAStData::loadReport(), QStringLiteral("No plugin found for feature \"x\"\n"));
-    QCOMPARE(m_studio->messages(QAStData::MessageConsole),
-             QStringList{QStringLiteral("Tag ignored in the group: x")});
-    QVERIFY(m_studio->messages(QAStData::OutputConsole).isEmpty());
-    QVERIFY(group.isValid());
-}
+    void sortedChildren()
+    {
+        TestItem root(u"root"_s);
+        root.setAlphabeticallySorted(true);
+        new TestItem(u"delta"_s, &root, nullptr);
+        new TestItem(u"Bravo"_s, &root, root.last());
+        auto* alpha = new TestItem(u"alpha"_s, &root, root.last());
+        new TestItem(u"bravo"_s, &root, nullptr);
+        QCOMPARE(linkedNames(&root), QStringList({"alpha", "Bravo", "bravo", "delta"}));
+        alpha->setName(u"echo"_s);
+        QCOMPARE(linkedNames(&root), QStringList({"Bravo", "bravo", "delta", "echo"}));
+        root.setAlphabeticallySorted(false);
+        new TestItem(u"aaa"_s, &root, root.last());
+        QCOMPARE(root.last()->name(), u"aaa"_s);
+    }
 
-void TestItemTree::badPlaceIsReportedAndDropped()
-{
-    const QString xml = QStringLiteral(
-        "<test_folder><data><name>f</name><quid>1</quid></data><children>"
-        "<test_leaf><data><name>leaf</name><quid>2</quid></data></test_leaf>"
-        "<test_item><data><name>intruder</name><quid>3</quid></data></test_item>"
-        "<test_leaf><data><name>leaf2</name><quid>4</quid></data></test_leaf>"
-        "</children></test_folder>");
-    TestFolder folder(parseElement(xml), 1, nullptr, nullptr);
+    void sortingRecursively()
+    {
+        TestItem root(u"root"_s);
+        auto* sub = new TestItem(u"sub"_s, &root, nullptr);
+        new TestItem(u"y"_s, sub, new TestItem(u"z"_s, sub, nullptr));
+        new TestItem(u"a"_s, &root, root.last());
+        root.setAlphabeticallySorted(true, false);
+        QCOMPARE(childNames(&root), QStringList({"a", "sub"}));
+        QCOMPARE(childNames(sub), QStringList({"z", "y"}));
+        root.setAlphabeticallySorted(true, true);
+        QVERIFY(sub->isAlphabeticallySorted());
+        QCOMPARE(childNames(sub), QStringList({"y", "z"}));
+    }
 
-    QCOMPARE(linkedNames(&folder), (QStringList{"leaf", "leaf2"}));
-    QCOMPARE(QAStData::loadReport(), QStringLiteral("test_item bad place\n"));
-    QCOMPARE(m_studio->messages(QAStData::MessageConsole),
-             QStringList{QStringLiteral("Tag ignored in the group: test_item")});
-}
+    void searches()
+    {
+        TestItem root(u"root"_s);
+        auto* folder = new TestFolder(u"folder"_s, &root, nullptr);
+        auto* leaf1 = new TestLeaf(u"leaf1"_s, folder, nullptr);
+        auto* inner = new TestFolder(u"inner"_s, folder, leaf1);
+        auto* leaf2 = new TestLeaf(u"leaf2"_s, inner, nullptr);
+        new TestLeaf(u"leaf3"_s, &root, folder);
+        QCOMPARE(namesOf(root.childrenOfClass("TestLeaf")), QStringList{"leaf3"});
+        QCOMPARE(namesOf(root.childrenOfClass("TestLeaf", true)), QStringList({"leaf1", "leaf2", "leaf3"}));
+        QCOMPARE(namesOf(root.childrenOfClass("QAStData", true)),
+                 QStringList({"folder", "leaf1", "inner", "leaf2", "leaf3"}));
+        QVERIFY(root.childrenOfClass("QAStProject", true).isEmpty());
+        QCOMPARE(leaf2->parentOfClass("TestFolder"), inner);
+        QCOMPARE(namesOf(leaf2->parentsOfClass("TestFolder")), QStringList({"inner", "folder"}));
+        QVERIFY(!leaf2->parentOfClass("TestLeaf"));
+        QCOMPARE(root.searchChildOfClass(u"leaf2"_s, "TestLeaf", true), leaf2);
+        QVERIFY(!root.searchChildOfClass(u"leaf2"_s, "TestLeaf", false));
+        QVERIFY(!root.searchChildOfClass(u"inner"_s, "TestLeaf", true));
+        QCOMPARE(root.findNode(u"leaf2"_s), leaf2);
+        QCOMPARE(root.findNode(u"root"_s), &root);
+        QVERIFY(!folder->findNode(u"leaf3"_s));
+        QVERIFY(!root.projectItem());
+        QVERIFY(!leaf2->rootProjectItem());
+    }
+
+    // --- the data block
+
+    void writeGivesTheDataBlock()
+    {
+        QAStData item(u"a,b"_s, QPixmap());
+        item.setQuid(42);
+        item.setIconByFileName(u"node<1>.png"_s);
+        item.setRenameable(false);
+        item.setExtended(true);
+        item.setExecutionResult(-3);
+        QString text;
+        QTextStream s(&text);
+        item.write(s, 1);
+        s.flush();
+        QCOMPARE(text, u"  <data>\n    <name>a#comma#b</name>\n    <quid>42</quid>\n"
+                       "    <icon>node&lt;1&gt;.png</icon>\n    <renameable>false</renameable>\n"
+                       "    <deletable>true</deletable>\n    <open>true</open>\n    <sorted>false</sorted>\n"
+                       "    <executionResult>-3</executionResult>\n  </data>\n"_s);
+    }
+
+    void encodedNamesReadBack_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("comma") << u"a,b,,c"_s;
+        QTest::newRow("angles") << u"<vector<int>>"_s;
+        QTest::newRow("ampersand") << u"R&D"_s;
+        QTest::newRow("entity text") << u"&lt;not a tag&gt;"_s;
+        QTest::newRow("all") << u" a, <b> & c "_s;
+        QTest::newRow("blanks only") << u"   "_s;
+        QTest::newRow("tab and line feed only") << u"\t\n"_s;
+        QTest::newRow("carriage returns") << u"a\r\nb\rc\r"_s;
+        QTest::newRow("control characters") << u"esc\x1b[0m bell\x07 vt\x0b"_s;
+        QTest::newRow("escape texts literally") << u"#comma# #x41# ##x41# #x#comma#"_s;
+        QTest::newRow("hash before an escape") << u"#x4,#xA\x01#"_s;
+        QTest::newRow("non-characters") << QString(QChar(0xFFFE)) + QChar(0xFFFF) + QChar(0xD800) + u"x"_s + QChar(0xDC00);
+        QTest::newRow("surrogate pair") << QString::fromUtf8("\xF0\x9F\x98\x80 Gr\xC3\xB6\xC3\x9F" "e");
+    }
+    void encodedNamesReadBack()
+    {
+        QFETCH(QString, name);
+        QAStData written(name, QPixmap());
+        written.setIconByFileName(name);
+        written.setAlphabeticallySorted(true);
+        written.setDeletable(false);
+        QDomDocument doc;
+        QVERIFY(doc.setContent(written.toString()));
+        QAStData read(doc.documentElement(), 1);
+        QVERIFY(read.isValid());
+        QCOMPARE(read.name(), name);
+        QCOMPARE(read.iconFileName(), name);
+        QCOMPARE(read.quid(), written.quid());
+        QVERIFY(read.isAlphabeticallySorted());
+        QVERIFY(!read.isDeletable());
+        QVERIFY(QAStData::loadReport().isEmpty());
+    }
+
+    void faultsOfTheDataBlock_data()
+    {
+        QTest::addColumn<QString>("xml");
+        QTest::addColumn<QString>("report");
+        QTest::addColumn<QString>("name");
+        QTest::newRow("no name") << dataBlock("<quid>3</quid>") << "Unable to find tag name\n" << QString();
+        QTest::newRow("no quid") << dataBlock("<name>n</name>") << "Unable to find tag quid\n" << "n";
+        QTest::newRow("neither") << dataBlock("<icon>i</icon>")
+                                 << "Unable to find tag name\nUnable to find tag quid\n" << QString();
+        QTest::newRow("wrong tag") << "<foo><name>n</name><quid>3</quid></foo>"
+                                   << "Wait for tag data and read foo\n" << QString();
+    }
+    void faultsOfTheDataBlock()
+    {
+        QFETCH(QString, xml);
+        QAStData item(parseElement(xml), 1);
+        QVERIFY(!item.isValid());
+        QTEST(QAStData::loadReport(), "report");
+        QTEST(item.name(), "name");
+    }
+
+    void checkTagOnANonElement()
+    {
+        QDomDocument doc;
+        QVERIFY(doc.setContent(u"<group>text</group>"_s));
+        QVERIFY(!TestItem::checkTag(doc.documentElement().firstChild(), "data"));
+        QVERIFY(!TestItem::checkTag(QDomElement(), "node"));
+        QVERIFY(TestItem::checkTag(doc.documentElement(), "group"));
+        QCOMPARE(QAStData::loadReport(), u"The xml tag data is not an element\nUnable to find tag node\n"_s);
+        QAStData::clearLoadReport();
+        QVERIFY(QAStData::loadReport().isEmpty());
+    }
+
+    void quidsStayUniqueAfterARead()
+    {
+        const quint32 high = QAStData(u"probe"_s, QPixmap()).quid() + 100000;
+        QAStData read(parseElement(dataBlock(u"<name>r</name><quid>%1</quid>"_s.arg(high))), 1);
+        QCOMPARE(read.quid(), high);
+        QVERIFY(QAStData(u"fresh"_s, QPixmap()).quid() > high);
+        const quint32 before = m_root->child()->quid();
+        m_root->renewQuids();
+        QVERIFY(m_root->child()->quid() > before);
+    }
+
+    void quidThatIsNotANumber_data()
+    {
+        QTest::addColumn<QString>("quid");
+        for (const char* quid : {"abc", "-5", "1e29", "4294967296"})
+            QTest::newRow(quid) << QString::fromLatin1(quid);
+    }
+    // Said in the load report, and a fresh quid rather than 0 for every such
+    // item.
+    void quidThatIsNotANumber()
+    {
+        QFETCH(QString, quid);
+        const QString xml = dataBlock(u"<name>n</name><quid>%1</quid>"_s.arg(quid));
+        QAStData first(parseElement(xml), 1);
+        QAStData second(parseElement(xml), 1);
+        QVERIFY(first.isValid());
+        QVERIFY(first.quid() != 0);
+        QVERIFY(first.quid() != second.quid());
+        QCOMPARE(QAStData::loadReport(), u"The quid \"%1\" of n is not a number: it is given the quid %2\n"
+                                         "The quid \"%1\" of n is not a number: it is given the quid %3\n"_s
+                                             .arg(quid).arg(first.quid()).arg(second.quid()));
+    }
+
+    // Random texts over the characters that need care, as a value, a list
+    // and a map, each through a real parse: what is written reads back
+    // equal, and the undecoded form decodes the same way.
+    void anyTextReadsBack()
+    {
+        const QList<char16_t> pool = {'a', ' ', ',', '=', '#', 'x', '4', '1', 'c', 'o', 'm', '&', '<', '>', ';', '"',
+                                      '\'', '\t', '\n', '\r', 0x00, 0x01, 0x1B, 0xE9, 0xFFFE, 0xD83D, 0xDE00};
+        QRandomGenerator random(1803);
+        const auto randomText = [&] {
+            QString text;
+            for (int i = random.bounded(8); i > 0; --i)
+                text += QChar(pool.at(random.bounded(int(pool.size()))));
+            return text;
+        };
+        for (int round = 0; round < 3000; ++round) {
+            const QString text = randomText();
+            const QStringList list{randomText(), randomText()};
+            const QMap<QString, QString> map{{randomText(), randomText()}, {randomText(), randomText()}};
+            const QString xml = u"<v><s>%1</s><l>%2</l><m>%3</m><a x=\"%4\"/></v>"_s.arg(
+                QAXML::stringToXMLValue(text), QAXML::stringListToXMLValue(list), QAXML::stringMapToXMLValue(map),
+                QAXML::attributeToXMLValue(text));
+            QDomDocument doc;
+            QString message;
+            QVERIFY2(doc.setContent(xml, &message), qPrintable(message + u' ' + xml));
+            const QDomElement v = doc.documentElement();
+            QCOMPARE(QAXML::domValue(v.firstChildElement(u"s"_s)), text);
+            QCOMPARE(QAXML::commaToString(v.firstChildElement(u"a"_s).attribute("x")), text);
+            QCOMPARE(QAXML::xmlValueToString(QAXML::stringToXMLValue(text)), text);
+            QCOMPARE(QAXML::domValueList(v.firstChildElement(u"l"_s)), list);
+            QCOMPARE(QAXML::domValueMap(v.firstChildElement(u"m"_s)), map);
+        }
+    }
+
+    void initFromResources()
+    {
+        std::unique_ptr<QARes> res(QARes::readText(
+            u"name = \"from res\"\nquid = 777\nicon = \"folder.png\"\nrenameable = false\n"
+            "deletable = \"false\"\nopen = true\nsorted = true\nexecutionResult = 2\n"_s, u"item.res"_s));
+        QVERIFY(res);
+        QAStData item(res.get());
+        QVERIFY(item.isValid());
+        QCOMPARE(item.name(), u"from res"_s);
+        QCOMPARE(item.quid(), 777u);
+        QCOMPARE(item.iconFileName(), u"folder.png"_s);
+        QVERIFY(!item.isRenameable());
+        QVERIFY(!item.isDeletable());
+        QVERIFY(item.isExtended());
+        QVERIFY(item.isAlphabeticallySorted());
+        QCOMPARE(item.executionResult(), 2);
+
+        std::unique_ptr<QARes> values(QARes::readText(
+            u"paths = ( \"a\", \"b\" )\nmap = ( \"k=v=w\", \"bare\" )\nnumber = \"7\"\n"
+            "a = true\nb = \"false\"\nc = \"maybe\"\nd = 1\n"_s, u"values.res"_s));
+        QAStStringListAttribute paths;
+        QVERIFY(TestItem::readStrListVal(values.get(), u"paths"_s, paths));
+        QCOMPARE(paths.value(), QStringList({"a", "b"}));
+        QAStStringMapAttribute map;
+        QVERIFY(TestItem::readStrMapVal(values.get(), u"map"_s, map));
+        QCOMPARE(map.value().value(u"k"_s), u"v=w"_s);
+        QVERIFY(map.value().contains(u"bare"_s));
+        QAStIntAttribute number(5);
+        QVERIFY(!TestItem::readIntVal(values.get(), u"number"_s, number));
+        QCOMPARE(number.value(), 5);
+        // A Boolean is read from a word or a text of one.
+        QAStBoolAttribute a, b, c(true), d(true);
+        QVERIFY(TestItem::readBoolVal(values.get(), u"a"_s, a));
+        QVERIFY(a.value());
+        QVERIFY(TestItem::readBoolVal(values.get(), u"b"_s, b));
+        QVERIFY(!b.value());
+        QVERIFY(!TestItem::readBoolVal(values.get(), u"c"_s, c));
+        QVERIFY(!TestItem::readBoolVal(values.get(), u"d"_s, d));
+        QVERIFY(c.value() && !c.isOverriden());
+
+        QAStData none(static_cast<QARes*>(nullptr));
+        QVERIFY(!none.isValid());
+    }
+
+    void childrenKeepFileOrder_data()
+    {
+        QTest::addColumn<bool>("sorted");
+        QTest::newRow("insertion order") << false;
+        QTest::newRow("sorted parent") << true;
+    }
+    // Items are attached before their names are read: under a sorted parent
+    // each would go to the front and the order would flip at every load.
+    void childrenKeepFileOrder()
+    {
+        QFETCH(bool, sorted);
+        TestItem root(u"root"_s);
+        root.setAlphabeticallySorted(sorted);
+        new TestLeaf(u"a"_s, &root, new TestLeaf(u"z"_s, &root, nullptr));
+        auto* m = new TestFolder(u"m"_s, &root, root.last());
+        m->setAlphabeticallySorted(sorted);
+        new TestLeaf(u"m1"_s, m, new TestLeaf(u"m2"_s, m, nullptr));
+        const QStringList order = childNames(&root);
+        const QString text = root.toString();
+        QDomDocument doc;
+        QVERIFY(doc.setContent(text));
+        TestItem read(doc.documentElement(), 1, nullptr, nullptr);
+        QVERIFY(read.isValid());
+        QCOMPARE(childNames(&read), order);
+        QCOMPARE(read.toString(), text);
+        QAStData* readM = read.findNode(u"m"_s);
+        QCOMPARE(readM->metaObject()->className(), "TestFolder");
+        QCOMPARE(linkedNames(readM), sorted ? QStringList({"m1", "m2"}) : QStringList({"m2", "m1"}));
+        QVERIFY(QAStData::loadReport().isEmpty());
+        // A file whose order is not the sorted one keeps it too.
+        TestItem handWritten(parseElement(u"<test_item><data><name>g</name><quid>1</quid><sorted>true</sorted>"
+                                          "</data><children>"
+                                          "<test_leaf><data><name>c</name><quid>2</quid></data></test_leaf>"
+                                          "<test_leaf><data><name>a</name><quid>3</quid></data></test_leaf>"
+                                          "<test_leaf><data><name>b</name><quid>4</quid></data></test_leaf>"
+                                          "</children></test_item>"_s), 1, nullptr, nullptr);
+        QCOMPARE(linkedNames(&handWritten), QStringList({"c", "a", "b"}));
+    }
+
+    void unknownTagIsReportedAndSkipped()
+    {
+        QTest::ignoreMessage(QtDebugMsg, "No plugin found for feature x");
+        TestItem group(parseElement(u"<test_item><data><name>g</name><quid>1</quid></data><children>"
+                                    "<test_leaf><data><name>before</name><quid>2</quid></data></test_leaf>"
+                                    "<x><anything/></x>"
+                                    "<test_leaf><data><name>after</name><quid>3</quid></data></test_leaf>"
+                                    "</children></test_item>"_s), 1, nullptr, nullptr);
+        QCOMPARE(childNames(&group), QStringList({"before", "after"}));
+        QCOMPARE(QAStData::loadReport(), u"No plugin found for feature \"x\"\n"_s);
+        QCOMPARE(m_studio->messages(QAStData::MessageConsole), QStringList{u"Tag ignored in the group: x"_s});
+        QVERIFY(m_studio->messages(QAStData::OutputConsole).isEmpty());
+        QVERIFY(group.isValid());
+    }
+
+    void badPlaceIsReportedAndDropped()
+    {
+        TestFolder folder(parseElement(u"<test_folder><data><name>f</name><quid>1</quid></data><children>"
+                                       "<test_leaf><data><name>leaf</name><quid>2</quid></data></test_leaf>"
+                                       "<test_item><data><name>intruder</name><quid>3</quid></data></test_item>"
+                                       "<test_leaf><data><name>leaf2</name><quid>4</quid></data></test_leaf>"
+                                       "</children></test_folder>"_s), 1, nullptr, nullptr);
+        QCOMPARE(linkedNames(&folder), QStringList({"leaf", "leaf2"}));
+        QCOMPARE(QAStData::loadReport(), u"test_item bad place\n"_s);
+        QCOMPARE(m_studio->messages(QAStData::MessageConsole), QStringList{u"Tag ignored in the group: test_item"_s});
+    }
+
+    // --- the node block
+
+    void statePredicates_data()
+    {
+        QTest::addColumn<int>("state");
+        QTest::addColumn<bool>("selected");
+        QTest::addColumn<bool>("unSelected");
+        QTest::addColumn<bool>("reports");
+        QTest::newRow("0 selected") << 0 << true << false << true;
+        QTest::newRow("1 left out") << 1 << false << true << false;
+        QTest::newRow("2 left out, reported") << 2 << false << true << true;
+    }
+    void statePredicates()
+    {
+        QFETCH(int, state);
+        QAStNode node(u"n"_s, QPixmap());
+        QSignalSpy changed(&node, &QAStNode::stateChanged);
+        node.setState(QAStNode::State(state));
+        node.setState(QAStNode::State(state));
+        QCOMPARE(changed.count(), state == 0 ? 0 : 1);
+        QTEST(node.isSelected(), "selected");
+        QTEST(node.isUnSelected(), "unSelected");
+        QTEST(node.provideReports(), "reports");
+        // The state is written as its integer and read back.
+        QCOMPARE(int(readNode(node.toString())->state()), state);
+    }
+
+    void blockLayout()
+    {
+        QAStNode node(u"N"_s, QPixmap());
+        QSignalSpy changed(&node, &QAStNode::stateChanged);
+        node.setQuid(7);
+        node.setCurrentConfigurationName(u"Debug"_s);
+        node.addConfiguration(u"Debug"_s);
+        node.setState(QAStNode::UnSelectedReported);
+        QCOMPARE(changed.at(0).at(0).value<QAStNode::State>(), QAStNode::UnSelectedReported);
+        node.setBackground(true);
+        node.addOutputFile(u"TSF"_s, {u"a.tsf"_s, u"b,c.tsf"_s});
+        node.setPerlScriptBeforeChild(u"print \"a,b\";"_s);
+        QCOMPARE(node.toString(), u"<node>\n  <data>\n    <name>N</name>\n    <quid>7</quid>\n    <icon></icon>\n"
+                                  "    <renameable>true</renameable>\n    <deletable>true</deletable>\n"
+                                  "    <open>false</open>\n    <sorted>false</sorted>\n"
+                                  "    <executionResult>0</executionResult>\n  </data>\n"
+                                  "  <current_configuration>Debug</current_configuration>\n  <state>2</state>\n"
+                                  "  <background>true</background>\n  <outfilename_list>\n    <outfilename>\n"
+                                  "      <filetype>TSF</filetype>\n      <filepath>a.tsf,b#comma#c.tsf</filepath>\n"
+                                  "    </outfilename>\n  </outfilename_list>\n"
+                                  "  <perlscript_before_child>print \"a#comma#b\";</perlscript_before_child>\n"
+                                  "  <perlscript_after_child></perlscript_after_child>\n  <configuration_list>\n"
+                                  "    <configuration>\n      <name>Debug</name>\n    </configuration>\n"
+                                  "  </configuration_list>\n</node>\n"_s);
+        // A node that keeps its configurations elsewhere writes the list empty.
+        RootLikeNode root(u"root"_s, QPixmap());
+        root.addConfiguration(u"Debug"_s);
+        QVERIFY(root.toString().contains(u"  <configuration_list></configuration_list>\n</node>\n"_s));
+        QVERIFY(!root.toString().contains(u"<configuration>"_s));
+    }
+
+    void blockRoundTrip()
+    {
+        QAStNode node(u"a <b> & c, d"_s, QPixmap());
+        node.setCurrentConfigurationName(u"Rel,ease"_s);
+        node.setBackground(true);
+        node.addOutputFile(u"RIO"_s, {u"/out/one.rio"_s, u"/out/t,w<o>.rio"_s, u"three.rio"_s});
+        node.addOutputFile(u"TDC"_s, {u"x.tdc"_s});
+        node.setPerlScriptAfterChild(u"1;"_s);
+        const std::unique_ptr<QAStNode> read = readNode(node.toString());
+        QVERIFY(read->isValid());
+        QCOMPARE(QAStData::loadReport(), QString());
+        QCOMPARE(read->name(), node.name());
+        QCOMPARE(read->currentConfigurationName(), u"Rel,ease"_s);
+        QVERIFY(read->background());
+        QCOMPARE(read->outputFiles().size(), 2);
+        QCOMPARE(read->outputFiles(u"RIO"_s), node.outputFiles(u"RIO"_s));
+        QCOMPARE(read->outputFiles(u"TDC"_s), QStringList{u"x.tdc"_s});
+        QCOMPARE(read->outputFiles().at(1).filetype, u"TDC"_s);
+        QCOMPARE(read->toString(), node.toString());
+    }
+
+    void outputFilesMergeByType()
+    {
+        QAStNode node(u"n"_s, QPixmap());
+        node.addOutputFile(u"TSF"_s, {u"a"_s, u"b"_s});
+        node.addOutputFile(u"FDC"_s, {u"f"_s});
+        node.addOutputFile(u"TSF"_s, {u"b"_s, u"c"_s});
+        QCOMPARE(node.outputFiles().size(), 2);
+        QCOMPARE(node.outputFiles(u"TSF"_s), QStringList({u"a"_s, u"b"_s, u"c"_s}));
+        QCOMPARE(node.outputFiles(u"none"_s), QStringList());
+        node.removeOutputFiles(u"TSF"_s);
+        QCOMPARE(node.outputFiles().size(), 1);
+        QCOMPARE(node.outputFiles().at(0).filetype, u"FDC"_s);
+    }
+
+    void badBlock_data()
+    {
+        QTest::addColumn<QString>("xml");
+        QTest::addColumn<QString>("report");
+        QTest::newRow("other element") << u"<group><data/></group>"_s << u"Wait for tag node and read group\n"_s;
+        QTest::newRow("no data block") << u"<node><current_configuration>x</current_configuration></node>"_s
+                                       << u"Unable to find tag data\n"_s;
+        QTest::newRow("data without quid") << u"<node><data><name>n</name></data></node>"_s
+                                           << u"Unable to find tag quid\n"_s;
+    }
+    void badBlock()
+    {
+        QFETCH(QString, xml);
+        QVERIFY(!readNode(xml)->isValid());
+        QTEST(QAStData::loadReport(), "report");
+    }
+
+    void missingFieldsKeepDefaults()
+    {
+        const std::unique_ptr<QAStNode> read =
+            readNode(u"<node><data><name>n</name><quid>3</quid></data><state>9</state></node>"_s);
+        QVERIFY(read->isValid());
+        QCOMPARE(read->state(), QAStNode::Selected);
+        QVERIFY(!read->background());
+        QVERIFY(read->outputFiles().isEmpty());
+        const QString report = QAStData::loadReport();
+        for (const char* tag : {"current_configuration", "background", "outfilename_list", "perlscript_before_child",
+                                "perlscript_after_child", "configuration_list"})
+            QVERIFY2(report.contains(u"Unable to find tag "_s + QLatin1String(tag)), tag);
+        QVERIFY(!report.contains(u"tag state"_s));
+    }
+
+    // --- the factory and the plug-ins
+
+    void knownTagsBuildTheirClass()
+    {
+        QAStData* first = m_root->child();
+        QAStData* made = QAStDataFactory::create(
+            parseElement("<test_leaf><data><name>n</name><quid>9</quid></data></test_leaf>"), 1, m_root.get(), first);
+        QVERIFY(made);
+        QCOMPARE(made->metaObject()->className(), "TestLeaf");
+        QCOMPARE(made->parent(), m_root.get());
+        QCOMPARE(made->previous(), first);
+        QCOMPARE(made->name(), u"n"_s);
+        QVERIFY(!QAStDataFactory::create(QDomElement(), 1, nullptr, nullptr));
+    }
+
+    void registrationCanBeWithdrawn()
+    {
+        int calls = 0;
+        QAStDataFactory::registerClass(u"counted"_s, [&calls](const QDomElement&, int, QAStData* p, QAStData* a) {
+            ++calls;
+            return new TestItem(u"counted"_s, p, a);
+        });
+        QVERIFY(QAStDataFactory::isRegistered(u"counted"_s));
+        delete QAStDataFactory::create(parseElement("<counted/>"), 1, nullptr, nullptr);
+        QCOMPARE(calls, 1);
+        QAStDataFactory::unregisterClass(u"counted"_s);
+        QVERIFY(!QAStDataFactory::isRegistered(u"counted"_s));
+        QTest::ignoreMessage(QtDebugMsg, "No plugin found for feature counted");
+        QVERIFY(!QAStDataFactory::create(parseElement("<counted/>"), 1, nullptr, nullptr));
+        QCOMPARE(calls, 1);
+    }
+
+    void pluginPlaces_data()
+    {
+        QTest::addColumn<int>("places");
+        QTest::addColumn<QString>("call");
+        QTest::newRow("none") << 0 << QString();
+        QTest::newRow("activity builds nothing") << int(ScriptedPlugin::Activity) << QString();
+        QTest::newRow("test node") << int(ScriptedPlugin::TestNode) << "test node feat feat";
+        QTest::newRow("project") << int(ScriptedPlugin::Project) << "project item feat feat";
+    }
+    void pluginPlaces()
+    {
+        QFETCH(int, places);
+        QFETCH(QString, call);
+        ScriptedPlugin plugin({u"feat"_s}, places);
+        QAStData* after = m_root->child();
+        if (call.isEmpty())
+            QTest::ignoreMessage(QtDebugMsg, "No plugin found for feature feat");
+        QAStData* made = QAStDataFactory::create(parseElement("<feat/>"), 7, m_root.get(), after);
+        QCOMPARE(made != nullptr, !call.isEmpty());
+        QCOMPARE(plugin.calls, call.isEmpty() ? QStringList() : QStringList{call});
+        if (made) {
+            QCOMPARE(plugin.lastVersion, 7);
+            QCOMPARE(plugin.lastAfter, after);
+            QCOMPARE(made->previous(), after);
+        }
+    }
+
+    void firstAnsweringPluginWins()
+    {
+        // Activity comes before the test-node interface, even in one plug-in.
+        ScriptedPlugin both({u"one"_s}, ScriptedPlugin::Activity | ScriptedPlugin::TestNode);
+        QTest::ignoreMessage(QtDebugMsg, "No plugin found for feature one");
+        QVERIFY(!QAStDataFactory::create(parseElement("<one/>"), 1, nullptr, nullptr));
+        QVERIFY(both.calls.isEmpty());
+        // Test node comes before project, whichever plug-in registered first.
+        ScriptedPlugin project({u"two"_s}, ScriptedPlugin::Project);
+        ScriptedPlugin testNode({u"two"_s}, ScriptedPlugin::TestNode);
+        delete QAStDataFactory::create(parseElement("<two/>"), 1, nullptr, nullptr);
+        QCOMPARE(testNode.calls, QStringList{"test node two two"});
+        QVERIFY(project.calls.isEmpty());
+    }
+
+    void unregisteredPluginIsForgotten()
+    {
+        {
+            ScriptedPlugin plugin({u"gone"_s}, ScriptedPlugin::Project);
+            delete QAStDataFactory::create(parseElement("<gone/>"), 1, nullptr, nullptr);
+            QCOMPARE(plugin.calls.size(), 1);
+        }
+        QTest::ignoreMessage(QtDebugMsg, "No plugin found for feature gone");
+        QVERIFY(!QAStDataFactory::create(parseElement("<gone/>"), 1, nullptr, nullptr));
+        ScriptedPlugin later({u"gone"_s}, ScriptedPlugin::TestNode);
+        delete QAStDataFactory::create(parseElement("<gone/>"), 1, nullptr, nullptr);
+        QCOMPARE(later.calls.size(), 1);
+    }
+
+    void pluginItemsJoinTheTree()
+    {
+        ScriptedPlugin plugin({u"plugged"_s}, ScriptedPlugin::TestNode);
+        TestFolder folder(parseElement(u"<test_folder><data><name>f</name><quid>1</quid></data><children>"
+                                       "<test_leaf><data><name>first</name><quid>2</quid></data></test_leaf>"
+                                       "<plugged/>"
+                                       "<test_leaf><data><name>last</name><quid>3</quid></data></test_leaf>"
+                                       "</children></test_folder>"_s), 1, nullptr, nullptr);
+        QCOMPARE(linkedNames(&folder), QStringList({"first", "test node", "last"}));
+        QVERIFY(QAStData::loadReport().isEmpty());
+        QVERIFY(m_studio->messages(QAStData::MessageConsole).isEmpty());
+    }
+
+    void centerMatchesFeatureAndInterface()
+    {
+        QAStNodePluginCenter* center = QAStNodePluginCenter::nodePluginCenter();
+        ScriptedPlugin a({u"f1"_s}, ScriptedPlugin::Project);
+        ScriptedPlugin b({u"f1"_s, u"f2"_s}, ScriptedPlugin::Project);
+        center->registerPlugin(&a); // twice: no effect
+        QCOMPARE(center->plugins().count(&a), 1);
+        void* found = &found;
+        QVERIFY(center->queryComponentInterface(u"f1"_s, QAIProjectPlugin::interfaceId(), &found));
+        QCOMPARE(found, static_cast<void*>(static_cast<QAIProjectPlugin*>(&a)));
+        QVERIFY(center->queryComponentInterface(u"f2"_s, QAIProjectPlugin::interfaceId(), &found));
+        QCOMPARE(found, static_cast<void*>(static_cast<QAIProjectPlugin*>(&b)));
+        QVERIFY(!center->queryComponentInterface(u"f2"_s, QAITestNodePlugin::interfaceId(), &found));
+        QVERIFY(!found);
+        QVERIFY(!center->queryComponentInterface(u"f3"_s, QAIProjectPlugin::interfaceId(), &found));
+        const quint64 generation = center->generation();
+        center->unregisterPlugin(&a);
+        QVERIFY(center->generation() != generation);
+        QVERIFY(!center->plugins().contains(&a));
+    }
+
+    // --- undo
+
+    void undoOfARemovalRebuildsItInPlace()
+    {
+        const quint32 quid = m_b->quid();
+        const quint32 childQuid = m_b->child()->quid();
+        const QString text = m_b->toString();
+        QVERIFY(m_b->del());
+        flushDeletes();
+        QCOMPARE(shape(m_root.get()), u"a c"_s);
+        QVERIFY(QAStData::isUndoAvailable());
+        QAStData::undo();
+        QCOMPARE(shape(m_root.get()), u"a b[b1 b2] c"_s);
+        QAStData* rebuilt = m_root->child()->next();
+        QCOMPARE(rebuilt->quid(), quid);
+        QCOMPARE(rebuilt->child()->quid(), childQuid);
+        QCOMPARE(rebuilt->toString(), text);
+        QVERIFY(!QAStData::isUndoAvailable());
+        QVERIFY(QAStData::isRedoAvailable());
+        // Redone, then undone again.
+        QAStData::redo();
+        flushDeletes();
+        QCOMPARE(shape(m_root.get()), u"a c"_s);
+        QVERIFY(QAStData::isUndoAvailable());
+        QVERIFY(!QAStData::isRedoAvailable());
+        QAStData::undo();
+        QCOMPARE(shape(m_root.get()), u"a b[b1 b2] c"_s);
+    }
+
+    void additionsAndMoves()
+    {
+        QVERIFY(m_root->userAdd(new TestItem(u"d"_s), m_root->child()));
+        QCOMPARE(shape(m_root.get()), u"a d b[b1 b2] c"_s);
+        // A move is one entry: a removal at the old place, an addition at the new.
+        QVERIFY(QAStData::userMove(m_b->child(), m_root->last(), nullptr));
+        QCOMPARE(shape(m_root.get()), u"a d b[b2] c[b1]"_s);
+        QVERIFY(!QAStData::userMove(m_root.get(), m_b, nullptr));
+        QAStData::undo();
+        flushDeletes();
+        QCOMPARE(shape(m_root.get()), u"a d b[b1 b2] c"_s);
+        QAStData::undo();
+        flushDeletes();
+        QCOMPARE(shape(m_root.get()), u"a b[b1 b2] c"_s);
+        QAStData::redo();
+        QAStData::redo();
+        flushDeletes();
+        QCOMPARE(shape(m_root.get()), u"a d b[b2] c[b1]"_s);
+    }
+
+    void pasteAndCutRecord()
+    {
+        m_root->child()->copy();
+        QVERIFY(m_b->paste());
+        QCOMPARE(shape(m_root.get()), u"a b[b1 b2 a] c"_s);
+        m_root->last()->cut();
+        flushDeletes();
+        QCOMPARE(shape(m_root.get()), u"a b[b1 b2 a]"_s);
+        QVERIFY(QGuiApplication::clipboard()->text().contains(u"<name>c</name>"_s));
+        QAStData::undo();
+        QCOMPARE(shape(m_root.get()), u"a b[b1 b2 a] c"_s);
+        QAStData::undo();
+        flushDeletes();
+        QCOMPARE(shape(m_root.get()), u"a b[b1 b2] c"_s);
+    }
+
+    void newEditEmptiesRedo()
+    {
+        m_b->del();
+        QAStData::undo();
+        QVERIFY(QAStData::isRedoAvailable());
+        m_root->child()->del();
+        QVERIFY(!QAStData::isRedoAvailable());
+        QAStData::redo();
+        flushDeletes();
+        QCOMPARE(shape(m_root.get()), u"b[b1 b2] c"_s);
+    }
+
+    void emptyStackChangesNothing()
+    {
+        const QString before = m_root->toString();
+        QAStData::undo();
+        QAStData::redo();
+        QCOMPARE(m_root->toString(), before);
+        QVERIFY(!QAStData::isUndoAvailable());
+        QVERIFY(!QAStData::isRedoAvailable());
+        QAStData::undoManager()->add(QList<QAStDataUndoAction*>{nullptr});
+        QVERIFY(!QAStData::isUndoAvailable());
+    }
+
+    void goneParentIsSkipped()
+    {
+        m_b->child()->del();
+        m_b->userAdd(new TestItem(u"added"_s), nullptr);
+        QPointer<QAStData> b = m_b;
+        delete m_b;
+        flushDeletes();
+        QVERIFY(!b);
+        QVERIFY(!QAStData::isUndoAvailable());
+        QAStData::undo();
+        QAStData::undo();
+        QCOMPARE(shape(m_root.get()), u"a c"_s);
+        QVERIFY(!QAStData::isRedoAvailable());
+        // The whole tree gone: the project closed.
+        m_root->child()->del();
+        m_root.reset();
+        flushDeletes();
+        QAStData::undo();
+        QVERIFY(!QAStData::isRedoAvailable());
+    }
+
+    void adjacentRemovalsInOneEntry()
+    {
+        // As a view deletes a selection: every removal taken before any
+        // item leaves.
+        QAStData* a = m_root->child();
+        QList<QAStDataUndoAction*> removals{new QAStDataUndoAction(QAStDataUndoAction::Removed, a),
+                                            new QAStDataUndoAction(QAStDataUndoAction::Removed, m_b)};
+        for (QAStData* item : {a, m_b}) {
+            item->remove();
+            item->deleteLater();
+        }
+        QAStData::undoManager()->add(removals);
+        flushDeletes();
+        QCOMPARE(shape(m_root.get()), u"c"_s);
+        for (int round = 0; round < 2; ++round) {
+            QAStData::undo();
+            QCOMPARE(shape(m_root.get()), u"a b[b1 b2] c"_s);
+            QAStData::redo();
+            flushDeletes();
+            QCOMPARE(shape(m_root.get()), u"c"_s);
+        }
+    }
+
+    void childComesBackIntoItsRebuiltParent()
+    {
+        m_b->child()->del();
+        m_b->del();
+        flushDeletes();
+        QCOMPARE(shape(m_root.get()), u"a c"_s);
+        QAStData::undo();
+        QCOMPARE(shape(m_root.get()), u"a b[b2] c"_s);
+        QAStData::undo();
+        QCOMPARE(shape(m_root.get()), u"a b[b1 b2] c"_s);
+    }
+
+    void loadingRecordsNothing()
+    {
+        std::unique_ptr<QAStData> loaded(QAStData::stringContentToData(m_root->toString()));
+        QVERIFY(loaded);
+        QCOMPARE(shape(loaded.get()), shape(m_root.get()));
+        m_root->deleteChildren();
+        QVERIFY(!QAStData::isUndoAvailable());
+    }
+
+    // The rebuilt item is attached before its name is read: it must not go
+    // to the front of its sorted parent.
+    void sortedParentTakesItBackInPlace()
+    {
+        m_root->setAlphabeticallySorted(true);
+        QCOMPARE(shape(m_root.get()), u"a b[b1 b2] c"_s);
+        QVERIFY(m_b->del());
+        flushDeletes();
+        QAStData::undo();
+        QCOMPARE(shape(m_root.get()), u"a b[b1 b2] c"_s);
+        QAStData::redo();
+        flushDeletes();
+        QAStData::undo();
+        QCOMPARE(shape(m_root.get()), u"a b[b1 b2] c"_s);
+    }
+
+    // Quids are unique within one project file: a sub-project made apart
+    // from its including project uses the same numbers, and undo must not
+    // put an item of the project into the sub-project's file.
+    void quidsOfAnotherProjectFileAreNotSearched()
+    {
+        QAStProject project(u"p"_s, QPixmap());
+        auto* sub = new QAStSubProject(u"sub/sub.rtp"_s, &project, nullptr);
+        auto* inSub = new TestItem(u"in the sub-project"_s, sub, nullptr);
+        auto* group = new TestItem(u"group"_s, &project, sub);
+        inSub->setQuid(group->quid());
+        QAStData* item = new TestItem(u"item"_s, group, nullptr);
+        QVERIFY(item->del());
+        QVERIFY(group->del());
+        flushDeletes();
+        QAStData::undo();
+        QAStData::undo();
+        QCOMPARE(shape(&project), u"sub[in the sub-project] group[item]"_s);
+    }
+};
 
 QTEST_MAIN(TestItemTree)
 #include "tst_item_tree.moc"

@@ -1,9 +1,12 @@
 // Making projects without writing their XML: the compilation database
-// reader, the new-project, add and settings rules, and the imports.
+// reader, the new-project, add and settings rules, and the imports, one of
+// them of a real CMake project, built and run.
+#include "QAProcess.h"
 #include "QAStCompilationDatabase.h"
 #include "QAStConfiguration.h"
 #include "QAStFile.h"
 #include "QAStFolder.h"
+#include "QAStNode.h"
 #include "QAStNodeFileRef.h"
 #include "QAStNodeLink.h"
 #include "QAStProject.h"
@@ -13,15 +16,20 @@
 #include "QAStTargetPackage.h"
 #include "RecordingStudio.h"
 #include "TestFiles.h"
+#include "TestWalk.h"
 
+#include <QDirIterator>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QtTest>
 
 #include <memory>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -32,11 +40,8 @@ QString summary(const QAStCompilationDatabase& database)
     QStringList parts;
     for (const QAStCompilationDatabase::Target& target : database.targets()) {
         const char* kind = target.kind == QAStCompilationDatabase::StaticLibrary   ? "static"
-                           : target.kind == QAStCompilationDatabase::SharedLibrary ? "shared"
-                                                                                   : "app";
-        QString part = QStringLiteral("%1:%2[%3]")
-                           .arg(target.name, QLatin1String(kind))
-                           .arg(target.sources.size());
+                           : target.kind == QAStCompilationDatabase::SharedLibrary ? "shared" : "app";
+        QString part = u"%1:%2[%3]"_s.arg(target.name, QLatin1String(kind)).arg(target.sources.size());
         if (!target.links.isEmpty())
             part += u'<' + target.links.join(u',') + u'>';
         if (!target.libraries.isEmpty())
@@ -53,7 +58,7 @@ QString treeText(const QAStFolder* folder)
     QStringList parts;
     for (const QAStData* child = folder->child(); child; child = child->next()) {
         if (const auto* sub = qobject_cast<const QAStFolder*>(child))
-            parts.append(sub->name() + QStringLiteral("/[") + treeText(sub) + u']');
+            parts.append(sub->name() + u"/["_s + treeText(sub) + u']');
         else
             parts.append(child->name());
     }
@@ -67,6 +72,31 @@ bool hasTools(std::initializer_list<const char*> tools)
             return false;
     }
     return true;
+}
+
+constexpr int filesPerLibrary = 100;
+
+// One library of functions spread over nested directories, each
+// returning its number (scaled by SCALE, a macro the build defines, when
+// scaled), and a sum of them all.
+void writeLibrary(const QString& root, const QString& name, bool scaled)
+{
+    QByteArray header = "#pragma once\n";
+    QByteArray sum = "#include <" + name.toUtf8() + "/" + name.toUtf8() + ".h>\nint " + name.toUtf8() +
+                     "_sum(void)\n{\n    return 0";
+    for (int i = 0; i < filesPerLibrary; ++i) {
+        const QByteArray function = name.toUtf8() + "_f" + QByteArray::number(i);
+        header += "int " + function + "(void);\n";
+        sum += "\n        + " + function + "()";
+        const QString file = u"%1/src/d%2/e%3/%4.c"_s.arg(root).arg(i % 4).arg(i % 3)
+                                 .arg(QString::fromUtf8(function));
+        TestFiles::writeFile(file, "#include <" + name.toUtf8() + "/" + name.toUtf8() + ".h>\nint " +
+                                       function + "(void) { return " + QByteArray::number(i) +
+                                       (scaled ? " * SCALE" : "") + "; }\n");
+    }
+    header += "int " + name.toUtf8() + "_sum(void);\n";
+    TestFiles::writeFile(root + u"/include/%1/%1.h"_s.arg(name), header);
+    TestFiles::writeFile(root + u"/src/sum.c"_s, sum + ";\n}\n");
 }
 
 } // namespace
@@ -92,8 +122,7 @@ class TestProjectImport : public QObject {
     {
         auto project = std::make_unique<QAStProject>(QString(), QPixmap());
         QString error;
-        const QAStTargetPackage* package =
-            QAStProjectSetup::packageForLanguage(QAStFile::LanguageC, &error);
+        const QAStTargetPackage* package = QAStProjectSetup::packageForLanguage(QAStFile::LanguageC, &error);
         if (!package || !QAStProjectSetup::createProject(*project, path(file), *package, &error))
             qWarning("%s", qPrintable(error));
         return project;
@@ -146,8 +175,7 @@ private slots:
         QVERIFY(QAStCompilationDatabase::splitCommand(command, &split));
         QCOMPARE(split, words);
         QStringList again;
-        QVERIFY(
-            QAStCompilationDatabase::splitCommand(QAStCompilationDatabase::joinCommand(words), &again));
+        QVERIFY(QAStCompilationDatabase::splitCommand(QAStCompilationDatabase::joinCommand(words), &again));
         QCOMPARE(again, words);
     }
 
@@ -160,11 +188,9 @@ private slots:
         QTest::newRow("not JSON") << QByteArray("[{\"file\": ")
                                   << "Unable to read the compilation database: ";
         QTest::newRow("no list") << QByteArray("{\"file\": \"a.c\"}") << "holds no list of entries";
-        QTest::newRow("no directory")
-            << QByteArray("[{\"file\": \"a.c\", \"command\": \"cc a.c\"}]")
+        QTest::newRow("no directory") << QByteArray("[{\"file\": \"a.c\", \"command\": \"cc a.c\"}]")
             << "Entry 1 of the compilation database: it has no \"directory\".";
-        QTest::newRow("no command, second entry")
-            << QByteArray(
+        QTest::newRow("no command, second entry") << QByteArray(
                    "[{\"directory\": \"/\", \"file\": \"a.c\", \"command\": \"cc a.c\"}, {\"directory\": \"/\", \"file\": \"b.c\"}]")
             << "Entry 2 of the compilation database: it has neither \"arguments\" nor \"command\".";
         QTest::newRow("unbalanced quote")
@@ -181,8 +207,7 @@ private slots:
         QAStCompilationDatabase database;
         QString error;
         QVERIFY(!database.read(path("compile_commands.json"), &error));
-        QVERIFY2(error.startsWith(path("compile_commands.json") + QStringLiteral("\n\n")),
-                 qPrintable(error));
+        QVERIFY2(error.startsWith(path("compile_commands.json") + u"\n\n"_s), qPrintable(error));
         QVERIFY2(error.contains(reason), qPrintable(error));
         QVERIFY(database.targets().isEmpty());
     }
@@ -195,8 +220,7 @@ private slots:
 
         // CMake's Makefiles: link.txt beside the objects, targets in a
         // sub-directory too; the program is listed first.
-        QTest::newRow("CMake, Makefiles")
-            << QStringList{"b/compile_commands.json",
+        QTest::newRow("CMake, Makefiles") << QStringList{"b/compile_commands.json",
                            "[{\"directory\": \"@DIR@/b\", \"command\": \"/usr/bin/cc -I@DIR@/inc -o CMakeFiles/app.dir/main.c.o -c @DIR@/main.c\", \"file\": \"@DIR@/main.c\"},\n"
                            "                {\"directory\": \"@DIR@/b\", \"command\": \"/usr/bin/cc -o CMakeFiles/alpha.dir/a.c.o -c @DIR@/a.c\", \"file\": \"@DIR@/a.c\"},\n"
                            "                {\"directory\": \"@DIR@/b/sub\", \"command\": \"/usr/bin/cc -fPIC -o CMakeFiles/beta.dir/b.c.o -c @DIR@/b.c\", \"file\": \"@DIR@/b.c\"}]",
@@ -206,15 +230,13 @@ private slots:
                            "/usr/bin/ar qc libalpha.a CMakeFiles/alpha.dir/a.c.o\n/usr/bin/ranlib libalpha.a\n",
                            "b/sub/CMakeFiles/beta.dir/link.txt",
                            "/usr/bin/cc -fPIC -shared -Wl,-soname,libbeta.so -o libbeta.so CMakeFiles/beta.dir/b.c.o\n",
-                           "b/CMakeCache.txt",
-                           "CMAKE_HOME_DIRECTORY:INTERNAL=@DIR@/src\n"}
+                           "b/CMakeCache.txt", "CMAKE_HOME_DIRECTORY:INTERNAL=@DIR@/src\n"}
             << "alpha:static[1] beta:shared[1] app:app[1]<alpha,beta>{-lm,-pthread,/usr/lib/libz.a}"
             << "src";
 
         // CMake's Ninja: the link statements of build.ninja, one continued
         // on a second line.
-        QTest::newRow("CMake, Ninja")
-            << QStringList{"b/compile_commands.json",
+        QTest::newRow("CMake, Ninja") << QStringList{"b/compile_commands.json",
                            "[{\"directory\": \"@DIR@/b\", \"command\": \"cc -c @DIR@/a.c\", \"file\": \"@DIR@/a.c\", \"output\": \"CMakeFiles/alpha.dir/a.c.o\"},\n"
                            "                {\"directory\": \"@DIR@/b\", \"command\": \"cc -c @DIR@/main.c\", \"file\": \"@DIR@/main.c\", \"output\": \"CMakeFiles/app.dir/main.c.o\"}]",
                            "b/build.ninja",
@@ -229,8 +251,7 @@ private slots:
 
         // Meson, as 1.0 writes it: a compiler launcher, targets named after
         // their outputs, links in LINK_ARGS.
-        QTest::newRow("Meson")
-            << QStringList{"bm/compile_commands.json",
+        QTest::newRow("Meson") << QStringList{"bm/compile_commands.json",
                            "[{\"directory\": \"@DIR@/bm\", \"command\": \"ccache cc -Ilibalpha.a.p -I. -I.. -O0 -g -fPIC -MD -MQ libalpha.a.p/a.c.o -MF libalpha.a.p/a.c.o.d -o libalpha.a.p/a.c.o -c ../a.c\", \"file\": \"../a.c\", \"output\": \"libalpha.a.p/a.c.o\"},\n"
                            "                {\"directory\": \"@DIR@/bm\", \"command\": \"ccache cc -Ilibgamma.so.p -fPIC -o libgamma.so.p/g.c.o -c ../g.c\", \"file\": \"../g.c\", \"output\": \"libgamma.so.p/g.c.o\"},\n"
                            "                {\"directory\": \"@DIR@/bm\", \"command\": \"ccache cc -Iapp.p -o app.p/main.c.o -c ../main.c\", \"file\": \"../main.c\", \"output\": \"app.p/main.c.o\"}]",
@@ -246,8 +267,7 @@ private slots:
             << ".";
 
         // Without build.ninja a Meson target's kind comes from its output.
-        QTest::newRow("Meson, output names only")
-            << QStringList{"bm/compile_commands.json",
+        QTest::newRow("Meson, output names only") << QStringList{"bm/compile_commands.json",
                            "[{\"directory\": \"@DIR@/bm\", \"command\": \"cc -o app.p/main.c.o -c ../main.c\", \"file\": \"../main.c\"},\n"
                            "                {\"directory\": \"@DIR@/bm\", \"command\": \"cc -o libgamma.so.1.2.p/g.c.o -c ../g.c\", \"file\": \"../g.c\"},\n"
                            "                {\"directory\": \"@DIR@/bm\", \"command\": \"cc -o libalpha.a.p/a.c.o -c ../a.c\", \"file\": \"../a.c\"}]"}
@@ -257,8 +277,7 @@ private slots:
         // Bear: arguments, no build system's layout: one application named
         // after the directory holding every source; a source compiled
         // twice counts once.
-        QTest::newRow("Bear")
-            << QStringList{"proj/compile_commands.json",
+        QTest::newRow("Bear") << QStringList{"proj/compile_commands.json",
                            "[{\"directory\": \"@DIR@/proj\", \"arguments\": [\"gcc\", \"-c\", \"a.c\", \"-o\", \"a.o\"], \"file\": \"a.c\"},\n"
                            "                {\"directory\": \"@DIR@/proj/sub\", \"arguments\": [\"gcc\", \"-c\", \"b.c\"], \"file\": \"b.c\"},\n"
                            "                {\"directory\": \"@DIR@/proj\", \"arguments\": [\"gcc\", \"-c\", \"a.c\", \"-o\", \"a.o\"], \"file\": \"a.c\"}]"}
@@ -266,8 +285,7 @@ private slots:
             << "proj";
 
         // A CMake target that nothing tells about is an application.
-        QTest::newRow("CMake, nothing beside")
-            << QStringList{"b/compile_commands.json",
+        QTest::newRow("CMake, nothing beside") << QStringList{"b/compile_commands.json",
                            "[{\"directory\": \"@DIR@/b\", \"command\": \"cc -c @DIR@/t.c\", \"file\": \"@DIR@/t.c\", \"output\": \"CMakeFiles/tool.dir/t.c.o\"}]"}
             << "tool:app[1]"
             << "";
@@ -283,10 +301,8 @@ private slots:
         writeFixture(files);
         QAStCompilationDatabase database;
         QString error;
-        QVERIFY2(database.read(path(QFileInfo(files.constFirst()).path() +
-                                    QStringLiteral("/compile_commands.json")),
-                               &error),
-                 qPrintable(error));
+        QVERIFY2(database.read(path(QFileInfo(files.constFirst()).path() + u"/compile_commands.json"_s),
+                               &error), qPrintable(error));
         QCOMPARE(summary(database), targets);
         if (!sourceDirectory.isEmpty())
             QCOMPARE(database.sourceDirectory(), QDir::cleanPath(path(sourceDirectory)));
@@ -321,14 +337,13 @@ private slots:
         TestFiles::writeFile(path("compile_commands.json"), QJsonDocument(entries).toJson());
         QAStCompilationDatabase database;
         QVERIFY(database.read(path("compile_commands.json")));
-        const QAStCompilationDatabase::Source& source =
-            database.targets().constFirst().sources.constFirst();
+        const QAStCompilationDatabase::Source& source = database.targets().constFirst().sources.constFirst();
         QStringList expected;
         for (const QString& include : includes)
             expected.append(path(include));
         QCOMPARE(source.includeDirectories, expected);
         QStringList expectedOptions = options;
-        expectedOptions.replaceInStrings(QStringLiteral("@/"), m_dir->path() + u'/');
+        expectedOptions.replaceInStrings(u"@/"_s, m_dir->path() + u'/');
         QCOMPARE(source.preprocessorOptions, expectedOptions);
         QCOMPARE(source.file, path("x.c"));
         QCOMPARE(database.leftOutOptions(), leftOut);
@@ -340,21 +355,19 @@ private slots:
     // values, build directories; the files refuse to be replaced.
     void newProject()
     {
-        const std::unique_ptr<QAStProject> project = newProject(QStringLiteral("calc"));
+        const std::unique_ptr<QAStProject> project = newProject(u"calc"_s);
         QVERIFY(project->isOpen());
         QCOMPARE(project->path(), path("calc.rtp"));
         QCOMPARE(project->configurations(), (QStringList{"Debug", "Release"}));
-        QCOMPARE(project->currentConfigurationName(), QStringLiteral("Debug"));
-        const QAStConfiguration* debug = project->configuration(QStringLiteral("Debug"));
-        const QAStConfiguration* release = project->configuration(QStringLiteral("Release"));
-        QCOMPARE(debug->property(QStringLiteral("targetPath")).toString(),
-                 QStringLiteral("${ZELTAHOME}/targets/gcc-c"));
+        QCOMPARE(project->currentConfigurationName(), u"Debug"_s);
+        const QAStConfiguration* debug = project->configuration(u"Debug"_s);
+        const QAStConfiguration* release = project->configuration(u"Release"_s);
+        QCOMPARE(debug->property(u"targetPath"_s).toString(), u"${ZELTAHOME}/targets/gcc-c"_s);
         QVERIFY(debug->targetPackage());
-        QCOMPARE(debug->property(QStringLiteral("cflags")).toString(), QStringLiteral("-g -O0"));
-        QCOMPARE(release->property(QStringLiteral("cflags")).toString(), QStringLiteral("-O2"));
-        QCOMPARE(release->property(QStringLiteral("intdir")).toString(), QStringLiteral("build"));
-        QCOMPARE(release->property(QStringLiteral("outdir")).toString(),
-                 QStringLiteral("build/results"));
+        QCOMPARE(debug->property(u"cflags"_s).toString(), u"-g -O0"_s);
+        QCOMPARE(release->property(u"cflags"_s).toString(), u"-O2"_s);
+        QCOMPARE(release->property(u"intdir"_s).toString(), u"build"_s);
+        QCOMPARE(release->property(u"outdir"_s).toString(), u"build/results"_s);
         QVERIFY(QFileInfo::exists(path("calc.inf")));
 
         // Neither file is ever replaced: not the project file, nor an
@@ -380,29 +393,18 @@ private slots:
         QTest::addColumn<QString>("name");
         QTest::addColumn<QStringList>("files");
         QTest::addColumn<QString>("fault"); // empty: added
-        QTest::newRow("application with sources") << ""
-                                                  << "application"
+        QTest::newRow("application with sources") << "" << "application"
                                                   << "calc" << QStringList{"src/main.c", "src"} << "";
-        QTest::newRow("library is static") << ""
-                                           << "library"
-                                           << "libcalc" << QStringList{"src/util.c"} << "";
-        QTest::newRow("source refers to its name") << "lib"
-                                                   << "source"
+        QTest::newRow("library is static") << "" << "library" << "libcalc" << QStringList{"src/util.c"} << "";
+        QTest::newRow("source refers to its name") << "lib" << "source"
                                                    << "src/util.c" << QStringList{} << "";
-        QTest::newRow("library takes no application")
-            << "lib"
-            << "application"
+        QTest::newRow("library takes no application") << "lib" << "application"
             << "x" << QStringList{} << "\"lib\" takes no \"application\" node: it takes source, link.";
-        QTest::newRow("group takes no source")
-            << ""
-            << "group"
+        QTest::newRow("group takes no source") << "" << "group"
             << "g" << QStringList{"src/main.c"} << "A \"group\" node takes no source";
-        QTest::newRow("name taken") << ""
-                                    << "library"
+        QTest::newRow("name taken") << "" << "library"
                                     << "lib" << QStringList{} << "has a node named \"lib\" already.";
-        QTest::newRow("missing file")
-            << ""
-            << "application"
+        QTest::newRow("missing file") << "" << "application"
             << "app" << QStringList{"src/gone.c"} << "No such file or directory.";
     }
 
@@ -415,12 +417,11 @@ private slots:
         QFETCH(QString, name);
         QFETCH(QStringList, files);
         QFETCH(QString, fault);
-        const std::unique_ptr<QAStProject> project = newProject(QStringLiteral("p.rtp"));
+        const std::unique_ptr<QAStProject> project = newProject(u"p.rtp"_s);
         TestFiles::writeFile(path("src/main.c"), "int main(void) { return 0; }\n");
         TestFiles::writeFile(path("src/util.c"), "int util;\n");
         TestFiles::writeFile(path("src/util.h"), "extern int util;\n");
-        QVERIFY(
-            QAStProjectSetup::addNode(project.get(), QStringLiteral("library"), QStringLiteral("lib")));
+        QVERIFY(QAStProjectSetup::addNode(project.get(), u"library"_s, u"lib"_s));
         QAStNode* parent =
             under.isEmpty() ? project.get() : qobject_cast<QAStNode*>(project->findNode(under));
         QVERIFY(parent);
@@ -432,7 +433,7 @@ private slots:
         if (!fault.isEmpty()) {
             QVERIFY(!node);
             QVERIFY2(error.contains(fault), qPrintable(error));
-            QVERIFY2(error.contains(QStringLiteral("\n\n")), qPrintable(error));
+            QVERIFY2(error.contains(u"\n\n"_s), qPrintable(error));
             QCOMPARE(project->toString(), before);
             QCOMPARE(project->files().size(), filesBefore);
             return;
@@ -441,16 +442,15 @@ private slots:
         QCOMPARE(node->parent(), parent);
         QCOMPARE(node->configurations(), parent->configurations());
         if (kind == QLatin1String("source")) {
-            QCOMPARE(node->name(), QStringLiteral("util.c"));
-            QCOMPARE(static_cast<QAStNodeFileRef*>(node)->fileKey(), QStringLiteral("src/util.c"));
+            QCOMPARE(node->name(), u"util.c"_s);
+            QCOMPARE(static_cast<QAStNodeFileRef*>(node)->fileKey(), u"src/util.c"_s);
             QVERIFY(project->file(path("src/util.c")));
             return;
         }
         QCOMPARE(node->name(), name);
         if (kind == QLatin1String("library")) {
             for (const QAStConfiguration* c : node->configurationList())
-                QCOMPARE(c->property(QStringLiteral("generationFormat")).toString(),
-                         QStringLiteral("LIB"));
+                QCOMPARE(c->property(u"generationFormat"_s).toString(), u"LIB"_s);
         }
         // Sources in file order, each once; the header only in the tree.
         QStringList keys;
@@ -461,8 +461,7 @@ private slots:
                                          : QStringList{"src/util.c"};
         QCOMPARE(keys, expected);
         QCOMPARE(treeText(project->rootFolder()), kind == QLatin1String("application")
-                                                      ? QStringLiteral("src/[main.c util.c util.h]")
-                                                      : QStringLiteral("src/[util.c]"));
+                                                      ? u"src/[main.c util.c util.h]"_s : u"src/[util.c]"_s);
     }
 
     // Files go into the folders of their directories, folders before
@@ -471,24 +470,21 @@ private slots:
     // once; a missing path adds nothing.
     void addFiles()
     {
-        const std::unique_ptr<QAStProject> project = newProject(QStringLiteral("p.rtp"));
+        const std::unique_ptr<QAStProject> project = newProject(u"p.rtp"_s);
         for (const char* file : {"b.c", "a/z.h", "a/y/x.c", "a/README", "a/.hidden.c", ".git/c.c",
                                  "build/out.c", "build/results/r.tio", "m/Makefile"})
             TestFiles::writeFile(path(QLatin1String(file)), "x\n");
         QVERIFY(QAStProjectSetup::addFiles(*project, {path("b.c")}).size() == 1);
         QString error;
-        const QList<QAStFile*> added =
-            QAStProjectSetup::addFiles(*project, {QStringLiteral("."), path("b.c")}, &error);
+        const QList<QAStFile*> added = QAStProjectSetup::addFiles(*project, {u"."_s, path("b.c")}, &error);
         QVERIFY2(error.isEmpty(), qPrintable(error));
         QCOMPARE(added.size(), 3);
-        QCOMPARE(treeText(project->rootFolder()), QStringLiteral("a/[y/[x.c] z.h] m/[Makefile] b.c"));
+        QCOMPARE(treeText(project->rootFolder()), u"a/[y/[x.c] z.h] m/[Makefile] b.c"_s);
         QVERIFY(QAStProjectSetup::addFiles(*project, {path("a/README")}).size() == 1);
-        QCOMPARE(treeText(project->rootFolder()),
-                 QStringLiteral("a/[y/[x.c] README z.h] m/[Makefile] b.c"));
+        QCOMPARE(treeText(project->rootFolder()), u"a/[y/[x.c] README z.h] m/[Makefile] b.c"_s);
 
-        QVERIFY(QAStProjectSetup::addFiles(*project, {path("b2.c"), path("build/out.c")}, &error)
-                    .isEmpty());
-        QCOMPARE(error, path("b2.c") + QStringLiteral("\n\nNo such file or directory."));
+        QVERIFY(QAStProjectSetup::addFiles(*project, {path("b2.c"), path("build/out.c")}, &error).isEmpty());
+        QCOMPARE(error, path("b2.c") + u"\n\nNo such file or directory."_s);
         QVERIFY(!project->file(path("build/out.c")));
     }
 
@@ -500,8 +496,7 @@ private slots:
         QTest::addColumn<QStringList>("values");
         QTest::addColumn<QStringList>("lines"); // what get gives after; empty with a fault
         QTest::addColumn<QString>("fault");
-        QTest::newRow("text joined")
-            << "cflags" << QStringList{"-O3", "-g"} << QStringList{"-O3 -g"} << "";
+        QTest::newRow("text joined") << "cflags" << QStringList{"-O3", "-g"} << QStringList{"-O3 -g"} << "";
         QTest::newRow("list") << "ge_incdir" << QStringList{"inc", "a,b"} << QStringList{"inc", "a,b"}
                               << "";
         QTest::newRow("number") << "buildJobs" << QStringList{"4"} << QStringList{"4"} << "";
@@ -510,19 +505,16 @@ private slots:
         QTest::newRow("yes") << "debug" << QStringList{"Yes"} << QStringList{"true"} << "";
         QTest::newRow("not a switch")
             << "debug" << QStringList{"maybe"} << QStringList{} << "takes true or false";
-        QTest::newRow("combo value")
-            << "generationFormat" << QStringList{"DLL"} << QStringList{"DLL"} << "";
+        QTest::newRow("combo value") << "generationFormat" << QStringList{"DLL"} << QStringList{"DLL"} << "";
         QTest::newRow("combo label")
             << "generationFormat" << QStringList{"static library"} << QStringList{"LIB"} << "";
-        QTest::newRow("combo none")
-            << "generationFormat" << QStringList{"ZIP"} << QStringList{}
+        QTest::newRow("combo none") << "generationFormat" << QStringList{"ZIP"} << QStringList{}
             << "takes one of EXE (Executable), DLL (Shared library), LIB (Static library), not \"ZIP\".";
         QTest::newRow("path takes one")
             << "intdir" << QStringList{"a", "b"} << QStringList{} << "takes one value.";
         QTest::newRow("read only") << "executionFlag" << QStringList{"1"} << QStringList{}
                                    << "is read only.";
-        QTest::newRow("unknown, close")
-            << "cflag" << QStringList{"x"} << QStringList{}
+        QTest::newRow("unknown, close") << "cflag" << QStringList{"x"} << QStringList{}
             << "No setting has the key \"cflag\"; the closest keys are cflags (Compiler options), tcflags";
         QTest::newRow("unknown, by display name")
             << "include" << QStringList{"x"} << QStringList{} << "ge_incdir (Include directories)";
@@ -538,22 +530,20 @@ private slots:
         QFETCH(QStringList, values);
         QFETCH(QStringList, lines);
         QFETCH(QString, fault);
-        const std::unique_ptr<QAStProject> project = newProject(QStringLiteral("p.rtp"));
-        QAStNode* node = QAStProjectSetup::addNode(project.get(), QStringLiteral("application"),
-                                                   QStringLiteral("app"));
+        const std::unique_ptr<QAStProject> project = newProject(u"p.rtp"_s);
+        QAStNode* node = QAStProjectSetup::addNode(project.get(), u"application"_s, u"app"_s);
         QAStConfiguration* c = QAStProjectSetup::configurationOf(node, QString(), false);
         QVERIFY(c);
         const QStringList before = c->propertyNames();
         QString error;
         if (!fault.isEmpty()) {
             QVERIFY(!QAStProjectSetup::setSetting(*c, key, values, &error));
-            QVERIFY2(error.startsWith(path("p.rtp") + QStringLiteral("\n\n")), qPrintable(error));
+            QVERIFY2(error.startsWith(path("p.rtp") + u"\n\n"_s), qPrintable(error));
             QVERIFY2(error.contains(fault), qPrintable(error));
             QCOMPARE(c->propertyNames(), before);
             return;
         }
-        const QAStConfiguration* above =
-            QAStProjectSetup::configurationOf(project.get(), QString(), false);
+        const QAStConfiguration* above = QAStProjectSetup::configurationOf(project.get(), QString(), false);
         const QVariant aboveBefore = above->localProperty(key);
         QVERIFY2(QAStProjectSetup::setSetting(*c, key, values, &error), qPrintable(error));
         QCOMPARE(QAStProjectSetup::settingLines(QAStProjectSetup::setting(*c, key)), lines);
@@ -566,25 +556,21 @@ private slots:
     // one set above is inherited; a name the project lacks is told.
     void settingInheritance()
     {
-        const std::unique_ptr<QAStProject> project = newProject(QStringLiteral("p.rtp"));
-        QAStNode* node = QAStProjectSetup::addNode(project.get(), QStringLiteral("application"),
-                                                   QStringLiteral("app"));
-        const QAStConfiguration* release =
-            QAStProjectSetup::configurationOf(node, QStringLiteral("Release"), false);
-        QCOMPARE(QAStProjectSetup::settingLines(
-                     QAStProjectSetup::setting(*release, QStringLiteral("cflags"))),
+        const std::unique_ptr<QAStProject> project = newProject(u"p.rtp"_s);
+        QAStNode* node = QAStProjectSetup::addNode(project.get(), u"application"_s, u"app"_s);
+        const QAStConfiguration* release = QAStProjectSetup::configurationOf(node, u"Release"_s, false);
+        QCOMPARE(QAStProjectSetup::settingLines(QAStProjectSetup::setting(*release, u"cflags"_s)),
                  QStringList{"-O2"});
-        QCOMPARE(QAStProjectSetup::settingLines(
-                     QAStProjectSetup::setting(*release, QStringLiteral("generationFormat"))),
+        QCOMPARE(QAStProjectSetup::settingLines(QAStProjectSetup::setting(*release, u"generationFormat"_s)),
                  QStringList{"EXE"});
         QString error;
-        QVERIFY(!QAStProjectSetup::configurationOf(node, QStringLiteral("Nightly"), true, &error));
+        QVERIFY(!QAStProjectSetup::configurationOf(node, u"Nightly"_s, true, &error));
         QVERIFY2(error.endsWith(QLatin1String(
                      "The project has no configuration \"Nightly\"; it has Debug, Release.")),
                  qPrintable(error));
-        QVERIFY(node->removeConfiguration(QStringLiteral("Release")));
-        QVERIFY(!QAStProjectSetup::configurationOf(node, QStringLiteral("Release"), false, &error));
-        QVERIFY(QAStProjectSetup::configurationOf(node, QStringLiteral("Release"), true, &error));
+        QVERIFY(node->removeConfiguration(u"Release"_s));
+        QVERIFY(!QAStProjectSetup::configurationOf(node, u"Release"_s, false, &error));
+        QVERIFY(QAStProjectSetup::configurationOf(node, u"Release"_s, true, &error));
     }
 
     // --- imports
@@ -594,84 +580,54 @@ private slots:
     // system's.
     void importDatabase()
     {
-        writeFixture(
-            {"src/b/compile_commands.json",
+        writeFixture({"src/b/compile_commands.json",
              "[{\"directory\": \"@DIR@/src/b\", \"command\": \"cc -I@DIR@/src/inc -DAPP '-DMSG=\\\"a b\\\"' -o CMakeFiles/app.dir/main.c.o -c @DIR@/src/main.c\", \"file\": \"@DIR@/src/main.c\"},\n"
              "                          {\"directory\": \"@DIR@/src/b\", \"command\": \"cc -I@DIR@/src/inc -DAPP -o CMakeFiles/app.dir/two.c.o -c @DIR@/src/two.c\", \"file\": \"@DIR@/src/two.c\"},\n"
              "                          {\"directory\": \"@DIR@/src/b\", \"command\": \"cc -I@DIR@/src/inc -DAPP -o CMakeFiles/app.dir/three.c.o -c @DIR@/src/three.c\", \"file\": \"@DIR@/src/three.c\"},\n"
              "                          {\"directory\": \"@DIR@/src/b\", \"command\": \"cc -O3 -std=c11 -o CMakeFiles/calc.dir/calc.c.o -c @DIR@/src/calc.c\", \"file\": \"@DIR@/src/calc.c\"}]",
-             "src/b/CMakeFiles/app.dir/link.txt",
-             "cc CMakeFiles/app.dir/main.c.o -o app libcalc.a -lm\n",
-             "src/b/CMakeFiles/calc.dir/link.txt",
-             "ar qc libcalc.a CMakeFiles/calc.dir/calc.c.o\n",
-             "src/b/CMakeCache.txt",
-             "CMAKE_HOME_DIRECTORY:INTERNAL=@DIR@/src\n",
-             "src/inc/calc.h",
-             "int calc(void);\n",
-             "src/inc/sub/deep.h",
-             "\n",
-             "src/b/gen.h",
-             "\n",
-             "src/local.h",
-             "\n",
-             "src/main.c",
-             "\n",
-             "src/two.c",
-             "\n",
-             "src/three.c",
-             "\n"});
+             "src/b/CMakeFiles/app.dir/link.txt", "cc CMakeFiles/app.dir/main.c.o -o app libcalc.a -lm\n",
+             "src/b/CMakeFiles/calc.dir/link.txt", "ar qc libcalc.a CMakeFiles/calc.dir/calc.c.o\n",
+             "src/b/CMakeCache.txt", "CMAKE_HOME_DIRECTORY:INTERNAL=@DIR@/src\n", "src/inc/calc.h",
+             "int calc(void);\n", "src/inc/sub/deep.h", "\n", "src/b/gen.h", "\n", "src/local.h", "\n",
+             "src/main.c", "\n", "src/two.c", "\n", "src/three.c", "\n"});
         QCOMPARE(QAStProjectImport::defaultProjectFile(path("src/b/compile_commands.json")),
                  path("src/src.rtp"));
         QAStProject project{QString(), QPixmap()};
         QString error;
         QVERIFY2(QAStProjectImport::importSource(project, path("src/b/compile_commands.json"),
-                                                 QString(), QString(), &error),
-                 qPrintable(error));
+                                                 QString(), QString(), &error), qPrintable(error));
         const QString notes = m_studio->consoleText(QAStData::MessageConsole);
-        QVERIFY(notes.contains(
-            QLatin1String("compiler options left to the project's configurations: -O3")));
+        QVERIFY(notes.contains(QLatin1String("compiler options left to the project's configurations: -O3")));
         QVERIFY(notes.contains(QLatin1String("sources not on disk, left out of the file tree: ") +
                                path("src/calc.c")));
 
         QAStProject reread{QString(), QPixmap()};
         QVERIFY(reread.open(path("src/src.rtp")));
-        QCOMPARE(reread.configuration(QStringLiteral("Debug"))
-                     ->property(QStringLiteral("intdir"))
-                     .toString(),
-                 QStringLiteral("b/korvil"));
+        QCOMPARE(reread.configuration(u"Debug"_s)->property(u"intdir"_s).toString(), u"b/korvil"_s);
         const QList<QAStData*> nodes = reread.childrenOfClass("QAStNode");
         QCOMPARE(nodes.size(), 2);
         auto* calc = static_cast<QAStNode*>(nodes.at(0));
         auto* app = static_cast<QAStNode*>(nodes.at(1));
         QVERIFY(calc->inherits("QAStNodeLibrary"));
         QVERIFY(app->inherits("QAStNodeApplication"));
-        const QAStConfiguration* appDebug = app->configuration(QStringLiteral("Debug"));
-        QCOMPARE(appDebug->property(QStringLiteral("ge_incdir")).toStringList(), QStringList{"inc"});
-        QCOMPARE(appDebug->property(QStringLiteral("cppFlags")).toString(), QStringLiteral("-DAPP"));
-        QCOMPARE(appDebug->property(QStringLiteral("additionnalObjects")).toString(),
-                 QStringLiteral("-lm"));
-        QCOMPARE(calc->configuration(QStringLiteral("Release"))
-                     ->property(QStringLiteral("cppFlags"))
-                     .toString(),
-                 QStringLiteral("-std=c11"));
+        const QAStConfiguration* appDebug = app->configuration(u"Debug"_s);
+        QCOMPARE(appDebug->property(u"ge_incdir"_s).toStringList(), QStringList{"inc"});
+        QCOMPARE(appDebug->property(u"cppFlags"_s).toString(), u"-DAPP"_s);
+        QCOMPARE(appDebug->property(u"additionnalObjects"_s).toString(), u"-lm"_s);
+        QCOMPARE(calc->configuration(u"Release"_s)->property(u"cppFlags"_s).toString(), u"-std=c11"_s);
         // The source with other macros has its own, the others inherit.
         const QList<QAStData*> sources = app->childrenOfClass("QAStNodeSource");
         QCOMPARE(sources.size(), 3);
-        QCOMPARE(static_cast<QAStNode*>(sources.at(0))
-                     ->configuration(QStringLiteral("Debug"))
-                     ->localProperty(QStringLiteral("cppFlags"))
-                     .toString(),
-                 QStringLiteral("-DAPP '-DMSG=\"a b\"'"));
-        QVERIFY(!static_cast<QAStNode*>(sources.at(1))
-                     ->configuration(QStringLiteral("Debug"))
-                     ->hasProperty(QStringLiteral("cppFlags")));
+        QCOMPARE(static_cast<QAStNode*>(sources.at(0))->configuration(u"Debug"_s)
+                     ->localProperty(u"cppFlags"_s).toString(), u"-DAPP '-DMSG=\"a b\"'"_s);
+        QVERIFY(!static_cast<QAStNode*>(sources.at(1))->configuration(u"Debug"_s)
+                     ->hasProperty(u"cppFlags"_s));
         const QList<QAStData*> links = app->childrenOfClass("QAStNodeLink");
         QCOMPARE(links.size(), 1);
         QCOMPARE(static_cast<QAStNodeLink*>(links.first())->linkedNode(), calc);
         // Sources, the include directory's headers and those beside the
         // sources; none of the build directory.
-        QCOMPARE(treeText(reread.rootFolder()),
-                 QStringLiteral("inc/[sub/[deep.h] calc.h] local.h main.c three.c two.c"));
+        QCOMPARE(treeText(reread.rootFolder()), u"inc/[sub/[deep.h] calc.h] local.h main.c three.c two.c"_s);
 
         // A second import does not replace the project.
         QAStProject again{QString(), QPixmap()};
@@ -688,13 +644,9 @@ private slots:
         QTest::addColumn<QStringList>("files");
         QTest::addColumn<QString>("kind");
         QTest::addColumn<QStringList>("includes");
-        QTest::newRow("program")
-            << QStringList{"src/main.c",
-                           "#include \"util.h\"\nint main(void) { return util(); }\n",
-                           "src/util.c",
-                           "int util(void) { return 0; }\n",
-                           "include/app/util.h",
-                           "int util(void);\n"}
+        QTest::newRow("program") << QStringList{"src/main.c",
+                           "#include \"util.h\"\nint main(void) { return util(); }\n", "src/util.c",
+                           "int util(void) { return 0; }\n", "include/app/util.h", "int util(void);\n"}
             << "QAStNodeApplication" << QStringList{"include/app", "include"};
         QTest::newRow("library, main only mentioned")
             << QStringList{"lib.c", "/* main(void) is elsewhere */\nint mainly(void) { return 1; }\n",
@@ -711,9 +663,9 @@ private slots:
         QFETCH(QStringList, includes);
         QStringList inTree;
         for (qsizetype i = 0; i < files.size(); i += 2)
-            inTree.append(QStringLiteral("tree/") + files.at(i));
+            inTree.append(u"tree/"_s + files.at(i));
         for (qsizetype i = 0; i < files.size(); i += 2)
-            files[i] = QStringLiteral("tree/") + files.at(i);
+            files[i] = u"tree/"_s + files.at(i);
         writeFixture(files);
         QAStProject project{QString(), QPixmap()};
         QString error;
@@ -723,12 +675,9 @@ private slots:
         const QList<QAStData*> nodes = project.childrenOfClass("QAStNode");
         QCOMPARE(nodes.size(), 1);
         QVERIFY2(nodes.first()->inherits(kind.toLatin1()), nodes.first()->metaObject()->className());
-        QCOMPARE(nodes.first()->name(), QStringLiteral("tree"));
-        QCOMPARE(static_cast<QAStNode*>(nodes.first())
-                     ->configuration(QStringLiteral("Debug"))
-                     ->property(QStringLiteral("ge_incdir"))
-                     .toStringList(),
-                 includes);
+        QCOMPARE(nodes.first()->name(), u"tree"_s);
+        QCOMPARE(static_cast<QAStNode*>(nodes.first())->configuration(u"Debug"_s)->property(u"ge_incdir"_s)
+                     .toStringList(), includes);
         QCOMPARE(project.files().size(), files.size() / 2);
         QVERIFY(QFileInfo::exists(path("tree/tree.inf")));
     }
@@ -740,14 +689,84 @@ private slots:
         QAStProject project{QString(), QPixmap()};
         QString error;
         QVERIFY(!QAStProjectImport::importSource(project, path("empty"), QString(), QString(), &error));
-        QCOMPARE(error,
-                 path("empty") +
-                     QStringLiteral("\n\nNo C, C++, Ada or Java source lies in this directory."));
+        QCOMPARE(error, path("empty") + u"\n\nNo C, C++, Ada or Java source lies in this directory."_s);
         TestFiles::writeFile(path("j/a.java"), "class A {}\n");
         QVERIFY(!QAStProjectImport::importSource(project, path("j"), QString(), QString(), &error));
-        QVERIFY2(error.contains(QLatin1String("No target package for Java is installed")),
-                 qPrintable(error));
+        QVERIFY2(error.contains(QLatin1String("No target package for Java is installed")), qPrintable(error));
         QCOMPARE(QDir(path("j")).entryList(QDir::Files), QStringList{"a.java"});
+    }
+
+    // An existing code base made a project and run for real: a generated
+    // tree of C sources, configured by the real cmake, imported from its
+    // compilation database, then built and executed by the drivers with no
+    // hand edit.
+    // Two libraries of a hundred sources each in nested directories and a
+    // program calling both, which returns 0 only when every function is
+    // linked in and the macro of one library's build is applied.
+    void importsCMakeProjectAndRuns()
+    {
+        if (!hasTools({"cmake", "make", "gcc", "perl"}))
+            QSKIP("cmake, make, gcc or perl is not installed");
+        const QString tree = path("tree");
+        writeLibrary(tree + u"/alpha"_s, u"alpha"_s, false);
+        writeLibrary(tree + u"/beta"_s, u"beta"_s, true);
+        const int sum = filesPerLibrary * (filesPerLibrary - 1) / 2;
+        TestFiles::writeFile(tree + u"/app/util/check.h"_s, "int check(int value, int expected);\n");
+        TestFiles::writeFile(tree + u"/app/util/check.c"_s,
+            "#include \"check.h\"\nint check(int value, int expected) { return value != expected; }\n");
+        TestFiles::writeFile(tree + u"/app/main.c"_s,
+            "#include <alpha/alpha.h>\n#include <beta/beta.h>\n#include \"util/check.h\"\n"
+            "int main(void)\n{\n    return check(alpha_sum(), " +
+                QByteArray::number(sum) + ") + check(beta_sum(), 3 * " + QByteArray::number(sum) + ");\n}\n");
+        TestFiles::writeFile(tree + u"/CMakeLists.txt"_s, "cmake_minimum_required(VERSION 3.16)\n"
+                             "project(generated C)\n"
+                             "file(GLOB_RECURSE alpha_sources alpha/src/*.c)\n"
+                             "add_library(alpha STATIC ${alpha_sources})\n"
+                             "target_include_directories(alpha PUBLIC alpha/include)\n"
+                             "file(GLOB_RECURSE beta_sources beta/src/*.c)\n"
+                             "add_library(beta STATIC ${beta_sources})\n"
+                             "target_include_directories(beta PUBLIC beta/include)\n"
+                             "target_compile_definitions(beta PRIVATE SCALE=3)\n"
+                             "add_executable(app app/main.c app/util/check.c)\n"
+                             "target_link_libraries(app PRIVATE alpha beta)\n");
+        int sources = 0;
+        for (QDirIterator it(tree, {u"*.c"_s}, QDir::Files, QDirIterator::Subdirectories);
+             it.hasNext(); it.next())
+            ++sources;
+        QVERIFY(sources >= 200);
+
+        QProcess cmake;
+        cmake.start(u"cmake"_s, {u"-G"_s, u"Unix Makefiles"_s,
+                     u"-DCMAKE_EXPORT_COMPILE_COMMANDS=ON"_s, u"-S"_s, tree, u"-B"_s, tree + u"/build"_s});
+        QVERIFY(cmake.waitForFinished(180000));
+        QVERIFY2(cmake.exitCode() == 0, cmake.readAllStandardError().constData());
+        QVERIFY(QFileInfo::exists(tree + u"/build/CMakeFiles/app.dir/link.txt"_s));
+
+        QAStProject imported{QString(), QPixmap()};
+        QString error;
+        QVERIFY2(QAStProjectImport::importSource(imported, tree + u"/build/compile_commands.json"_s,
+                                                 QString(), QString(), &error), qPrintable(error));
+        QCOMPARE(imported.path(), tree + u"/tree.rtp"_s);
+
+        // Read back from the files, as a user opening it would.
+        QAStProject project{QString(), QPixmap()};
+        QVERIFY(project.open(imported.path()));
+        const QList<QAStData*> nodes = project.childrenOfClass("QAStNode");
+        QCOMPARE(nodes.size(), 3);
+        QCOMPARE(nodes.at(0)->name(), u"alpha"_s);
+        QCOMPARE(nodes.at(1)->name(), u"beta"_s);
+        QCOMPARE(nodes.at(2)->name(), u"app"_s);
+        QCOMPARE(project.childrenOfClass("QAStNodeSource", true).size(), sources);
+        QCOMPARE(nodes.at(2)->childrenOfClass("QAStNodeLink").size(), 2);
+
+        QVERIFY2(walk(&project, &QAStNode::build),
+                 qPrintable(m_studio->consoleText(QAStData::OutputConsole)));
+        QVERIFY(QFileInfo::exists(tree + u"/build/korvil/app"_s));
+        m_studio->reset();
+        QVERIFY2(walk(&project, &QAStNode::execute),
+                 qPrintable(m_studio->consoleText(QAStData::OutputConsole)));
+        QVERIFY(m_studio->consoleText(QAStData::OutputConsole).contains(QLatin1String("app: passed")));
+        QVERIFY(QAProcess::listOfProcess().isEmpty());
     }
 };
 

@@ -25,6 +25,8 @@
 #include <functional>
 #include <memory>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 const char* const driverText = R"(my $env = $ARGV[0];
@@ -42,7 +44,7 @@ print $log "User $NAME $STAGE $EXECMODE $ARGV[0]\n";
 close $log;
 )";
 
-const QString flagKey = QStringLiteral("executionFlag");
+const QString flagKey = u"executionFlag"_s;
 
 // An installation with the interpreter, the settings descriptor, the
 // target packages and the stand-in drivers; without the interpreter when
@@ -51,9 +53,9 @@ void makeInstallation(const QString& dir, bool withInterpreter)
 {
     const QString source = TestPaths::installTree();
     if (withInterpreter) {
-        const QString perl = dir + QStringLiteral("/bin/intel/linux/Korvilperl");
+        const QString perl = dir + u"/bin/intel/linux/Korvilperl"_s;
         QDir().mkpath(QFileInfo(perl).absolutePath());
-        QVERIFY(QFile::copy(source + QStringLiteral("/bin/intel/linux/Korvilperl"), perl));
+        QVERIFY(QFile::copy(source + u"/bin/intel/linux/Korvilperl"_s, perl));
         QVERIFY(QFile::setPermissions(perl, QFile::permissions(perl) | QFileDevice::ExeOwner |
                                                 QFileDevice::ExeGroup | QFileDevice::ExeOther));
     }
@@ -105,8 +107,7 @@ class TestWalk : public QObject {
     bool atRest() const
     {
         const QList<QAStData*> nodes = m_project->childrenOfClass("QAStNode", true) << m_project.get();
-        return QAProcess::listOfProcess().isEmpty() &&
-               std::none_of(nodes.begin(), nodes.end(),
+        return QAProcess::listOfProcess().isEmpty() && std::none_of(nodes.begin(), nodes.end(),
                             [](QAStData* n) { return static_cast<QAStNode*>(n)->isWalking(); });
     }
 
@@ -143,12 +144,12 @@ class TestWalk : public QObject {
 private slots:
     void initTestCase()
     {
-        if (QStandardPaths::findExecutable(QStringLiteral("perl")).isEmpty())
+        if (QStandardPaths::findExecutable(u"perl"_s).isEmpty())
             QSKIP("perl is not installed");
         m_install = std::make_unique<QTemporaryDir>();
         makeInstallation(m_install->path(), true);
         qputenv("ZELTAHOME", QFile::encodeName(m_install->path()));
-        m_log = m_install->filePath(QStringLiteral("walk.log"));
+        m_log = m_install->filePath(u"walk.log"_s);
         qputenv("WALK_LOG", QFile::encodeName(m_log));
         m_studio = std::make_unique<RecordingStudio>();
         QVERIFY(QAStConfiguration::initialize(nullptr, nullptr));
@@ -247,12 +248,10 @@ private slots:
         QTest::newRow("source of no linker") << "libs" << "lib1" << "l_fail.c"
                                            << lib + QStringList{"Build l_fail.c cptl NORMAL source"}
                                            << QStringList{"libs", "walk"};
-        QTest::newRow("library's own step")
-            << "libs" << "lib1" << "lib_fail"
+        QTest::newRow("library's own step") << "libs" << "lib1" << "lib_fail"
             << lib + QStringList{"Build lib_fail cptl NORMAL library"}
             << QStringList{"libs", "walk"};
-        QTest::newRow("application's own step")
-            << "apps" << "app1" << "app_fail"
+        QTest::newRow("application's own step") << "apps" << "app1" << "app_fail"
             << lib + QStringList{"Build app1 cptl NORMAL application", "Build app_fail cptl NORMAL application"}
             << QStringList{"apps", "walk"};
     }
@@ -382,7 +381,7 @@ private slots:
         const QString libraryScript = QString::fromUtf8(TestFiles::readFile(node("lib1")->environmentFileName()));
         const QString l1 = node("l1.c")->environmentFileName();
         const QString l2 = node("l2.c")->environmentFileName();
-        QVERIFY2(libraryScript.contains(QStringLiteral("@SOURCE_ENVIRONMENTS=('%1', '%2');").arg(l1, l2)),
+        QVERIFY2(libraryScript.contains(u"@SOURCE_ENVIRONMENTS=('%1', '%2');"_s.arg(l1, l2)),
                  qPrintable(libraryScript));
         QVERIFY(libraryScript.contains("$OBJECT_DIR='lib1.objects';"));
         QVERIFY(!QFileInfo::exists(node("l3_off.c")->environmentFileName()));
@@ -486,7 +485,7 @@ private slots:
         QCOMPARE(m_studio->requests().size(), 1);
         const RecordingStudio::Request& asked = m_studio->requests().constFirst();
         QCOMPARE(asked.kind, RecordingStudio::Request::Question);
-        QCOMPARE(asked.caption, QStringLiteral("app1 execution"));
+        QCOMPARE(asked.caption, u"app1 execution"_s);
         const bool executed = answer == QMessageBox::Yes && !failingSource;
         QCOMPARE(app1->walkSucceeded(), executed);
         QCOMPARE(log(), runs);
@@ -517,7 +516,7 @@ private slots:
         QVERIFY(m_studio->requests().isEmpty());
         QVERIFY(m_project->save());
         {
-            QAStProject later(QStringLiteral("walk"), QPixmap());
+            QAStProject later(u"walk"_s, QPixmap());
             QVERIFY(later.open(m_dir->filePath("walk.rtp")));
             QCOMPARE(walk(&later, &QAStNode::execute), 1);
             QVERIFY(later.walkSucceeded());
@@ -537,8 +536,8 @@ private slots:
             QTest::qSleep(10);
             TestFiles::writeFile(m_dir->filePath("src/a1.c"), "int a1;\n");
         });
-        asksOnce([this] { config("l1.c")->setProperty(QStringLiteral("cflags"), "-O3"); });
-        asksOnce([this] { config("walk")->setProperty(QStringLiteral("ldflags"), "-s"); });
+        asksOnce([this] { config("l1.c")->setProperty(u"cflags"_s, "-O3"); });
+        asksOnce([this] { config("walk")->setProperty(u"ldflags"_s, "-s"); });
 
         QCOMPARE(walk(m_project.get(), &QAStNode::clean), 1);
         m_studio->reset();

@@ -1,3 +1,6 @@
+// Configurations: the chain of inheritance down the tree, their values as
+// the settings descriptor binds them, their XML, resource and package
+// forms, and the property sheet a node shows.
 #include "QAProperty.h"
 #include "QAPropertyMapGroup.h"
 #include "QARes.h"
@@ -5,6 +8,7 @@
 #include "QAStData.h"
 #include "QAStNodeContainer.h"
 #include "QAStProject.h"
+#include "QAStPropertyFilters.h"
 #include "QAStTargetPackage.h"
 #include "RecordingStudio.h"
 #include "TestPaths.h"
@@ -101,6 +105,24 @@ std::unique_ptr<QAStTargetPackage> demoPackage()
     return package;
 }
 
+// Every setting tag and group name the sheet of a node shows, walking the
+// visible groups.
+void collect(const QAStNode& node, const QAPropertyGroup* group, QStringList& shown)
+{
+    for (QAProperty* p : node.visibleSettings(group)) {
+        shown << (p->isGroup() ? u"group:"_s + p->name() : p->tag());
+        if (p->isGroup())
+            collect(node, static_cast<QAPropertyGroup*>(p), shown);
+    }
+}
+
+QStringList sheetOf(const QAStNode& node)
+{
+    QStringList shown;
+    collect(node, QAStConfiguration::propertyDescriptor(), shown);
+    return shown;
+}
+
 }
 
 class TestConfigurations : public QObject {
@@ -110,347 +132,334 @@ private slots:
     void initTestCase() { QVERIFY(initializeTestDescriptor()); }
     void cleanupTestCase() { QAStConfiguration::terminate(nullptr, nullptr); }
 
-    void nearestLevelWins_data();
-    void nearestLevelWins();
-    void gapEndsTheChain();
-    void resetShowsTheInheritedValue();
-    void resetableBelowTheTopOnly_data();
-    void resetableBelowTheTopOnly();
-    void valueOfAnotherTypeIsNotShown();
-    void nodeKeepsOneConfigurationPerName();
-    void projectKeepsInitialConfigurations();
-    void languageType_data();
-    void languageType();
-    void builtInDefaults();
-    void writeThenReadKeepsLocalValuesOnly();
-    void initFromResource();
-    void targetPackageByPath();
-    void initFromPackage_data();
-    void initFromPackage();
-    void perlVariablesAreBoundAndNamed();
-    void descriptorLoadsOnce();
-    void shippedDescriptorKeepsPackageValues();
-};
-
-void TestConfigurations::nearestLevelWins_data()
-{
-    QTest::addColumn<int>("lowestSet");
-    QTest::newRow("initial configuration only") << 0;
-    QTest::newRow("project over initial") << 1;
-    QTest::newRow("ancestor over project") << 2;
-    QTest::newRow("own value over all") << 3;
-}
-
-// Each level from the top down to lowestSet holds a value of its own; the
-// grandchild sees the lowest one.
-void TestConfigurations::nearestLevelWins()
-{
-    QFETCH(int, lowestSet);
-    Tree tree;
-    const QList<QAStConfiguration*> chain = tree.chain();
-    for (int level = 0; level <= lowestSet; ++level)
-        chain[level]->setProperty(u"cflags"_s, u"level %1"_s.arg(level));
-    QCOMPARE(chain.last()->property(u"cflags"_s).toString(), u"level %1"_s.arg(lowestSet));
-}
-
-void TestConfigurations::gapEndsTheChain()
-{
-    Tree tree;
-    tree.project.addConfiguration(u"Release"_s)->setProperty(u"cflags"_s, "-O2");
-    QAStConfiguration* own = tree.node->addConfiguration(u"Release"_s);
-    QVERIFY(!own->inheritOf());
-    QVERIFY(!own->property(u"cflags"_s).isValid());
-    QVERIFY(!own->property(u"sourceExt"_s).isValid()); // nor the initial defaults
-}
-
-void TestConfigurations::resetShowsTheInheritedValue()
-{
-    Tree tree;
-    QAStConfiguration* parent = tree.group->configuration(debug);
-    QAStConfiguration* own = tree.node->configuration(debug);
-    parent->setProperty(u"cflags"_s, "-parent");
-    own->setProperty(u"cflags"_s, "-own");
-    own->unsetProperty(u"cflags"_s);
-    QCOMPARE(own->property(u"cflags"_s).toString(), u"-parent"_s);
-
-    QAProperty* cflags = boundLeaf(u"cflags"_s, own);
-    cflags->setValue(u"-edited"_s);
-    QCOMPARE(parent->property(u"cflags"_s).toString(), u"-parent"_s);
-    cflags->reset();
-    QVERIFY(!cflags->isOverriden());
-    QCOMPARE(cflags->value().toString(), u"-parent"_s);
-}
-
-void TestConfigurations::resetableBelowTheTopOnly_data()
-{
-    QTest::addColumn<int>("level");
-    QTest::addColumn<bool>("resetable");
-    QTest::newRow("initial configuration") << 0 << false;
-    QTest::newRow("project") << 1 << true;
-    QTest::newRow("node") << 3 << true;
-}
-
-void TestConfigurations::resetableBelowTheTopOnly()
-{
-    QFETCH(int, level);
-    QFETCH(bool, resetable);
-    Tree tree;
-    QCOMPARE(boundLeaf(u"cflags"_s, tree.chain()[level])->isResetable(), resetable);
-}
-
-void TestConfigurations::valueOfAnotherTypeIsNotShown()
-{
-    QAStConfiguration c(debug, nullptr);
-    c.setProperty(u"cflags"_s, 5);
-    c.setProperty(u"computerPort"_s, u"5"_s);
-    QCOMPARE(boundLeaf(u"cflags"_s, &c)->value(), QVariant(QString()));
-    QVERIFY(!boundLeaf(u"computerPort"_s, &c)->value().isValid());
-    c.setProperty(u"computerPort"_s, 5);
-    QCOMPARE(boundLeaf(u"computerPort"_s, &c)->value(), QVariant(5));
-}
-
-void TestConfigurations::nodeKeepsOneConfigurationPerName()
-{
-    QAStNode node(u"N"_s, QPixmap());
-    QPointer<QAStConfiguration> first = node.addConfiguration(debug);
-    QCOMPARE(node.addConfiguration(debug), first.data());
-    node.addConfiguration(u"Release"_s);
-    auto* other = new QAStConfiguration(debug, nullptr);
-    node.addConfiguration(other);
-    QVERIFY(first.isNull());
-    QCOMPARE(node.configurations(), QStringList({u"Release"_s, debug}));
-    QCOMPARE(other->node(), &node);
-
-    QAStNode second(u"M"_s, QPixmap());
-    second.addConfiguration(other);
-    QCOMPARE(node.configurations(), QStringList{u"Release"_s});
-
-    node.setCurrentConfigurationName(u"Release"_s);
-    QCOMPARE(node.currentConfiguration(), node.configuration(u"Release"_s));
-    QVERIFY(node.removeConfiguration(u"Release"_s));
-    QVERIFY(!node.removeConfiguration(u"Release"_s));
-    QVERIFY(!node.currentConfiguration());
-}
-
-void TestConfigurations::projectKeepsInitialConfigurations()
-{
-    QAStProject project(u"P"_s, QPixmap());
-    auto* inner = new QAStProject(u"inner"_s, QPixmap(), &project);
-    auto* node = new QAStNode(u"N"_s, QPixmap(), inner);
-    QCOMPARE(node->project(), inner);
-    QCOMPARE(node->rootProject(), &project);
-
-    QAStConfiguration* own = project.addConfiguration(debug);
-    QPointer<QAStConfiguration> initial = project.initialConfiguration(debug);
-    QVERIFY(initial && initial != own);
-    project.addConfiguration(new QAStConfiguration(debug, nullptr));
-    QCOMPARE(project.initialConfiguration(debug), initial.data()); // made once per name
-    QVERIFY(project.removeConfiguration(debug));
-    QVERIFY(initial.isNull());
-}
-
-void TestConfigurations::languageType_data()
-{
-    QTest::addColumn<QVariant>("language");
-    QTest::addColumn<int>("bit");
-    QTest::newRow("C") << QVariant(u"C"_s) << 1;
-    QTest::newRow("CPP") << QVariant(u"CPP"_s) << 2;
-    QTest::newRow("cpp") << QVariant(u"cpp"_s) << 2;
-    QTest::newRow("Ada") << QVariant(u"Ada"_s) << 4;
-    QTest::newRow("ADA83") << QVariant(u"ADA83"_s) << 4;
-    QTest::newRow("ada95") << QVariant(u"ada95"_s) << 4;
-    QTest::newRow("JAVA") << QVariant(u"JAVA"_s) << 8;
-    QTest::newRow("unknown") << QVariant(u"Pascal"_s) << 1;
-    QTest::newRow("none") << QVariant() << 1;
-}
-
-void TestConfigurations::languageType()
-{
-    QFETCH(QVariant, language);
-    QFETCH(int, bit);
-    QAStConfiguration c(debug, nullptr);
-    if (language.isValid())
-        c.setProperty(u"sourceLanguage"_s, language);
-    QCOMPARE(c.languageType(), bit);
-}
-
-void TestConfigurations::builtInDefaults()
-{
-    QAStConfiguration c(debug, nullptr);
-    c.init();
-    QCOMPARE(c.name(), debug);
-    QCOMPARE(c.localProperty(u"executionFlag"_s), QVariant(0x3F));
-    QCOMPARE(c.localProperty(u"sourceExt"_s), QVariant(u".c"_s));
-    QCOMPARE(c.localProperty(u"debug"_s), QVariant(false));
-    QCOMPARE(c.localProperty(u"computerPort"_s), QVariant(7777));
-    QVERIFY(!c.hasProperty(u"cflags"_s)); // described without an initial value
-}
-
-void TestConfigurations::writeThenReadKeepsLocalValuesOnly()
-{
-    Tree tree;
-    tree.group->configuration(debug)->setProperty(u"ldflags"_s, "-inherited");
-    QAStConfiguration* own = tree.node->configuration(debug);
-    own->setProperty(u"cflags"_s, "-g");
-    QCOMPARE(written(*own, 1), u"  <configuration>\n"
-                               "    <name>Debug</name>\n"
-                               "    <cflags>-g</cflags>\n"
-                               "  </configuration>\n"_s);
-
-    const QString flags = u"-DA=1,2 <x> && 'y'"_s;
-    const QStringList dirs = {u"/a,b"_s, u"<inc>&"_s};
-    own->setName(u"De,<bug>"_s);
-    own->setProperty(u"cppFlags"_s, flags);
-    own->setProperty(u"ge_incdir"_s, dirs);
-    own->setProperty(u"debug"_s, true);
-    own->setProperty(u"computerPort"_s, 42);
-    own->setProperty(u"undescribed"_s, "not saved");
-    QDomDocument doc;
-    QVERIFY(doc.setContent(written(*own, 0)));
-    QAStConfiguration read(u"unnamed"_s, nullptr);
-    QVERIFY(read.init(doc.documentElement(), 1));
-
-    own->unsetProperty(u"undescribed"_s);
-    QCOMPARE(read.propertyNames(), own->propertyNames());
-    for (const QString& key : own->propertyNames())
-        QCOMPARE(read.localProperty(key), own->localProperty(key));
-
-    QVERIFY(doc.setContent(u"<configuration><cflags>-g</cflags></configuration>"_s));
-    QAStData::clearLoadReport();
-    QVERIFY(!read.init(doc.documentElement(), 1));
-    QVERIFY(QAStData::loadReport().contains(u"Unable to find tag name"_s));
-}
-
-void TestConfigurations::initFromResource()
-{
-    std::unique_ptr<QARes> root(QARes::readText(u"CONFIGURATION = {\n"
-                                                "  name = \"Release\"\n"
-                                                "  ge_incdir = ( \"/usr/include\", \"/opt\" )\n"
-                                                "  debug = true\n"
-                                                "  computerPort = 9000\n"
-                                                "}\n"_s,
-                                                u"old.rtp"_s));
-    QAStConfiguration c(u"unnamed"_s, nullptr);
-    c.init(root->find(u"CONFIGURATION"_s));
-    QCOMPARE(c.name(), u"Release"_s);
-    QCOMPARE(c.localProperty(u"ge_incdir"_s), QVariant(QStringList({u"/usr/include"_s, u"/opt"_s})));
-    QCOMPARE(c.localProperty(u"debug"_s), QVariant(true));
-    QCOMPARE(c.localProperty(u"computerPort"_s), QVariant(9000));
-}
-
-void TestConfigurations::targetPackageByPath()
-{
-    QAStConfiguration c(debug, nullptr);
-    QVERIFY(!c.targetPackage());
-    c.setProperty(u"targetPath"_s, u"/no/such/package"_s);
-    QVERIFY(!c.targetPackage());
-    c.setProperty(u"targetPath"_s, TestPaths::installTree() + u"/targets/gcc-cpp"_s);
-    QVERIFY(c.targetPackage());
-    QCOMPARE(c.targetPackage()->language(), u"CPP"_s);
-}
-
-void TestConfigurations::initFromPackage_data()
-{
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<QVariant>("value");
-    QTest::newRow("targetPath") << u"targetPath"_s
-                                << QVariant(TestPaths::data(u"configurations/targets/demo"_s));
-    const char* const texts[][2] = {
-        {"sourceLanguage", "CPP"}, {"sourceExt", ".cxx"}, {"objectExt", ".obj"},
-        {"binaryExt", ".exe"}, {"libraryStaticExt", ".lib"}, {"libraryDynamicExt", ".dll"},
-        {"cppFlags", "-DDEMO"}, {"cflags", "-O1"}, {"ldflags", "-s"}};
-    for (const auto& text : texts)
-        QTest::newRow(text[0]) << QString::fromLatin1(text[0]) << QVariant(QString::fromLatin1(text[1]));
-    QTest::newRow("ge_incdir") << u"ge_incdir"_s
-                               << QVariant(QStringList{u"/demo/include"_s, u"/demo/include/sys"_s});
-    QTest::newRow("ge_libdir") << u"ge_libdir"_s << QVariant(QStringList{u"/demo/lib"_s});
-    QTest::newRow("javaBootClasspath") << u"javaBootClasspath"_s
-                                       << QVariant(QStringList{u"/demo/rt.jar"_s});
-}
-
-// Each value lands under its key in the type the descriptor gives it, so
-// the property sheet shows it; reset drops every other value but the name.
-void TestConfigurations::initFromPackage()
-{
-    QFETCH(QString, key);
-    QFETCH(QVariant, value);
-    QAStConfiguration c(debug, nullptr);
-    c.init(*demoPackage());
-    QCOMPARE(boundLeaf(key, &c)->value(), value);
-
-    c.setProperty(key, u"changed"_s);
-    c.setProperty(u"debug"_s, true);
-    c.reset(*demoPackage());
-    QCOMPARE(c.localProperty(key), value);
-    QCOMPARE(c.name(), debug);
-    QVERIFY(!c.hasProperty(u"debug"_s));
-}
-
-void TestConfigurations::perlVariablesAreBoundAndNamed()
-{
-    QAStConfiguration c(debug, nullptr);
-    c.setProperty(u"cflags"_s, "-g");
-    QStringList names;
-    for (const QAProperty* p : c.perlVariables()) {
-        names.append(p->perlVarName());
-        if (p->tag() == u"cflags"_s)
-            QCOMPARE(p->value().toString(), u"-g"_s);
-    }
-    QCOMPARE(names, QStringList({u"TDP_LANGUAGE"_s, u"SRCEXT"_s, u"OBJEXT"_s, u"EXEEXT"_s,
-                                 u"CPPFLAGS"_s, u"CFLAGS"_s, u"LDFLAGS"_s, u"INCLUDE_DIR_LIST"_s,
-                                 u"DEBUG"_s, u"PORT"_s}));
-}
-
-void TestConfigurations::descriptorLoadsOnce()
-{
-    QAPropertyMapGroup* loaded = QAStConfiguration::propertyDescriptor();
-    QVERIFY(QAStConfiguration::initialize(nullptr, nullptr));
-    QCOMPARE(QAStConfiguration::propertyDescriptor(), loaded);
-
-    QAStConfiguration::terminate(nullptr, nullptr);
-    RecordingStudio studio;
-    QTemporaryDir empty;
+    void nearestLevelWins_data()
     {
-        InstallDirScope scope(empty.path());
-        QVERIFY(!QAStConfiguration::initialize(nullptr, nullptr));
-        // Loading is tried once: later calls return at once.
+        QTest::addColumn<int>("lowestSet");
+        QTest::newRow("initial configuration only") << 0;
+        QTest::newRow("project over initial") << 1;
+        QTest::newRow("ancestor over project") << 2;
+        QTest::newRow("own value over all") << 3;
+    }
+    // Each level from the top down to lowestSet holds a value of its own;
+    // the grandchild sees the lowest one.
+    void nearestLevelWins()
+    {
+        QFETCH(int, lowestSet);
+        Tree tree;
+        const QList<QAStConfiguration*> chain = tree.chain();
+        for (int level = 0; level <= lowestSet; ++level)
+            chain[level]->setProperty(u"cflags"_s, u"level %1"_s.arg(level));
+        QCOMPARE(chain.last()->property(u"cflags"_s).toString(), u"level %1"_s.arg(lowestSet));
+    }
+
+    void gapEndsTheChain()
+    {
+        Tree tree;
+        tree.project.addConfiguration(u"Release"_s)->setProperty(u"cflags"_s, "-O2");
+        QAStConfiguration* own = tree.node->addConfiguration(u"Release"_s);
+        QVERIFY(!own->inheritOf());
+        QVERIFY(!own->property(u"cflags"_s).isValid());
+        QVERIFY(!own->property(u"sourceExt"_s).isValid()); // nor the initial defaults
+    }
+
+    void resetShowsTheInheritedValue()
+    {
+        Tree tree;
+        QAStConfiguration* parent = tree.group->configuration(debug);
+        QAStConfiguration* own = tree.node->configuration(debug);
+        parent->setProperty(u"cflags"_s, "-parent");
+        own->setProperty(u"cflags"_s, "-own");
+        own->unsetProperty(u"cflags"_s);
+        QCOMPARE(own->property(u"cflags"_s).toString(), u"-parent"_s);
+        QAProperty* cflags = boundLeaf(u"cflags"_s, own);
+        cflags->setValue(u"-edited"_s);
+        QCOMPARE(parent->property(u"cflags"_s).toString(), u"-parent"_s);
+        cflags->reset();
+        QVERIFY(!cflags->isOverriden());
+        QCOMPARE(cflags->value().toString(), u"-parent"_s);
+    }
+
+    void resetableBelowTheTopOnly_data()
+    {
+        QTest::addColumn<int>("level");
+        QTest::addColumn<bool>("resetable");
+        QTest::newRow("initial configuration") << 0 << false;
+        QTest::newRow("project") << 1 << true;
+        QTest::newRow("node") << 3 << true;
+    }
+    void resetableBelowTheTopOnly()
+    {
+        QFETCH(int, level);
+        Tree tree;
+        QTEST(boundLeaf(u"cflags"_s, tree.chain()[level])->isResetable(), "resetable");
+    }
+
+    void valueOfAnotherTypeIsNotShown()
+    {
+        QAStConfiguration c(debug, nullptr);
+        c.setProperty(u"cflags"_s, 5);
+        c.setProperty(u"computerPort"_s, u"5"_s);
+        QCOMPARE(boundLeaf(u"cflags"_s, &c)->value(), QVariant(QString()));
+        QVERIFY(!boundLeaf(u"computerPort"_s, &c)->value().isValid());
+        c.setProperty(u"computerPort"_s, 5);
+        QCOMPARE(boundLeaf(u"computerPort"_s, &c)->value(), QVariant(5));
+    }
+
+    void nodeKeepsOneConfigurationPerName()
+    {
+        QAStNode node(u"N"_s, QPixmap());
+        QPointer<QAStConfiguration> first = node.addConfiguration(debug);
+        QCOMPARE(node.addConfiguration(debug), first.data());
+        node.addConfiguration(u"Release"_s);
+        auto* other = new QAStConfiguration(debug, nullptr);
+        node.addConfiguration(other);
+        QVERIFY(first.isNull());
+        QCOMPARE(node.configurations(), QStringList({u"Release"_s, debug}));
+        QCOMPARE(other->node(), &node);
+        QAStNode second(u"M"_s, QPixmap());
+        second.addConfiguration(other);
+        QCOMPARE(node.configurations(), QStringList{u"Release"_s});
+        node.setCurrentConfigurationName(u"Release"_s);
+        QCOMPARE(node.currentConfiguration(), node.configuration(u"Release"_s));
+        QVERIFY(node.removeConfiguration(u"Release"_s));
+        QVERIFY(!node.removeConfiguration(u"Release"_s));
+        QVERIFY(!node.currentConfiguration());
+    }
+
+    void projectKeepsInitialConfigurations()
+    {
+        QAStProject project(u"P"_s, QPixmap());
+        auto* inner = new QAStProject(u"inner"_s, QPixmap(), &project);
+        auto* node = new QAStNode(u"N"_s, QPixmap(), inner);
+        QCOMPARE(node->project(), inner);
+        QCOMPARE(node->rootProject(), &project);
+        QAStConfiguration* own = project.addConfiguration(debug);
+        QPointer<QAStConfiguration> initial = project.initialConfiguration(debug);
+        QVERIFY(initial && initial != own);
+        project.addConfiguration(new QAStConfiguration(debug, nullptr));
+        QCOMPARE(project.initialConfiguration(debug), initial.data()); // made once per name
+        QVERIFY(project.removeConfiguration(debug));
+        QVERIFY(initial.isNull());
+    }
+
+    void languageType_data()
+    {
+        QTest::addColumn<QVariant>("language");
+        QTest::addColumn<int>("bit");
+        const QList<std::pair<const char*, int>> rows{{"C", 1}, {"CPP", 2}, {"cpp", 2}, {"Ada", 4},
+                                                      {"ADA83", 4}, {"ada95", 4}, {"JAVA", 8}, {"Pascal", 1}};
+        for (const auto& [language, bit] : rows)
+            QTest::newRow(language) << QVariant(QString::fromLatin1(language)) << bit;
+        QTest::newRow("none") << QVariant() << 1;
+    }
+    void languageType()
+    {
+        QFETCH(QVariant, language);
+        QAStConfiguration c(debug, nullptr);
+        if (language.isValid())
+            c.setProperty(u"sourceLanguage"_s, language);
+        QTEST(c.languageType(), "bit");
+    }
+
+    void builtInDefaults()
+    {
+        QAStConfiguration c(debug, nullptr);
+        c.init();
+        QCOMPARE(c.name(), debug);
+        QCOMPARE(c.localProperty(u"executionFlag"_s), QVariant(0x3F));
+        QCOMPARE(c.localProperty(u"sourceExt"_s), QVariant(u".c"_s));
+        QCOMPARE(c.localProperty(u"debug"_s), QVariant(false));
+        QCOMPARE(c.localProperty(u"computerPort"_s), QVariant(7777));
+        QVERIFY(!c.hasProperty(u"cflags"_s)); // described without an initial value
+    }
+
+    void writeThenReadKeepsLocalValuesOnly()
+    {
+        Tree tree;
+        tree.group->configuration(debug)->setProperty(u"ldflags"_s, "-inherited");
+        QAStConfiguration* own = tree.node->configuration(debug);
+        own->setProperty(u"cflags"_s, "-g");
+        QCOMPARE(written(*own, 1), u"  <configuration>\n    <name>Debug</name>\n    <cflags>-g</cflags>\n"
+                                   "  </configuration>\n"_s);
+        own->setName(u"De,<bug>"_s);
+        own->setProperty(u"cppFlags"_s, u"-DA=1,2 <x> && 'y'"_s);
+        own->setProperty(u"ge_incdir"_s, QStringList{u"/a,b"_s, u"<inc>&"_s});
+        own->setProperty(u"debug"_s, true);
+        own->setProperty(u"computerPort"_s, 42);
+        own->setProperty(u"undescribed"_s, "not saved");
+        QDomDocument doc;
+        QVERIFY(doc.setContent(written(*own, 0)));
+        QAStConfiguration read(u"unnamed"_s, nullptr);
+        QVERIFY(read.init(doc.documentElement(), 1));
+        own->unsetProperty(u"undescribed"_s);
+        QCOMPARE(read.propertyNames(), own->propertyNames());
+        for (const QString& key : own->propertyNames())
+            QCOMPARE(read.localProperty(key), own->localProperty(key));
+
+        QVERIFY(doc.setContent(u"<configuration><cflags>-g</cflags></configuration>"_s));
+        QAStData::clearLoadReport();
+        QVERIFY(!read.init(doc.documentElement(), 1));
+        QVERIFY(QAStData::loadReport().contains(u"Unable to find tag name"_s));
+    }
+
+    void initFromResource()
+    {
+        std::unique_ptr<QARes> root(QARes::readText(u"CONFIGURATION = {\n  name = \"Release\"\n"
+                                                    "  ge_incdir = ( \"/usr/include\", \"/opt\" )\n"
+                                                    "  debug = true\n  computerPort = 9000\n}\n"_s,
+                                                    u"old.rtp"_s));
+        QAStConfiguration c(u"unnamed"_s, nullptr);
+        c.init(root->find(u"CONFIGURATION"_s));
+        QCOMPARE(c.name(), u"Release"_s);
+        QCOMPARE(c.localProperty(u"ge_incdir"_s), QVariant(QStringList({u"/usr/include"_s, u"/opt"_s})));
+        QCOMPARE(c.localProperty(u"debug"_s), QVariant(true));
+        QCOMPARE(c.localProperty(u"computerPort"_s), QVariant(9000));
+    }
+
+    void targetPackageByPath()
+    {
+        QAStConfiguration c(debug, nullptr);
+        QVERIFY(!c.targetPackage());
+        c.setProperty(u"targetPath"_s, u"/no/such/package"_s);
+        QVERIFY(!c.targetPackage());
+        c.setProperty(u"targetPath"_s, TestPaths::installTree() + u"/targets/gcc-cpp"_s);
+        QVERIFY(c.targetPackage());
+        QCOMPARE(c.targetPackage()->language(), u"CPP"_s);
+    }
+
+    void initFromPackage_data()
+    {
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QVariant>("value");
+        QTest::newRow("targetPath") << u"targetPath"_s << QVariant(TestPaths::data(u"configurations/targets/demo"_s));
+        const char* const texts[][2] = {
+            {"sourceLanguage", "CPP"}, {"sourceExt", ".cxx"}, {"objectExt", ".obj"}, {"binaryExt", ".exe"},
+            {"libraryStaticExt", ".lib"}, {"libraryDynamicExt", ".dll"}, {"cppFlags", "-DDEMO"},
+            {"cflags", "-O1"}, {"ldflags", "-s"}};
+        for (const auto& text : texts)
+            QTest::newRow(text[0]) << QString::fromLatin1(text[0]) << QVariant(QString::fromLatin1(text[1]));
+        QTest::newRow("ge_incdir") << u"ge_incdir"_s << QVariant(QStringList{u"/demo/include"_s, u"/demo/include/sys"_s});
+        QTest::newRow("ge_libdir") << u"ge_libdir"_s << QVariant(QStringList{u"/demo/lib"_s});
+        QTest::newRow("javaBootClasspath") << u"javaBootClasspath"_s << QVariant(QStringList{u"/demo/rt.jar"_s});
+    }
+    // Each value lands under its key in the type the descriptor gives it, so
+    // the property sheet shows it; reset drops every other value but the name.
+    void initFromPackage()
+    {
+        QFETCH(QString, key);
+        QFETCH(QVariant, value);
+        QAStConfiguration c(debug, nullptr);
+        c.init(*demoPackage());
+        QCOMPARE(boundLeaf(key, &c)->value(), value);
+        c.setProperty(key, u"changed"_s);
+        c.setProperty(u"debug"_s, true);
+        c.reset(*demoPackage());
+        QCOMPARE(c.localProperty(key), value);
+        QCOMPARE(c.name(), debug);
+        QVERIFY(!c.hasProperty(u"debug"_s));
+    }
+
+    void perlVariablesAreBoundAndNamed()
+    {
+        QAStConfiguration c(debug, nullptr);
+        c.setProperty(u"cflags"_s, "-g");
+        QStringList names;
+        for (const QAProperty* p : c.perlVariables()) {
+            names.append(p->perlVarName());
+            if (p->tag() == u"cflags"_s)
+                QCOMPARE(p->value().toString(), u"-g"_s);
+        }
+        QCOMPARE(names, QStringList({u"TDP_LANGUAGE"_s, u"SRCEXT"_s, u"OBJEXT"_s, u"EXEEXT"_s, u"CPPFLAGS"_s,
+                                     u"CFLAGS"_s, u"LDFLAGS"_s, u"INCLUDE_DIR_LIST"_s, u"DEBUG"_s, u"PORT"_s}));
+    }
+
+    void descriptorLoadsOnce()
+    {
+        QAPropertyMapGroup* loaded = QAStConfiguration::propertyDescriptor();
         QVERIFY(QAStConfiguration::initialize(nullptr, nullptr));
-        QCOMPARE(studio.messages(QAStData::MessageConsole),
-                 QStringList{QAStConfiguration::propertyDescriptorFile() + u": not found"_s});
+        QCOMPARE(QAStConfiguration::propertyDescriptor(), loaded);
+        QAStConfiguration::terminate(nullptr, nullptr);
+        RecordingStudio studio;
+        QTemporaryDir empty;
+        {
+            InstallDirScope scope(empty.path());
+            QVERIFY(!QAStConfiguration::initialize(nullptr, nullptr));
+            // Loading is tried once: later calls return at once.
+            QVERIFY(QAStConfiguration::initialize(nullptr, nullptr));
+            QCOMPARE(studio.messages(QAStData::MessageConsole),
+                     QStringList{QAStConfiguration::propertyDescriptorFile() + u": not found"_s});
+        }
+        QVERIFY(!QAStConfiguration::propertyDescriptor());
+        QAStConfiguration::terminate(nullptr, nullptr);
+        QVERIFY(initializeTestDescriptor());
     }
-    QVERIFY(!QAStConfiguration::propertyDescriptor());
-    QAStConfiguration::terminate(nullptr, nullptr);
-    QVERIFY(initializeTestDescriptor());
-}
 
-// The installation's descriptor loads without a message and describes
-// every key a package fills, in the type it is stored with, so the values
-// show in the property sheet and survive a save.
-void TestConfigurations::shippedDescriptorKeepsPackageValues()
-{
-    RecordingStudio studio;
-    QAStConfiguration::terminate(nullptr, nullptr);
-    QVERIFY(QAStConfiguration::initialize(nullptr, nullptr));
-    QCOMPARE(studio.messages(QAStData::MessageConsole), QStringList());
-
-    QAStConfiguration c(debug, nullptr);
-    c.init(*demoPackage());
-    QStringList keys = c.propertyNames();
-    keys.removeOne(u"name"_s);
-    for (const QString& key : keys) {
-        const QAProperty* leaf = boundLeaf(key, &c);
-        QVERIFY2(leaf, qPrintable(key));
-        QCOMPARE(leaf->value(), c.localProperty(key));
+    // The installation's descriptor loads without a message and describes
+    // every key a package fills, in the type it is stored with, so the
+    // values show in the property sheet and survive a save.
+    void shippedDescriptorKeepsPackageValues()
+    {
+        RecordingStudio studio;
+        QAStConfiguration::terminate(nullptr, nullptr);
+        QVERIFY(QAStConfiguration::initialize(nullptr, nullptr));
+        QCOMPARE(studio.messages(QAStData::MessageConsole), QStringList());
+        QAStConfiguration c(debug, nullptr);
+        c.init(*demoPackage());
+        QStringList keys = c.propertyNames();
+        keys.removeOne(u"name"_s);
+        for (const QString& key : keys) {
+            const QAProperty* leaf = boundLeaf(key, &c);
+            QVERIFY2(leaf, qPrintable(key));
+            QCOMPARE(leaf->value(), c.localProperty(key));
+        }
+        QDomDocument doc;
+        QVERIFY(doc.setContent(written(c, 0)));
+        QAStConfiguration read(u"unnamed"_s, nullptr);
+        QVERIFY(read.init(doc.documentElement(), 1));
+        QCOMPARE(read.propertyNames(), c.propertyNames());
+        QAStConfiguration::terminate(nullptr, nullptr);
+        QVERIFY(initializeTestDescriptor());
     }
-    QDomDocument doc;
-    QVERIFY(doc.setContent(written(c, 0)));
-    QAStConfiguration read(u"unnamed"_s, nullptr);
-    QVERIFY(read.init(doc.documentElement(), 1));
-    QCOMPARE(read.propertyNames(), c.propertyNames());
 
-    QAStConfiguration::terminate(nullptr, nullptr);
-    QVERIFY(initializeTestDescriptor());
-}
+    // With the shipped descriptor, the sheet of a node shows the settings
+    // that apply to its kind, its language and the host.
+    void propertySheetShowsWhatApplies()
+    {
+        QAStConfiguration::terminate(nullptr, nullptr);
+        QVERIFY(QAStConfiguration::initialize(nullptr, nullptr));
+        QAStProject project(u"p"_s, QPixmap());
+        project.addConfiguration(debug)->setProperty(u"sourceLanguage"_s, u"C"_s);
+        project.setCurrentConfigurationName(debug);
+        const QStringList c = sheetOf(project);
+        for (const char* shown : {"cflags", "no_header_instr", "group:Unit testing"})
+            QVERIFY2(c.contains(QLatin1String(shown)), shown);
+        for (const char* hidden : {"atc_rungcatexit", "virtualMachineArguments"})
+            QVERIFY2(!c.contains(QLatin1String(hidden)), hidden);
+        project.configuration(debug)->setProperty(u"sourceLanguage"_s, u"JAVA"_s);
+        const QStringList java = sheetOf(project);
+        QVERIFY(java.contains(u"virtualMachineArguments"_s));
+        QVERIFY(java.contains(u"atc_rungcatexit"_s));
+        QVERIFY(!java.contains(u"no_header_instr"_s));
+        project.configuration(debug)->setProperty(u"sourceLanguage"_s, u"C"_s);
+
+        // A node of no particular kind: only settings unrestricted by kind.
+        QAStNode plainNode(u"n"_s, QPixmap(), &project);
+        const QStringList plain = sheetOf(plainNode);
+        QVERIFY(!plain.contains(u"group:Unit testing"_s));
+        QVERIFY(!plain.contains(u"zeltaClassName"_s));
+        QVERIFY(plain.contains(u"cflags"_s));
+
+        QCOMPARE(project.propertyContext() & QAStPropertyFilters::HostMask, unsigned(QAStPropertyFilters::Studio));
+        QAStPropertyFilters::setHost(QAStPropertyFilters::EclipseRta);
+        const unsigned context = project.propertyContext();
+        QAStPropertyFilters::setHost(QAStPropertyFilters::Studio);
+        QCOMPARE(context & QAStPropertyFilters::HostMask, unsigned(QAStPropertyFilters::EclipseRta));
+        QCOMPARE(context & QAStPropertyFilters::KindMask, unsigned(QAStPropertyFilters::Project));
+        QCOMPARE(context & QAStPropertyFilters::LanguageMask, unsigned(QAStPropertyFilters::LanguageC));
+        QAStConfiguration::terminate(nullptr, nullptr);
+        QVERIFY(initializeTestDescriptor());
+    }
+};
 
 QTEST_MAIN(TestConfigurations)
 #include "tst_configurations.moc"

@@ -1,32 +1,49 @@
+// The property model: stores and their chains, the kinds bound to a store
+// or to an attribute, groups, the XML and resource forms, and the editor
+// each kind makes.
 #include "QAPropertyBool.h"
+#include "QAPropertyBoolWidget.h"
 #include "QAPropertyComboInt.h"
+#include "QAPropertyComboIntWidget.h"
 #include "QAPropertyComboString.h"
+#include "QAPropertyComboStringWidget.h"
 #include "QAPropertyInt.h"
+#include "QAPropertyIntWidget.h"
 #include "QAPropertyLineEdit.h"
+#include "QAPropertyLineEditWidget.h"
 #include "QAPropertyListBox.h"
+#include "QAPropertyListBoxWidget.h"
 #include "QAPropertyMapGroup.h"
 #include "QAPropertyPathBox.h"
+#include "QAPropertyPathBoxWidget.h"
 #include "QAPropertyPathItem.h"
+#include "QAPropertyPathItemWidget.h"
 #include "QAPropertySerializer.h"
 #include "QAPropertyStore.h"
 #include "QAPropertyYesNo.h"
 #include "QARes.h"
 
+#include <QComboBox>
+#include <QCheckBox>
 #include <QDomDocument>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QSpinBox>
 #include <QTextStream>
+#include <QToolButton>
 #include <QtTest>
 
 #include <memory>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
 // A store inheriting from another, as configurations do.
 class ChainedStore : public QAPropertyStore {
 public:
-    explicit ChainedStore(QAPropertyStore* inherit = nullptr)
-        : m_inherit(inherit)
-    {
-    }
+    explicit ChainedStore(QAPropertyStore* inherit = nullptr) : m_inherit(inherit) {}
     QAPropertyStore* inheritOf() const override { return m_inherit; }
 
 private:
@@ -37,11 +54,7 @@ private:
 // operations are not used by it.
 class TypedLeaf : public QAProperty {
 public:
-    TypedLeaf(const QString& tag, QMetaType::Type type)
-        : m_type(type)
-    {
-        setTag(tag);
-    }
+    TypedLeaf(const QString& tag, QMetaType::Type type) : m_type(type) { setTag(tag); }
     QString displayValue() const override { return QString(); }
     bool isOverriden() const override { return false; }
     bool isResetable() const override { return false; }
@@ -70,8 +83,16 @@ QAProperty* createMapProperty(const QString& kind, const QString& tag)
     return nullptr;
 }
 
-const QStringList allKinds = {"Int", "ComboInt", "Bool", "YesNo", "LineEdit",
-                              "ComboString", "PathItem", "ListBox", "PathBox"};
+// A map group holding one property of the kind, bound to store.
+struct Bound {
+    QAPropertyMapGroup group;
+    QAProperty* p;
+    Bound(const QString& kind, QAPropertyStore* store) : p(createMapProperty(kind, "opt"))
+    {
+        group.addChild(p);
+        group.setPropertyStore(store);
+    }
+};
 
 QString written(QAPropertyStore* store, QAPropertyGroup* group, const QString& element = QString())
 {
@@ -85,666 +106,840 @@ QString written(QAPropertyStore* store, QAPropertyGroup* group, const QString& e
     return text;
 }
 
+// A descriptor group bound to a store that inherits from a parent store.
+struct Sheet {
+    ChainedStore parent;
+    ChainedStore child{&parent};
+    QAPropertyMapGroup group;
+
+    template <class P>
+    P* add(P* property)
+    {
+        group.addChild(property);
+        group.setPropertyStore(&child);
+        return property;
+    }
+};
+
+// Answers file choosers with fixed paths and records the requests.
+struct FakeChooser {
+    QStringList answer;
+    QList<QAPropertyFileChooser::Request> requests;
+    QAPropertyFileChooser::Chooser previous = QAPropertyFileChooser::setChooser(
+        [this](QWidget*, const QAPropertyFileChooser::Request& r) {
+            requests << r;
+            return answer;
+        });
+    ~FakeChooser() { QAPropertyFileChooser::setChooser(previous); }
+};
+
+template <class W>
+std::unique_ptr<W> editorOf(QAProperty* p)
+{
+    return std::unique_ptr<W>(qobject_cast<W*>(p->createEditor(nullptr)));
+}
+
 }
 
 class TestProperties : public QObject {
     Q_OBJECT
 
 private slots:
-    void storeOverloadsGiveTheirTypes();
-    void storeLooksUpAlongTheChain();
-    void storeCopiesItsMap();
+    void storeOverloadsGiveTheirTypes()
+    {
+        QAPropertyStore store(nullptr, "store");
+        QCOMPARE(store.objectName(), u"store"_s);
+        store.setProperty("int", 1);
+        store.setProperty("bool", true);
+        store.setProperty("uint", 2u);
+        store.setProperty("double", 1.5);
+        store.setProperty("float", 1.5f);
+        store.setProperty("string", u"s"_s);
+        store.setProperty("bytes", QByteArray("b"));
+        store.setProperty("list", QStringList{"a"});
+        store.setProperty("chars", "c");
+        store.setProperty("map", QVariantMap{{"k", "v"}});
+        const QList<QPair<QString, int>> expected = {
+            {"int", QMetaType::Int}, {"bool", QMetaType::Bool}, {"uint", QMetaType::UInt},
+            {"double", QMetaType::Double}, {"float", QMetaType::Float}, {"string", QMetaType::QString},
+            {"bytes", QMetaType::QByteArray}, {"list", QMetaType::QStringList}, {"chars", QMetaType::QString},
+            {"map", QMetaType::QVariantMap}};
+        for (const auto& e : expected)
+            QVERIFY2(store.property(e.first).typeId() == e.second, qPrintable(e.first));
+        QCOMPARE(store.propertyNames(), QStringList({"bool", "bytes", "chars", "double", "float", "int",
+                                                     "list", "map", "string", "uint"}));
+        store.unsetProperty("int");
+        QVERIFY(!store.hasProperty("int"));
+        QVERIFY(!store.property("int").isValid());
+        store.clear();
+        QVERIFY(store.propertyNames().isEmpty());
+    }
 
-    void childValueOverridesParentUntilReset_data();
-    void childValueOverridesParentUntilReset();
-    void topOfChainIsNotResetable();
-    void valueOfAnotherTypeIsNotShown_data();
-    void valueOfAnotherTypeIsNotShown();
-    void propertyWithoutStoreGivesDefaults_data();
-    void propertyWithoutStoreGivesDefaults();
-    void setValueConvertsByKind_data();
-    void setValueConvertsByKind();
-    void displayValues_data();
-    void displayValues();
+    void storeLooksUpAlongTheChain()
+    {
+        ChainedStore top, middle(&top), bottom(&middle);
+        top.setProperty("k", 1);
+        QCOMPARE(bottom.property("k"), QVariant(1));
+        QVERIFY(!bottom.hasProperty("k"));
+        middle.setProperty("k", 2);
+        QCOMPARE(bottom.property("k"), QVariant(2));
+        QCOMPARE(top.property("k"), QVariant(1));
+        middle.unsetProperty("k");
+        QCOMPARE(bottom.property("k"), QVariant(1));
+        // A gap in the chain ends it.
+        QVERIFY(!ChainedStore().property("k").isValid());
+    }
 
-    void attributeBindingInheritsAndResets();
-    void attributeBindingWithoutAttribute();
+    void storeCopiesItsMap()
+    {
+        QAPropertyStore a(nullptr, "a");
+        a.setProperty("k", 1);
+        QAPropertyStore b(nullptr, "b");
+        b.setProperty("other", 2);
+        b = a;
+        QCOMPARE(b.propertyNames(), QStringList{"k"});
+        QCOMPARE(b.objectName(), u"b"_s);
+        const QAPropertyStore c(a);
+        a.setProperty("k", 3);
+        QCOMPARE(c.property("k"), QVariant(1));
+    }
 
-    void groupStructure();
-    void groupIsOverridenWhenAChildIs();
-    void groupPixmapsNeedNoDisplay();
-    void setPropertyStoreBindsNestedMapGroups();
-    void copyKeepsFieldsButNotTheGroup();
+    void childValueOverridesParentUntilReset_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QVariant>("parentValue");
+        QTest::addColumn<QVariant>("childValue");
+        QTest::newRow("Int") << "Int" << QVariant(1) << QVariant(2);
+        QTest::newRow("ComboInt") << "ComboInt" << QVariant(1) << QVariant(2);
+        QTest::newRow("Bool") << "Bool" << QVariant(true) << QVariant(false);
+        QTest::newRow("YesNo") << "YesNo" << QVariant(false) << QVariant(true);
+        QTest::newRow("LineEdit") << "LineEdit" << QVariant("-O2") << QVariant("-g");
+        QTest::newRow("ComboString") << "ComboString" << QVariant("a") << QVariant("b");
+        QTest::newRow("PathItem") << "PathItem" << QVariant("/p") << QVariant("/c");
+        QTest::newRow("ListBox") << "ListBox" << QVariant(QStringList{"a"}) << QVariant(QStringList{"b", "c"});
+        QTest::newRow("PathBox") << "PathBox" << QVariant(QStringList{"/a"}) << QVariant(QStringList{});
+    }
+    void childValueOverridesParentUntilReset()
+    {
+        QFETCH(QString, kind);
+        QFETCH(QVariant, parentValue);
+        QFETCH(QVariant, childValue);
+        ChainedStore parentStore, childStore(&parentStore);
+        Bound b(kind, &parentStore);
+        b.p->setValue(parentValue);
+        b.group.setPropertyStore(&childStore);
+        QCOMPARE(b.p->value(), parentValue);
+        QVERIFY(!b.p->isOverriden());
+        QVERIFY(b.p->isResetable());
+        b.p->setValue(childValue);
+        QCOMPARE(b.p->value(), childValue);
+        QVERIFY(b.p->isOverriden());
+        QCOMPARE(parentStore.property("opt"), parentValue);
+        b.p->reset();
+        QVERIFY(!childStore.hasProperty("opt"));
+        QCOMPARE(b.p->value(), parentValue);
+    }
 
-    void writeNothingLocal();
-    void writeEncodings_data();
-    void writeEncodings();
-    void writeIsFlatAndSkipsInherited();
-    void xmlRoundTrip();
-    void readLeavesAbsentElementsUntouched();
-    void readFromResources();
+    void valueOfAnotherTypeIsNotShown_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QVariant>("expected");
+        QTest::newRow("Int") << "Int" << QVariant(42);
+        QTest::newRow("ComboInt") << "ComboInt" << QVariant(42);
+        QTest::newRow("Bool") << "Bool" << QVariant();
+        QTest::newRow("LineEdit") << "LineEdit" << QVariant(QString());
+        QTest::newRow("PathItem") << "PathItem" << QVariant(QString());
+        QTest::newRow("ListBox") << "ListBox" << QVariant(QStringList());
+    }
+    void valueOfAnotherTypeIsNotShown()
+    {
+        QFETCH(QString, kind);
+        QFETCH(QVariant, expected);
+        QAPropertyStore store;
+        store.setProperty("opt", 42);
+        Bound b(kind, &store);
+        QCOMPARE(b.p->value().typeId(), expected.typeId());
+        QCOMPARE(b.p->value(), expected);
+    }
+
+    void propertyWithoutStoreGivesDefaults_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<int>("expectedType");
+        for (const char* kind : {"Int", "ComboInt", "Bool", "YesNo"})
+            QTest::newRow(kind) << kind << int(QMetaType::UnknownType);
+        for (const char* kind : {"LineEdit", "ComboString", "PathItem"})
+            QTest::newRow(kind) << kind << int(QMetaType::QString);
+        for (const char* kind : {"ListBox", "PathBox"})
+            QTest::newRow(kind) << kind << int(QMetaType::QStringList);
+    }
+    void propertyWithoutStoreGivesDefaults()
+    {
+        QFETCH(QString, kind);
+        QFETCH(int, expectedType);
+        // Outside a map group, in a plain group, and in a plain group inside a
+        // bound map group: no store either way.
+        std::unique_ptr<QAProperty> loose(createMapProperty(kind, "opt"));
+        QAPropertyGroup plain;
+        QAProperty* inPlain = createMapProperty(kind, "opt");
+        plain.addChild(inPlain);
+        QAPropertyStore store;
+        QAPropertyMapGroup bound;
+        auto* nested = new QAPropertyGroup;
+        bound.addChild(nested);
+        QAProperty* inNested = createMapProperty(kind, "opt");
+        nested->addChild(inNested);
+        bound.setPropertyStore(&store);
+        for (QAProperty* p : {loose.get(), inPlain, inNested}) {
+            p->setValue(QVariant(1));
+            QCOMPARE(p->value().typeId(), expectedType);
+            QVERIFY(p->value().toString().isEmpty());
+            QVERIFY(!p->isOverriden());
+            QVERIFY(!p->isResetable());
+            p->reset();
+        }
+        QVERIFY(!store.hasProperty(u"opt"_s));
+    }
+
+    void setValueConvertsByKind_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QVariant>("input");
+        QTest::addColumn<QVariant>("stored");
+        QTest::newRow("Int from text") << "Int" << QVariant("12") << QVariant(12);
+        QTest::newRow("ComboInt from double") << "ComboInt" << QVariant(3.0) << QVariant(3);
+        QTest::newRow("Bool from int") << "Bool" << QVariant(1) << QVariant(true);
+        QTest::newRow("YesNo from text") << "YesNo" << QVariant("false") << QVariant(false);
+        QTest::newRow("LineEdit new lines") << "LineEdit" << QVariant("a\n  b ") << QVariant("a b");
+        QTest::newRow("LineEdit white space") << "LineEdit" << QVariant("\t x\r\n\ny  ") << QVariant("x y");
+        QTest::newRow("ComboString from int") << "ComboString" << QVariant(7) << QVariant("7");
+        QTest::newRow("PathItem keeps blanks") << "PathItem" << QVariant(" /a b ") << QVariant(" /a b ");
+        QTest::newRow("ListBox from text") << "ListBox" << QVariant("x") << QVariant(QStringList{"x"});
+        QTest::newRow("PathBox") << "PathBox" << QVariant(QStringList{"/a", "/b"})
+                                 << QVariant(QStringList{"/a", "/b"});
+    }
+    void setValueConvertsByKind()
+    {
+        QFETCH(QString, kind);
+        QFETCH(QVariant, input);
+        QFETCH(QVariant, stored);
+        QAPropertyStore store;
+        Bound b(kind, &store);
+        b.p->setValue(input);
+        QCOMPARE(store.property("opt").typeId(), stored.typeId());
+        QCOMPARE(store.property("opt"), stored);
+    }
+
+    void displayValues_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QVariant>("value");
+        QTest::addColumn<QString>("display");
+        QTest::newRow("Bool true") << "Bool" << QVariant(true) << "True";
+        QTest::newRow("Bool false") << "Bool" << QVariant(false) << "False";
+        QTest::newRow("YesNo true") << "YesNo" << QVariant(true) << "Yes";
+        QTest::newRow("YesNo false") << "YesNo" << QVariant(false) << "No";
+        QTest::newRow("Int with suffix") << "Int" << QVariant(5) << "5 ms";
+        QTest::newRow("Int unset") << "Int" << QVariant() << "";
+        QTest::newRow("ComboInt label") << "ComboInt" << QVariant(2) << "two";
+        QTest::newRow("ComboInt unknown") << "ComboInt" << QVariant(9) << "9";
+        QTest::newRow("ComboString label") << "ComboString" << QVariant("gcc") << "GNU C";
+        QTest::newRow("ComboString unknown") << "ComboString" << QVariant("cl") << "cl";
+        QTest::newRow("ListBox") << "ListBox" << QVariant(QStringList{"a", "b"}) << "a, b";
+    }
+    void displayValues()
+    {
+        QFETCH(QString, kind);
+        QFETCH(QVariant, value);
+        QAPropertyStore store;
+        Bound b(kind, &store);
+        if (auto* i = dynamic_cast<QAPropertyInt*>(b.p))
+            i->setSuffix(" ms");
+        if (auto* c = dynamic_cast<QAPropertyComboInt*>(b.p)) {
+            c->insertItem("one", 1);
+            c->insertItem("two", 2);
+        }
+        if (auto* c = dynamic_cast<QAPropertyComboString*>(b.p))
+            c->insertItem("GNU C", "gcc");
+        if (value.isValid())
+            b.p->setValue(value);
+        QTEST(b.p->displayValue(), "display");
+    }
+
+    void attributeBindingInheritsAndResets()
+    {
+        QAStAttribute<int> top(10);
+        QAStAttribute<int> middle(0, &top);
+        QAStAttribute<int> bottom(0, &middle);
+        QAPropertyAttrInt p(&bottom, "Level", 0, 100, 1);
+        QCOMPARE(p.name(), u"Level"_s);
+        QCOMPARE(p.maximum(), 100);
+        // Never set at the top: the top's own value.
+        QCOMPARE(p.value(), QVariant(10));
+        QVERIFY(p.isResetable());
+        QVERIFY(!p.isOverriden());
+        middle.setValue(20);
+        QCOMPARE(p.value(), QVariant(20));
+        p.setValue(QVariant("30"));
+        QCOMPARE(p.value(), QVariant(30));
+        QVERIFY(p.isOverriden());
+        QCOMPARE(middle.localValue(), 20);
+        p.reset();
+        QCOMPARE(p.value(), QVariant(20));
+        QCOMPARE(bottom.localValue(), 30);
+        QVERIFY(!QAPropertyAttrInt(&top).isResetable());
+
+        // Text kinds keep the text as given.
+        QAStAttribute<QString> text;
+        QAPropertyAttrLineEdit(&text).setValue("a\nb");
+        QCOMPARE(text.value(), u"a\nb"_s);
+        QAStAttribute<QStringList> list;
+        QAPropertyAttrPathBox paths(&list);
+        paths.setValue(QStringList{"/x"});
+        QCOMPARE(paths.value(), QVariant(QStringList{"/x"}));
+        QAStAttribute<bool> flag(false);
+        QAPropertyAttrYesNo yesNo(&flag);
+        yesNo.setValue(true);
+        QCOMPARE(yesNo.displayValue(), u"Yes"_s);
+
+        // Without an attribute: nothing kept, nothing to reset.
+        QAPropertyAttrComboString none;
+        none.setValue("x");
+        QCOMPARE(none.value(), QVariant(QString()));
+        QVERIFY(!none.isOverriden() && !none.isResetable());
+        QVERIFY(!QAPropertyAttrBool().value().isValid());
+    }
+
+    void groupStructure()
+    {
+        QAPropertyGroup root("root");
+        QVERIFY(root.isGroup());
+        QVERIFY(!root.value().isValid());
+        QCOMPARE(root.type(), QMetaType::UnknownType);
+        QVERIFY(!root.createEditor(nullptr));
+        auto* a = new QAPropertyMapInt("a");
+        auto* sub = new QAPropertyGroup("sub");
+        auto* b = new QAPropertyMapInt("b");
+        auto* twin = new QAPropertyMapLineEdit("a");
+        for (QAProperty* p : QList<QAProperty*>{a, sub, b, twin})
+            root.addChild(p);
+        QCOMPARE(root.count(), 4);
+        QCOMPARE(root.nbGroup(), 1);
+        QCOMPARE(root.property("a"), a);
+        QVERIFY(!root.property("missing"));
+        QCOMPARE(a->parentGroup(), &root);
+        // Moving a child leaves its former group; removing hands it back.
+        sub->addChild(b);
+        QCOMPARE(root.count(), 3);
+        QCOMPARE(b->parentGroup(), sub);
+        root.removeChild(a);
+        QVERIFY(!a->parentGroup());
+        QCOMPARE(root.property("a"), twin);
+        delete a;
+        // Deleting a child takes it out of its group.
+        delete twin;
+        QCOMPARE(root.count(), 1);
+    }
+
+    void groupIsOverridenWhenAChildIs()
+    {
+        QAPropertyStore store;
+        QAPropertyMapGroup root;
+        auto* sub = new QAPropertyMapGroup;
+        sub->addChild(new QAPropertyMapInt("deep"));
+        root.addChild(sub);
+        root.addChild(new QAPropertyMapInt("direct"));
+        root.setPropertyStore(&store);
+        QVERIFY(!root.isOverriden());
+        store.setProperty("deep", 1);
+        QVERIFY(sub->isOverriden() && root.isOverriden());
+        store.clear();
+        store.setProperty("direct", 1);
+        QVERIFY(root.isOverriden());
+        QVERIFY(!sub->isOverriden());
+        QVERIFY(!root.isResetable());
+    }
+
+    void setPropertyStoreBindsNestedMapGroups()
+    {
+        QAPropertyMapGroup root;
+        auto* level1 = new QAPropertyMapGroup;
+        auto* level2 = new QAPropertyMapGroup;
+        auto* leaf = new QAPropertyMapInt("leaf");
+        level2->addChild(leaf);
+        level1->addChild(level2);
+        root.addChild(level1);
+        QAPropertyStore first, second;
+        first.setProperty("leaf", 1);
+        second.setProperty("leaf", 2);
+        root.setPropertyStore(&first);
+        QCOMPARE(level2->propertyStore(), &first);
+        QCOMPARE(leaf->propertyStore(), &first);
+        QCOMPARE(leaf->value(), QVariant(1));
+        root.setPropertyStore(&second);
+        QCOMPARE(leaf->value(), QVariant(2));
+        // Binding a sub-tree leaves the groups above it alone.
+        level1->setPropertyStore(&first);
+        QCOMPARE(root.propertyStore(), &second);
+        QCOMPARE(leaf->value(), QVariant(1));
+    }
+
+    void copyKeepsFieldsButNotTheGroup()
+    {
+        QAPropertyMapGroup group;
+        auto* p = new QAPropertyMapPathBox("paths", "Paths");
+        group.addChild(p);
+        p->setWhatThis("help");
+        p->setReadOnly(true);
+        p->setPerlVarName("$PATHS");
+        p->setInitValue(QStringList{"/x"});
+        p->setFilters({"*.c"});
+        p->setButtons(QAPropertyPathBox::SingleWithoutMoves);
+        const QAPropertyMapPathBox copy(*p);
+        QCOMPARE(QStringList({copy.tag(), copy.name(), copy.whatThis(), copy.perlVarName()}),
+                 QStringList({"paths", "Paths", "help", "$PATHS"}));
+        QVERIFY(copy.readOnly() && copy.hasInitValue());
+        QCOMPARE(copy.filters(), QStringList{"*.c"});
+        QCOMPARE(copy.buttons(), QAPropertyPathBox::SingleWithoutMoves);
+        QVERIFY(!copy.parentGroup());
+        auto* target = new QAPropertyMapPathBox;
+        group.addChild(target);
+        *target = copy;
+        QCOMPARE(target->tag(), u"paths"_s);
+        QCOMPARE(target->parentGroup(), &group);
+
+        // A group copies its own fields, not its children, which belong to
+        // their group; an assignment keeps the children it has.
+        group.setName("Build");
+        group.setOpenedPix("open.png");
+        QAPropertyStore store;
+        group.setPropertyStore(&store);
+        QAPropertyMapGroup groupCopy(group);
+        QCOMPARE(groupCopy.name(), u"Build"_s);
+        QCOMPARE(groupCopy.openedPixName(), u"open.png"_s);
+        QCOMPARE(groupCopy.propertyStore(), &store);
+        QCOMPARE(groupCopy.count(), 0);
+        QCOMPARE(p->parentGroup(), &group);
+        QAPropertyGroup assigned("other");
+        assigned.addChild(new QAPropertyMapInt("kept"));
+        assigned = group;
+        QCOMPARE(assigned.name(), u"Build"_s);
+        QCOMPARE(assigned.count(), 1);
+        QCOMPARE(assigned.children().first()->tag(), u"kept"_s);
+    }
+
+    // --- the XML and resource forms
+
+    void writeNothingLocal()
+    {
+        ChainedStore parent, child(&parent);
+        parent.setProperty("a", 1);
+        QAPropertyMapGroup group;
+        group.addChild(new QAPropertyMapInt("a"));
+        QCOMPARE(written(&child, &group), QString());
+        QCOMPARE(written(&child, &group, "settings"), u"  <settings>\n  </settings>\n"_s);
+    }
+
+    void writeEncodings_data()
+    {
+        QTest::addColumn<int>("type");
+        QTest::addColumn<QVariant>("value");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("invalid") << int(QMetaType::QString) << QVariant() << "null";
+        QTest::newRow("string") << int(QMetaType::QString) << QVariant("a,b<c>&d") << "a#comma#b&lt;c&gt;&amp;d";
+        QTest::newRow("bytes") << int(QMetaType::QByteArray) << QVariant(QByteArray("x,y")) << "x#comma#y";
+        QTest::newRow("bool") << int(QMetaType::Bool) << QVariant(false) << "false";
+        QTest::newRow("int") << int(QMetaType::Int) << QVariant(-12) << "-12";
+        QTest::newRow("uint") << int(QMetaType::UInt) << QVariant(4000000000u) << "4000000000";
+        QTest::newRow("list") << int(QMetaType::QStringList) << QVariant(QStringList{"a,1", "b"}) << "a#comma#1,b";
+        QTest::newRow("map") << int(QMetaType::QVariantMap) << QVariant(QVariantMap{{"k", "v,w"}, {"n", 1}})
+                             << "k=v#comma#w,n=1";
+    }
+    void writeEncodings()
+    {
+        QFETCH(int, type);
+        QFETCH(QVariant, value);
+        QFETCH(QString, text);
+        QAPropertyStore store;
+        store.setProperty("v", value);
+        QAPropertyGroup group;
+        group.addChild(new TypedLeaf("v", QMetaType::Type(type)));
+        QCOMPARE(written(&store, &group), "  <v>" + text + "</v>\n");
+    }
+
+    void writeIsFlatAndSkipsInherited()
+    {
+        ChainedStore parent, child(&parent);
+        parent.setProperty("inherited", 1);
+        child.setProperty("second", 2);
+        child.setProperty("first", "x");
+        child.setProperty("unknown", 3);
+        QAPropertyMapGroup group;
+        group.addChild(new QAPropertyMapLineEdit("first"));
+        auto* sub = new QAPropertyMapGroup;
+        sub->addChild(new QAPropertyMapInt("inherited"));
+        sub->addChild(new QAPropertyMapInt("second"));
+        group.addChild(sub);
+        QCOMPARE(written(&child, &group, "configuration"),
+                 QStringLiteral("  <configuration>\n    <first>x</first>\n    <second>2</second>\n"
+                                "  </configuration>\n"));
+    }
+
+    void xmlRoundTrip()
+    {
+        const QList<QPair<QMetaType::Type, QVariant>> values = {
+            {QMetaType::QString, QString("a,b <c> & d &lt;")},
+            {QMetaType::QString, QString()},
+            {QMetaType::QByteArray, QByteArray("x,<y>")},
+            {QMetaType::Bool, true},
+            {QMetaType::Bool, false},
+            {QMetaType::Int, -7},
+            {QMetaType::UInt, 7u},
+            {QMetaType::QStringList, QStringList{"a,b", "<c>", "&"}},
+            {QMetaType::QStringList, QStringList{}},
+            {QMetaType::QVariantMap, QVariantMap{{"k", "v,=w"}, {"<n>", "&"}}},
+        };
+        QAPropertyStore source;
+        QAPropertyGroup group;
+        for (int i = 0; i < values.size(); ++i) {
+            source.setProperty(u"v%1"_s.arg(i), values.at(i).second);
+            group.addChild(new TypedLeaf(u"v%1"_s.arg(i), values.at(i).first));
+        }
+        QDomDocument doc;
+        QVERIFY(doc.setContent(written(&source, &group, "settings")));
+        QAPropertyStore target;
+        QAPropertySerializer::read(&target, &group, doc.documentElement());
+        for (int i = 0; i < values.size(); ++i) {
+            const QString tag = u"v%1"_s.arg(i);
+            QVERIFY2(target.property(tag).typeId() == values.at(i).first, qPrintable(tag));
+            QCOMPARE(target.property(tag), values.at(i).second);
+        }
+    }
+
+    void readLeavesAbsentElementsUntouched()
+    {
+        QDomDocument doc;
+        QVERIFY(doc.setContent(QStringLiteral(
+            "<configuration><set>5</set><nested>yes</nested><stranger>1</stranger></configuration>")));
+        QAPropertyStore store;
+        store.setProperty("kept", 1);
+        QAPropertyMapGroup group;
+        for (const char* tag : {"set", "kept", "absent"})
+            group.addChild(new QAPropertyMapInt(tag));
+        auto* sub = new QAPropertyMapGroup;
+        sub->addChild(new QAPropertyMapLineEdit("nested"));
+        group.addChild(sub);
+        QAPropertySerializer::read(&store, &group, doc.documentElement());
+        QCOMPARE(store.propertyNames(), QStringList({"kept", "nested", "set"}));
+        QCOMPARE(store.property("set"), QVariant(5));
+        QCOMPARE(store.property("kept"), QVariant(1));
+        QCOMPARE(store.property("nested"), QVariant("yes"));
+    }
+
+    void readFromResources()
+    {
+        const std::unique_ptr<QARes> root(QARes::readText(
+            "compiler = { name = \"gcc\" debug = true level = 3\n"
+            "  includes = ( \"/usr/include\", \"/opt/inc\" )\n"
+            "  defines = ( \"DEBUG=1\", \"EXPR=a=b\", \"FLAG\" )\n"
+            "  mixed = ( \"a\", 1 ) }\n", "mem.res"));
+        QAPropertyGroup group;
+        group.addChild(new QAPropertyMapLineEdit("compiler.name"));
+        auto* sub = new QAPropertyGroup;
+        sub->addChild(new QAPropertyMapBool("compiler.debug"));
+        sub->addChild(new QAPropertyMapInt("compiler.level"));
+        group.addChild(sub);
+        group.addChild(new QAPropertyMapListBox("compiler.includes"));
+        group.addChild(new TypedLeaf("compiler.defines", QMetaType::QVariantMap));
+        group.addChild(new QAPropertyMapListBox("compiler.mixed"));
+        group.addChild(new QAPropertyMapListBox("compiler.absent"));
+
+        QAPropertyStore store;
+        QAPropertySerializer::read(&store, &group, root.get());
+        QCOMPARE(store.property("compiler.name"), QVariant("gcc"));
+        QCOMPARE(store.property("compiler.debug"), QVariant(true));
+        QCOMPARE(store.property("compiler.level"), QVariant(3));
+        QCOMPARE(store.property("compiler.includes"), QVariant(QStringList{"/usr/include", "/opt/inc"}));
+        const QVariantMap defs{{"DEBUG", "1"}, {"EXPR", "a=b"}, {"FLAG", ""}};
+        QCOMPARE(store.property("compiler.defines"), QVariant(defs));
+        QVERIFY(!store.hasProperty("compiler.mixed"));
+        QVERIFY(!store.hasProperty("compiler.absent"));
+    }
+
+    // --- editors
+
+    void createEditorGivesTheKindsWidget_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QString>("widgetClass");
+        for (const char* kind : {"Int", "ComboInt", "LineEdit", "ComboString", "PathItem", "ListBox", "PathBox"})
+            QTest::newRow(kind) << kind << u"QAProperty%1Widget"_s.arg(QLatin1String(kind));
+        QTest::newRow("Bool") << "Bool" << "QAPropertyBoolWidget";
+        QTest::newRow("YesNo") << "YesNo" << "QAPropertyBoolWidget";
+    }
+    void createEditorGivesTheKindsWidget()
+    {
+        QFETCH(QString, kind);
+        Sheet sheet;
+        QAProperty* p = sheet.add(createMapProperty(kind, "k"));
+        QWidget parent;
+        QWidget* editor = p->createEditor(&parent);
+        QVERIFY(editor);
+        QCOMPARE(editor->parentWidget(), &parent);
+        QTEST(QString(editor->metaObject()->className()), "widgetClass");
+        auto* base = qobject_cast<QAPropertyEditor*>(editor);
+        QVERIFY(base);
+        QCOMPARE(base->property(), p);
+        // Showing a value that is only inherited does not make it local.
+        QVERIFY(!p->isOverriden());
+    }
+
+    void intEditorWritesAndResets()
+    {
+        Sheet sheet;
+        auto* p = sheet.add(new QAPropertyMapInt("level", "Level", 0, 50, 5));
+        p->setSuffix(" %");
+        sheet.parent.setProperty("level", 10);
+        auto editor = editorOf<QAPropertyIntWidget>(p);
+        QSpinBox* spin = editor->spinBox();
+        QCOMPARE(spin->value(), 10);
+        QCOMPARE(spin->maximum(), 50);
+        QCOMPARE(spin->singleStep(), 5);
+        QCOMPARE(spin->suffix(), u" %"_s);
+        QSignalSpy committed(editor.get(), &QAPropertyEditor::valueCommitted);
+        spin->setValue(25);
+        QCOMPARE(committed.count(), 1);
+        QCOMPARE(sheet.child.property("level"), QVariant(25));
+        QCOMPARE(sheet.parent.property("level"), QVariant(10));
+        editor->reset();
+        QVERIFY(!sheet.child.hasProperty("level"));
+        QCOMPARE(spin->value(), 10);
+        QCOMPARE(committed.count(), 1);
+    }
+
+    void readOnlyEditorRefusesEdits()
+    {
+        Sheet sheet;
+        auto* number = sheet.add(new QAPropertyMapInt("n"));
+        auto* text = sheet.add(new QAPropertyMapLineEdit("t"));
+        number->setReadOnly(true);
+        text->setReadOnly(true);
+        sheet.child.setProperty("n", 3);
+        sheet.parent.setProperty("n", 1);
+        auto numberEditor = editorOf<QAPropertyIntWidget>(number);
+        QVERIFY(!numberEditor->isEnabled());
+        numberEditor->spinBox()->setValue(7);
+        QCOMPARE(sheet.child.property("n"), QVariant(3));
+        numberEditor->reset();
+        QCOMPARE(sheet.child.property("n"), QVariant(3));
+        auto textEditor = editorOf<QAPropertyLineEditWidget>(text);
+        QVERIFY(!textEditor->isEnabled());
+        textEditor->lineEdit()->setText("x");
+        textEditor->lineEdit()->setModified(true);
+        emit textEditor->lineEdit()->editingFinished();
+        QVERIFY(!sheet.child.hasProperty("t"));
+    }
+
+    // A combo box shows the label of the value, stores the value of the
+    // label chosen, and shows the inherited value again after a reset.
+    void comboEditors()
+    {
+        Sheet sheet;
+        auto* numbers = sheet.add(new QAPropertyMapComboInt("opt"));
+        numbers->insertItem("low", 1);
+        numbers->insertItem("high", 9);
+        auto* texts = sheet.add(new QAPropertyMapComboString("cc"));
+        texts->insertItem("GNU C", "gcc");
+        texts->insertItem("Clang", "clang");
+        sheet.parent.setProperty("opt", 9);
+        sheet.parent.setProperty("cc", "gcc");
+        auto intEditor = editorOf<QAPropertyComboIntWidget>(numbers);
+        QComboBox* combo = intEditor->comboBox();
+        QCOMPARE(combo->count(), 2);
+        QCOMPARE(combo->currentText(), u"high"_s);
+        combo->setCurrentIndex(0);
+        QCOMPARE(sheet.child.property("opt"), QVariant(1));
+        intEditor->reset();
+        QCOMPARE(combo->currentText(), u"high"_s);
+        // A value no item holds selects nothing.
+        sheet.child.setProperty("opt", 4);
+        intEditor->refresh();
+        QCOMPARE(combo->currentIndex(), -1);
+
+        auto stringEditor = editorOf<QAPropertyComboStringWidget>(texts);
+        QCOMPARE(stringEditor->comboBox()->currentText(), u"GNU C"_s);
+        stringEditor->comboBox()->setCurrentIndex(1);
+        QCOMPARE(sheet.child.property("cc"), QVariant("clang"));
+        stringEditor->reset();
+        QCOMPARE(stringEditor->comboBox()->currentText(), u"GNU C"_s);
+    }
+
+    void boolEditorStyles()
+    {
+        Sheet sheet;
+        auto* yesNo = sheet.add(new QAPropertyMapYesNo("y"));
+        auto* flag = sheet.add(new QAPropertyMapBool("b"));
+        sheet.parent.setProperty("y", true);
+        auto combo = editorOf<QAPropertyBoolWidget>(yesNo);
+        QVERIFY(!combo->checkBox());
+        QCOMPARE(combo->comboBox()->itemText(0), u"Yes"_s);
+        QCOMPARE(combo->comboBox()->itemText(1), u"No"_s);
+        QCOMPARE(combo->comboBox()->currentText(), u"Yes"_s);
+        combo->comboBox()->setCurrentIndex(1);
+        QCOMPARE(sheet.child.property("y"), QVariant(false));
+        combo->reset();
+        QCOMPARE(combo->comboBox()->currentText(), u"Yes"_s);
+        // No value anywhere: no entry chosen.
+        QCOMPARE(editorOf<QAPropertyBoolWidget>(flag)->comboBox()->currentIndex(), -1);
+        QAPropertyBoolWidget check(flag, nullptr, QAPropertyBoolWidget::CheckBox);
+        QVERIFY(!check.comboBox());
+        QVERIFY(!check.checkBox()->isChecked());
+        check.checkBox()->setChecked(true);
+        QCOMPARE(sheet.child.property("b"), QVariant(true));
+        check.reset();
+        QVERIFY(!check.checkBox()->isChecked());
+    }
+
+    void lineEditCommitsTypedTextOnly()
+    {
+        Sheet sheet;
+        auto* p = sheet.add(new QAPropertyMapLineEdit("flags"));
+        sheet.parent.setProperty("flags", "-O2");
+        auto editor = editorOf<QAPropertyLineEditWidget>(p);
+        QLineEdit* line = editor->lineEdit();
+        QCOMPARE(line->text(), u"-O2"_s);
+        QVERIFY(editor->button());
+        // Finishing without a change keeps the value inherited.
+        emit line->editingFinished();
+        QVERIFY(!sheet.child.hasProperty("flags"));
+        line->clear();
+        QTest::keyClicks(line, "  -g   -Wall ");
+        QTest::keyClick(line, Qt::Key_Return);
+        QCOMPARE(sheet.child.property("flags"), QVariant("-g -Wall"));
+        QCOMPARE(line->text(), u"-g -Wall"_s);
+        editor->reset();
+        QCOMPARE(line->text(), u"-O2"_s);
+    }
+
+    void pathItemBrowsesThroughChooser()
+    {
+        FakeChooser chooser;
+        Sheet sheet;
+        auto* p = sheet.add(new QAPropertyMapPathItem("tdp", "Target"));
+        p->setFilters({"Ini files (*.ini)"});
+        p->setMode(QAPropertyFileChooser::DirectoryOnly);
+        sheet.child.setProperty("tdp", "/start");
+        auto editor = editorOf<QAPropertyPathItemWidget>(p);
+        // Cancelled: nothing changes.
+        editor->button()->click();
+        QCOMPARE(sheet.child.property("tdp"), QVariant("/start"));
+        QCOMPARE(chooser.requests.size(), 1);
+        const QAPropertyFileChooser::Request& asked = chooser.requests.first();
+        QCOMPARE(asked.caption, u"Target"_s);
+        QCOMPARE(asked.startPath, u"/start"_s);
+        QCOMPARE(asked.filters, QStringList{"Ini files (*.ini)"});
+        QCOMPARE(asked.mode, QAPropertyFileChooser::DirectoryOnly);
+        chooser.answer = QStringList{"/chosen", "/second"};
+        editor->button()->click();
+        QCOMPARE(sheet.child.property("tdp"), QVariant("/chosen"));
+        QCOMPARE(editor->lineEdit()->text(), u"/chosen"_s);
+    }
+
+    void listBoxEditor()
+    {
+        Sheet sheet;
+        auto* p = sheet.add(new QAPropertyMapListBox("defines"));
+        sheet.parent.setProperty("defines", QStringList{"A"});
+        auto editor = editorOf<QAPropertyListBoxWidget>(p);
+        QCOMPARE(editor->items(), QStringList{"A"});
+        QTest::keyClicks(editor->entryEdit(), "B");
+        editor->findChild<QPushButton*>("add")->click();
+        QCOMPARE(sheet.child.property("defines"), QVariant(QStringList({"A", "B"})));
+        QVERIFY(editor->entryEdit()->text().isEmpty());
+        QTest::keyClicks(editor->entryEdit(), "C");
+        QTest::keyClick(editor->entryEdit(), Qt::Key_Return);
+        QCOMPARE(editor->items(), QStringList({"A", "B", "C"}));
+        editor->listWidget()->setCurrentRow(2);
+        editor->findChild<QPushButton*>("up")->click();
+        QCOMPARE(sheet.child.property("defines"), QVariant(QStringList({"A", "C", "B"})));
+        QCOMPARE(editor->listWidget()->currentRow(), 1);
+        editor->findChild<QPushButton*>("remove")->click();
+        QCOMPARE(sheet.child.property("defines"), QVariant(QStringList({"A", "B"})));
+        editor->reset();
+        QCOMPARE(editor->items(), QStringList{"A"});
+        // An item edited in place is taken too.
+        sheet.parent.setProperty("defines", QStringList{"A", "B"});
+        auto inPlace = editorOf<QAPropertyListBoxWidget>(p);
+        inPlace->listWidget()->item(1)->setText("X");
+        QTRY_COMPARE(sheet.child.property("defines"), QVariant(QStringList({"A", "X"})));
+    }
+
+    void pathBoxButtons_data()
+    {
+        QTest::addColumn<int>("layout");
+        QTest::addColumn<QStringList>("buttons");
+        QTest::newRow("NoButton") << int(QAPropertyPathBox::NoButton) << QStringList();
+        QTest::newRow("Single") << int(QAPropertyPathBox::Single) << QStringList{"add", "remove", "up", "down"};
+        QTest::newRow("SingleWithoutMoves") << int(QAPropertyPathBox::SingleWithoutMoves)
+                                            << QStringList{"add", "remove"};
+        QTest::newRow("Multi") << int(QAPropertyPathBox::Multi) << QStringList{"addFile", "addDirectory", "remove"};
+        QTest::newRow("MultiWithMoves") << int(QAPropertyPathBox::MultiWithMoves)
+                                        << QStringList{"addFile", "addDirectory", "remove", "up", "down"};
+    }
+    void pathBoxButtons()
+    {
+        QFETCH(int, layout);
+        QFETCH(QStringList, buttons);
+        QAPropertyPathBox::Buttons parsed;
+        QVERIFY(QAPropertyPathBox::buttonsFromString(QTest::currentDataTag(), &parsed));
+        QCOMPARE(int(parsed), layout);
+        Sheet sheet;
+        auto* p = sheet.add(new QAPropertyMapPathBox("paths"));
+        p->setButtons(QAPropertyPathBox::Buttons(layout));
+        auto editor = editorOf<QAPropertyPathBoxWidget>(p);
+        QStringList found;
+        for (QPushButton* b : editor->findChildren<QPushButton*>())
+            found << b->objectName();
+        QCOMPARE(found, buttons);
+    }
+
+    void pathBoxAddsChosenPaths()
+    {
+        FakeChooser chooser;
+        Sheet sheet;
+        auto* p = sheet.add(new QAPropertyMapPathBox("includes"));
+        p->setFilters({"*.h"});
+        sheet.parent.setProperty("includes", QStringList{"/usr/include"});
+        auto editor = editorOf<QAPropertyPathBoxWidget>(p);
+        chooser.answer = QStringList{"/a.h", "/b.h"};
+        editor->findChild<QPushButton*>("addFile")->click();
+        QCOMPARE(chooser.requests.last().mode, QAPropertyFileChooser::ExistingFiles);
+        QCOMPARE(chooser.requests.last().filters, QStringList{"*.h"});
+        chooser.answer = QStringList{"/inc"};
+        editor->findChild<QPushButton*>("addDirectory")->click();
+        QCOMPARE(chooser.requests.last().mode, QAPropertyFileChooser::Directory);
+        QCOMPARE(sheet.child.property("includes"), QVariant(QStringList({"/usr/include", "/a.h", "/b.h", "/inc"})));
+        chooser.answer.clear();
+        editor->findChild<QPushButton*>("addFile")->click();
+        QCOMPARE(editor->items().size(), 4);
+        editor->reset();
+        QCOMPARE(editor->items(), QStringList{"/usr/include"});
+    }
+
+    void attributeBoundEditorResets()
+    {
+        QAStAttribute<int> parent(5);
+        QAStAttribute<int> child(0, &parent);
+        QAPropertyAttrInt p(&child, "Level", 0, 100, 1);
+        auto editor = editorOf<QAPropertyIntWidget>(&p);
+        QCOMPARE(editor->spinBox()->value(), 5);
+        editor->spinBox()->setValue(8);
+        QVERIFY(child.isOverriden());
+        QCOMPARE(child.value(), 8);
+        editor->reset();
+        QCOMPARE(editor->spinBox()->value(), 5);
+    }
 };
 
-void TestProperties::storeOverloadsGiveTheirTypes()
-{
-    QAPropertyStore store(nullptr, "store");
-    QCOMPARE(store.objectName(), QStringLiteral("store"));
-    store.setProperty("int", 1);
-    store.setProperty("bool", true);
-    store.setProperty("uint", 2u);
-    store.setProperty("double", 1.5);
-    store.setProperty("float", 1.5f);
-    store.setProperty("string", QStringLiteral("s"));
-    store.setProperty("bytes", QByteArray("b"));
-    store.setProperty("list", QStringList{"a"});
-    store.setProperty("chars", "c");
-    store.setProperty("map", QVariantMap{{"k", "v"}});
-    const QList<QPair<QString, int>> expected = {
-        {"int", QMetaType::Int},          {"bool", QMetaType::Bool},
-        {"uint", QMetaType::UInt},        {"double", QMetaType::Double},
-        {"float", QMetaType::Float},      {"string", QMetaType::QString},
-        {"bytes", QMetaType::QByteArray}, {"list", QMetaType::QStringList},
-        {"chars", QMetaType::QString},    {"map", QMetaType::QVariantMap},
-    };
-    for (const auto& e : expected)
-        QVERIFY2(store.property(e.first).typeId() == e.second, qPrintable(e.first));
-    QCOMPARE(store.propertyNames(),
-             QStringList({"bool", "bytes", "chars", "double", "float", "int", "list", "map",
-                          "string", "uint"}));
-    store.unsetProperty("int");
-    QVERIFY(!store.hasProperty("int"));
-    QVERIFY(!store.property("int").isValid());
-    store.clear();
-    QVERIFY(store.propertyNames().isEmpty());
-}
-
-void TestProperties::storeLooksUpAlongTheChain()
-{
-    ChainedStore top;
-    ChainedStore middle(&top);
-    ChainedStore bottom(&middle);
-    top.setProperty("k", 1);
-    QCOMPARE(bottom.property("k"), QVariant(1));
-    QVERIFY(!bottom.hasProperty("k"));
-    middle.setProperty("k", 2);
-    QCOMPARE(bottom.property("k"), QVariant(2));
-    QCOMPARE(top.property("k"), QVariant(1));
-    middle.unsetProperty("k");
-    QCOMPARE(bottom.property("k"), QVariant(1));
-
-    // A gap in the chain ends it.
-    ChainedStore orphan;
-    QVERIFY(!orphan.property("k").isValid());
-}
-
-void TestProperties::storeCopiesItsMap()
-{
-    QAPropertyStore a(nullptr, "a");
-    a.setProperty("k", 1);
-    QAPropertyStore b(nullptr, "b");
-    b.setProperty("other", 2);
-    b = a;
-    QCOMPARE(b.propertyNames(), QStringList{"k"});
-    QCOMPARE(b.objectName(), QStringLiteral("b"));
-    const QAPropertyStore c(a);
-    QCOMPARE(c.property("k"), QVariant(1));
-    a.setProperty("k", 3);
-    QCOMPARE(c.property("k"), QVariant(1));
-}
-
-void TestProperties::childValueOverridesParentUntilReset_data()
-{
-    QTest::addColumn<QString>("kind");
-    QTest::addColumn<QVariant>("parentValue");
-    QTest::addColumn<QVariant>("childValue");
-    QTest::newRow("Int") << "Int" << QVariant(1) << QVariant(2);
-    QTest::newRow("ComboInt") << "ComboInt" << QVariant(1) << QVariant(2);
-    QTest::newRow("Bool") << "Bool" << QVariant(true) << QVariant(false);
-    QTest::newRow("YesNo") << "YesNo" << QVariant(false) << QVariant(true);
-    QTest::newRow("LineEdit") << "LineEdit" << QVariant("-O2") << QVariant("-g");
-    QTest::newRow("ComboString") << "ComboString" << QVariant("a") << QVariant("b");
-    QTest::newRow("PathItem") << "PathItem" << QVariant("/p") << QVariant("/c");
-    QTest::newRow("ListBox") << "ListBox" << QVariant(QStringList{"a"}) << QVariant(QStringList{"b", "c"});
-    QTest::newRow("PathBox") << "PathBox" << QVariant(QStringList{"/a"}) << QVariant(QStringList{});
-}
-
-void TestProperties::childValueOverridesParentUntilReset()
-{
-    QFETCH(QString, kind);
-    QFETCH(QVariant, parentValue);
-    QFETCH(QVariant, childValue);
-    ChainedStore parentStore;
-    ChainedStore childStore(&parentStore);
-    QAPropertyMapGroup group;
-    QAProperty* p = createMapProperty(kind, "opt");
-    group.addChild(p);
-
-    group.setPropertyStore(&parentStore);
-    p->setValue(parentValue);
-    group.setPropertyStore(&childStore);
-    QCOMPARE(p->value(), parentValue);
-    QVERIFY(!p->isOverriden());
-    QVERIFY(p->isResetable());
-
-    p->setValue(childValue);
-    QCOMPARE(p->value(), childValue);
-    QVERIFY(p->isOverriden());
-    QCOMPARE(parentStore.property("opt"), parentValue);
-
-    p->reset();
-    QVERIFY(!childStore.hasProperty("opt"));
-    QCOMPARE(p->value(), parentValue);
-}
-
-void TestProperties::topOfChainIsNotResetable()
-{
-    ChainedStore top;
-    ChainedStore child(&top);
-    QAPropertyMapGroup group;
-    auto* p = new QAPropertyMapInt("opt");
-    group.addChild(p);
-    group.setPropertyStore(&top);
-    p->setValue(4);
-    QVERIFY(p->isOverriden());
-    QVERIFY(!p->isResetable());
-    group.setPropertyStore(&child);
-    QVERIFY(p->isResetable());
-}
-
-void TestProperties::valueOfAnotherTypeIsNotShown_data()
-{
-    QTest::addColumn<QString>("kind");
-    QTest::addColumn<QVariant>("expected");
-    QTest::newRow("Int") << "Int" << QVariant(42);
-    QTest::newRow("ComboInt") << "ComboInt" << QVariant(42);
-    QTest::newRow("Bool") << "Bool" << QVariant();
-    QTest::newRow("LineEdit") << "LineEdit" << QVariant(QString());
-    QTest::newRow("PathItem") << "PathItem" << QVariant(QString());
-    QTest::newRow("ListBox") << "ListBox" << QVariant(QStringList());
-}
-
-void TestProperties::valueOfAnotherTypeIsNotShown()
-{
-    QFETCH(QString, kind);
-    QFETCH(QVariant, expected);
-    QAPropertyStore store;
-    store.setProperty("opt", 42);
-    QAPropertyMapGroup group;
-    QAProperty* p = createMapProperty(kind, "opt");
-    group.addChild(p);
-    group.setPropertyStore(&store);
-    QCOMPARE(p->value().typeId(), expected.typeId());
-    QCOMPARE(p->value(), expected);
-}
-
-void TestProperties::propertyWithoutStoreGivesDefaults_data()
-{
-    QTest::addColumn<QString>("kind");
-    QTest::addColumn<int>("expectedType");
-    QTest::newRow("Int") << "Int" << int(QMetaType::UnknownType);
-    QTest::newRow("ComboInt") << "ComboInt" << int(QMetaType::UnknownType);
-    QTest::newRow("Bool") << "Bool" << int(QMetaType::UnknownType);
-    QTest::newRow("YesNo") << "YesNo" << int(QMetaType::UnknownType);
-    QTest::newRow("LineEdit") << "LineEdit" << int(QMetaType::QString);
-    QTest::newRow("ComboString") << "ComboString" << int(QMetaType::QString);
-    QTest::newRow("PathItem") << "PathItem" << int(QMetaType::QString);
-    QTest::newRow("ListBox") << "ListBox" << int(QMetaType::QStringList);
-    QTest::newRow("PathBox") << "PathBox" << int(QMetaType::QStringList);
-}
-
-void TestProperties::propertyWithoutStoreGivesDefaults()
-{
-    QFETCH(QString, kind);
-    QFETCH(int, expectedType);
-    // Outside a map group, in a plain group, and in a plain group inside a
-    // bound map group: no store either way.
-    std::unique_ptr<QAProperty> loose(createMapProperty(kind, "opt"));
-    QAPropertyGroup plain;
-    QAProperty* inPlain = createMapProperty(kind, "opt");
-    plain.addChild(inPlain);
-    QAPropertyStore store;
-    QAPropertyMapGroup bound;
-    auto* nested = new QAPropertyGroup;
-    bound.addChild(nested);
-    QAProperty* inNested = createMapProperty(kind, "opt");
-    nested->addChild(inNested);
-    bound.setPropertyStore(&store);
-    for (QAProperty* p : {loose.get(), inPlain, inNested}) {
-        p->setValue(QVariant(1));
-        QCOMPARE(p->value().typeId(), expectedType);
-        QVERIFY(p->value().toString().isEmpty());
-        QVERIFY(!p->isOverriden());
-        QVERIFY(!p->isResetable());
-        p->reset();
-    }
-    QVERIFY(!store.hasProperty(QStringLiteral("opt")));
-}
-
-void TestProperties::setValueConvertsByKind_data()
-{
-    QTest::addColumn<QString>("kind");
-    QTest::addColumn<QVariant>("input");
-    QTest::addColumn<QVariant>("stored");
-    QTest::newRow("Int from text") << "Int" << QVariant("12") << QVariant(12);
-    QTest::newRow("ComboInt from double") << "ComboInt" << QVariant(3.0) << QVariant(3);
-    QTest::newRow("Bool from int") << "Bool" << QVariant(1) << QVariant(true);
-    QTest::newRow("YesNo from text") << "YesNo" << QVariant("false") << QVariant(false);
-    QTest::newRow("LineEdit new lines") << "LineEdit" << QVariant("a\n  b ") << QVariant("a b");
-    QTest::newRow("LineEdit white space") << "LineEdit" << QVariant("\t x\r\n\ny  ") << QVariant("x y");
-    QTest::newRow("ComboString from int") << "ComboString" << QVariant(7) << QVariant("7");
-    QTest::newRow("PathItem keeps blanks") << "PathItem" << QVariant(" /a b ") << QVariant(" /a b ");
-    QTest::newRow("ListBox from text") << "ListBox" << QVariant("x") << QVariant(QStringList{"x"});
-    QTest::newRow("PathBox") << "PathBox" << QVariant(QStringList{"/a", "/b"})
-                             << QVariant(QStringList{"/a", "/b"});
-}
-
-void TestProperties::setValueConvertsByKind()
-{
-    QFETCH(QString, kind);
-    QFETCH(QVariant, input);
-    QFETCH(QVariant, stored);
-    QAPropertyStore store;
-    QAPropertyMapGroup group;
-    QAProperty* p = createMapProperty(kind, "opt");
-    group.addChild(p);
-    group.setPropertyStore(&store);
-    p->setValue(input);
-    QCOMPARE(store.property("opt").typeId(), stored.typeId());
-    QCOMPARE(store.property("opt"), stored);
-}
-
-void TestProperties::displayValues_data()
-{
-    QTest::addColumn<QString>("kind");
-    QTest::addColumn<QVariant>("value");
-    QTest::addColumn<QString>("display");
-    QTest::newRow("Bool true") << "Bool" << QVariant(true) << "True";
-    QTest::newRow("Bool false") << "Bool" << QVariant(false) << "False";
-    QTest::newRow("YesNo true") << "YesNo" << QVariant(true) << "Yes";
-    QTest::newRow("YesNo false") << "YesNo" << QVariant(false) << "No";
-    QTest::newRow("Int with suffix") << "Int" << QVariant(5) << "5 ms";
-    QTest::newRow("Int unset") << "Int" << QVariant() << "";
-    QTest::newRow("ComboInt label") << "ComboInt" << QVariant(2) << "two";
-    QTest::newRow("ComboInt unknown") << "ComboInt" << QVariant(9) << "9";
-    QTest::newRow("ComboString label") << "ComboString" << QVariant("gcc") << "GNU C";
-    QTest::newRow("ComboString unknown") << "ComboString" << QVariant("cl") << "cl";
-    QTest::newRow("ListBox") << "ListBox" << QVariant(QStringList{"a", "b"}) << "a, b";
-}
-
-void TestProperties::displayValues()
-{
-    QFETCH(QString, kind);
-    QFETCH(QVariant, value);
-    QFETCH(QString, display);
-    QAPropertyStore store;
-    QAPropertyMapGroup group;
-    QAProperty* p = createMapProperty(kind, "opt");
-    group.addChild(p);
-    group.setPropertyStore(&store);
-    if (auto* i = dynamic_cast<QAPropertyInt*>(p))
-        i->setSuffix(" ms");
-    if (auto* c = dynamic_cast<QAPropertyComboInt*>(p)) {
-        c->insertItem("one", 1);
-        c->insertItem("two", 2);
-    }
-    if (auto* c = dynamic_cast<QAPropertyComboString*>(p))
-        c->insertItem("GNU C", "gcc");
-    if (value.isValid())
-        p->setValue(value);
-    QCOMPARE(p->displayValue(), display);
-}
-
-void TestProperties::attributeBindingInheritsAndResets()
-{
-    QAStAttribute<int> top(10);
-    QAStAttribute<int> middle(0, &top);
-    QAStAttribute<int> bottom(0, &middle);
-    QAPropertyAttrInt p(&bottom, "Level", 0, 100, 1);
-    QCOMPARE(p.name(), QStringLiteral("Level"));
-    QCOMPARE(p.maximum(), 100);
-
-    // Never set at the top: the top's own value.
-    QCOMPARE(p.value(), QVariant(10));
-    QVERIFY(p.isResetable());
-    QVERIFY(!p.isOverriden());
-
-    middle.setValue(20);
-    QCOMPARE(p.value(), QVariant(20));
-    p.setValue(QVariant("30"));
-    QCOMPARE(p.value(), QVariant(30));
-    QVERIFY(p.isOverriden());
-    QCOMPARE(middle.localValue(), 20);
-
-    p.reset();
-    QCOMPARE(p.value(), QVariant(20));
-    QCOMPARE(bottom.localValue(), 30);
-
-    QAPropertyAttrInt atTop(&top);
-    QVERIFY(!atTop.isResetable());
-
-    // Text kinds keep the text as given.
-    QAStAttribute<QString> text;
-    QAPropertyAttrLineEdit edit(&text);
-    edit.setValue("a\nb");
-    QCOMPARE(text.value(), QStringLiteral("a\nb"));
-    QAStAttribute<QStringList> list;
-    QAPropertyAttrPathBox paths(&list);
-    paths.setValue(QStringList{"/x"});
-    QCOMPARE(paths.value(), QVariant(QStringList{"/x"}));
-    QAStAttribute<bool> flag(false);
-    QAPropertyAttrYesNo yesNo(&flag);
-    yesNo.setValue(true);
-    QCOMPARE(yesNo.displayValue(), QStringLiteral("Yes"));
-}
-
-void TestProperties::attributeBindingWithoutAttribute()
-{
-    QAPropertyAttrComboString p;
-    p.setValue("x");
-    QCOMPARE(p.value(), QVariant(QString()));
-    QVERIFY(!p.isOverriden());
-    QVERIFY(!p.isResetable());
-    QAPropertyAttrBool b;
-    QVERIFY(!b.value().isValid());
-}
-
-void TestProperties::groupStructure()
-{
-    QAPropertyGroup root("root");
-    QVERIFY(root.isGroup());
-    QVERIFY(!root.value().isValid());
-    QCOMPARE(root.type(), QMetaType::UnknownType);
-    QVERIFY(!root.createEditor(nullptr));
-    auto* a = new QAPropertyMapInt("a");
-    auto* sub = new QAPropertyGroup("sub");
-    auto* b = new QAPropertyMapInt("b");
-    auto* twin = new QAPropertyMapLineEdit("a");
-    root.addChild(a);
-    root.addChild(sub);
-    root.addChild(b);
-    root.addChild(twin);
-    QCOMPARE(root.count(), 4);
-    QCOMPARE(root.nbGroup(), 1);
-    QCOMPARE(root.property("a"), a);
-    QVERIFY(!root.property("missing"));
-    QCOMPARE(a->parentGroup(), &root);
-
-    // Moving a child leaves its former group; removing hands it back.
-    sub->addChild(b);
-    QCOMPARE(root.count(), 3);
-    QCOMPARE(b->parentGroup(), sub);
-    root.removeChild(a);
-    QVERIFY(!a->parentGroup());
-    QCOMPARE(root.property("a"), twin);
-    delete a;
-
-    // Deleting a child takes it out of its group.
-    delete twin;
-    QCOMPARE(root.count(), 1);
-}
-
-void TestProperties::groupIsOverridenWhenAChildIs()
-{
-    QAPropertyStore store;
-    QAPropertyMapGroup root;
-    auto* sub = new QAPropertyMapGroup;
-    auto* deep = new QAPropertyMapInt("deep");
-    auto* direct = new QAPropertyMapInt("direct");
-    sub->addChild(deep);
-    root.addChild(sub);
-    root.addChild(direct);
-    root.setPropertyStore(&store);
-    QVERIFY(!root.isOverriden());
-    store.setProperty("deep", 1);
-    QVERIFY(sub->isOverriden());
-    QVERIFY(root.isOverriden());
-    store.clear();
-    store.setProperty("direct", 1);
-    QVERIFY(root.isOverriden());
-    QVERIFY(!sub->isOverriden());
-    QVERIFY(!root.isResetable());
-}
-
-void TestProperties::groupPixmapsNeedNoDisplay()
-{
-    // No QGuiApplication here: the names are kept, no pixmap is made.
-    QAPropertyGroup g;
-    g.setOpenedPix("opened.png");
-    g.setClosedPix("closed.png");
-    QCOMPARE(g.openedPixName(), QStringLiteral("opened.png"));
-    QVERIFY(g.openedPix().isNull());
-    QVERIFY(g.closedPix().isNull());
-}
-
-void TestProperties::setPropertyStoreBindsNestedMapGroups()
-{
-    QAPropertyMapGroup root;
-    auto* level1 = new QAPropertyMapGroup;
-    auto* level2 = new QAPropertyMapGroup;
-    auto* leaf = new QAPropertyMapInt("leaf");
-    level2->addChild(leaf);
-    level1->addChild(level2);
-    root.addChild(level1);
-    QAPropertyStore first, second;
-    first.setProperty("leaf", 1);
-    second.setProperty("leaf", 2);
-    root.setPropertyStore(&first);
-    QCOMPARE(level2->propertyStore(), &first);
-    QCOMPARE(leaf->propertyStore(), &first);
-    QCOMPARE(leaf->value(), QVariant(1));
-    root.setPropertyStore(&second);
-    QCOMPARE(leaf->value(), QVariant(2));
-    // Binding a sub-tree leaves the groups above it alone.
-    level1->setPropertyStore(&first);
-    QCOMPARE(root.propertyStore(), &second);
-    QCOMPARE(leaf->value(), QVariant(1));
-}
-
-void TestProperties::copyKeepsFieldsButNotTheGroup()
-{
-    QAPropertyMapGroup group;
-    auto* p = new QAPropertyMapPathBox("paths", "Paths");
-    group.addChild(p);
-    p->setWhatThis("help");
-    p->setReadOnly(true);
-    p->setPerlVarName("$PATHS");
-    p->setInitValue(QStringList{"/x"});
-    p->setFilters({"*.c"});
-    p->setButtons(QAPropertyPathBox::SingleWithoutMoves);
-    const QAPropertyMapPathBox copy(*p);
-    QCOMPARE(copy.tag(), QStringLiteral("paths"));
-    QCOMPARE(copy.name(), QStringLiteral("Paths"));
-    QCOMPARE(copy.whatThis(), QStringLiteral("help"));
-    QVERIFY(copy.readOnly());
-    QCOMPARE(copy.perlVarName(), QStringLiteral("$PATHS"));
-    QVERIFY(copy.hasInitValue());
-    QCOMPARE(copy.filters(), QStringList{"*.c"});
-    QCOMPARE(copy.buttons(), QAPropertyPathBox::SingleWithoutMoves);
-    QVERIFY(!copy.parentGroup());
-
-    auto* target = new QAPropertyMapPathBox;
-    group.addChild(target);
-    *target = copy;
-    QCOMPARE(target->tag(), QStringLiteral("paths"));
-    QCOMPARE(target->parentGroup(), &group);
-
-    // A group copies its own fields, not its children, which belong to
-    // their group; an assignment keeps the children it has.
-    group.setName("Build");
-    group.setOpenedPix("open.png");
-    QAPropertyStore store;
-    group.setPropertyStore(&store);
-    QAPropertyMapGroup groupCopy(group);
-    QCOMPARE(groupCopy.name(), QStringLiteral("Build"));
-    QCOMPARE(groupCopy.openedPixName(), QStringLiteral("open.png"));
-    QCOMPARE(groupCopy.propertyStore(), &store);
-    QCOMPARE(groupCopy.count(), 0);
-    QCOMPARE(p->parentGroup(), &group);
-    QAPropertyGroup assigned("other");
-    assigned.addChild(new QAPropertyMapInt("kept"));
-    assigned = group;
-    QCOMPARE(assigned.name(), QStringLiteral("Build"));
-    QCOMPARE(assigned.count(), 1);
-    QCOMPARE(assigned.children().first()->tag(), QStringLiteral("kept"));
-}
-
-void TestProperties::writeNothingLocal()
-{
-    ChainedStore parent;
-    ChainedStore child(&parent);
-    parent.setProperty("a", 1);
-    QAPropertyMapGroup group;
-    group.addChild(new QAPropertyMapInt("a"));
-    QCOMPARE(written(&child, &group), QString());
-    QCOMPARE(written(&child, &group, "settings"), QStringLiteral("  <settings>\n  </settings>\n"));
-}
-
-void TestProperties::writeEncodings_data()
-{
-    QTest::addColumn<int>("type");
-    QTest::addColumn<QVariant>("value");
-    QTest::addColumn<QString>("text");
-    QTest::newRow("invalid") << int(QMetaType::QString) << QVariant() << "null";
-    QTest::newRow("string") << int(QMetaType::QString) << QVariant("a,b<c>&d") << "a#comma#b&lt;c&gt;&amp;d";
-    QTest::newRow("bytes") << int(QMetaType::QByteArray) << QVariant(QByteArray("x,y")) << "x#comma#y";
-    QTest::newRow("bool") << int(QMetaType::Bool) << QVariant(false) << "false";
-    QTest::newRow("int") << int(QMetaType::Int) << QVariant(-12) << "-12";
-    QTest::newRow("uint") << int(QMetaType::UInt) << QVariant(4000000000u) << "4000000000";
-    QTest::newRow("list") << int(QMetaType::QStringList) << QVariant(QStringList{"a,1", "b"}) << "a#comma#1,b";
-    QTest::newRow("map") << int(QMetaType::QVariantMap) << QVariant(QVariantMap{{"k", "v,w"}, {"n", 1}})
-                         << "k=v#comma#w,n=1";
-}
-
-void TestProperties::writeEncodings()
-{
-    QFETCH(int, type);
-    QFETCH(QVariant, value);
-    QFETCH(QString, text);
-    QAPropertyStore store;
-    store.setProperty("v", value);
-    QAPropertyGroup group;
-    group.addChild(new TypedLeaf("v", QMetaType::Type(type)));
-    QCOMPARE(written(&store, &group), "  <v>" + text + "</v>\n");
-}
-
-void TestProperties::writeIsFlatAndSkipsInherited()
-{
-    ChainedStore parent;
-    ChainedStore child(&parent);
-    parent.setProperty("inherited", 1);
-    child.setProperty("second", 2);
-    child.setProperty("first", "x");
-    child.setProperty("unknown", 3);
-    QAPropertyMapGroup group;
-    group.addChild(new QAPropertyMapLineEdit("first"));
-    auto* sub = new QAPropertyMapGroup;
-    sub->addChild(new QAPropertyMapInt("inherited"));
-    sub->addChild(new QAPropertyMapInt("second"));
-    group.addChild(sub);
-    QCOMPARE(written(&child, &group, "configuration"),
-             QStringLiteral("  <configuration>\n"
-                            "    <first>x</first>\n"
-                            "    <second>2</second>\n"
-                            "  </configuration>\n"));
-}
-
-void TestProperties::xmlRoundTrip()
-{
-    const QList<QPair<QMetaType::Type, QVariant>> values = {
-        {QMetaType::QString, QString("a,b <c> & d &lt;")},
-        {QMetaType::QString, QString()},
-        {QMetaType::QByteArray, QByteArray("x,<y>")},
-        {QMetaType::Bool, true},
-        {QMetaType::Bool, false},
-        {QMetaType::Int, -7},
-        {QMetaType::UInt, 7u},
-        {QMetaType::QStringList, QStringList{"a,b", "<c>", "&"}},
-        {QMetaType::QStringList, QStringList{}},
-        {QMetaType::QVariantMap, QVariantMap{{"k", "v,=w"}, {"<n>", "&"}}},
-    };
-    QAPropertyStore source;
-    QAPropertyGroup group;
-    for (int i = 0; i < values.size(); ++i) {
-        const QString tag = QStringLiteral("v%1").arg(i);
-        source.setProperty(tag, values.at(i).second);
-        group.addChild(new TypedLeaf(tag, values.at(i).first));
-    }
-    QDomDocument doc;
-    QVERIFY(doc.setContent(written(&source, &group, "settings")));
-    QAPropertyStore target;
-    QAPropertySerializer::read(&target, &group, doc.documentElement());
-    for (int i = 0; i < values.size(); ++i) {
-        const QString tag = QStringLiteral("v%1").arg(i);
-        QVERIFY2(target.property(tag).typeId() == values.at(i).first, qPrintable(tag));
-        QCOMPARE(target.property(tag), values.at(i).second);
-    }
-}
-
-void TestProperties::readLeavesAbsentElementsUntouched()
-{
-    QDomDocument doc;
-    QVERIFY(doc.setContent(QStringLiteral(
-        "<configuration><set>5</set><nested>yes</nested><stranger>1</stranger></configuration>")));
-    QAPropertyStore store;
-    store.setProperty("kept", 1);
-    QAPropertyMapGroup group;
-    group.addChild(new QAPropertyMapInt("set"));
-    group.addChild(new QAPropertyMapInt("kept"));
-    group.addChild(new QAPropertyMapInt("absent"));
-    auto* sub = new QAPropertyMapGroup;
-    sub->addChild(new QAPropertyMapLineEdit("nested"));
-    group.addChild(sub);
-    QAPropertySerializer::read(&store, &group, doc.documentElement());
-    QCOMPARE(store.propertyNames(), QStringList({"kept", "nested", "set"}));
-    QCOMPARE(store.property("set"), QVariant(5));
-    QCOMPARE(store.property("kept"), QVariant(1));
-    QCOMPARE(store.property("nested"), QVariant("yes"));
-}
-
-void TestProperties::readFromResources()
-{
-    QAResGroup root("");
-    auto* compiler = new QAResGroup("compiler");
-    compiler->append(new QAResString("name", "gcc"));
-    compiler->append(new QAResBoolean("debug", true));
-    compiler->append(new QAResInt("level", 3));
-    auto* includes = new QAResList("includes");
-    includes->append(new QAResString("", "/usr/include"));
-    includes->append(new QAResString("", "/opt/inc"));
-    compiler->append(includes);
-    auto* defines = new QAResList("defines");
-    defines->append(new QAResString("", "DEBUG=1"));
-    defines->append(new QAResString("", "EXPR=a=b"));
-    defines->append(new QAResString("", "FLAG"));
-    compiler->append(defines);
-    auto* mixed = new QAResList("mixed");
-    mixed->append(new QAResString("", "a"));
-    mixed->append(new QAResInt("", 1));
-    compiler->append(mixed);
-    root.append(compiler);
-
-    QAPropertyGroup group;
-    group.addChild(new QAPropertyMapLineEdit("compiler.name"));
-    auto* sub = new QAPropertyGroup;
-    sub->addChild(new QAPropertyMapBool("compiler.debug"));
-    sub->addChild(new QAPropertyMapInt("compiler.level"));
-    group.addChild(sub);
-    group.addChild(new QAPropertyMapListBox("compiler.includes"));
-    group.addChild(new TypedLeaf("compiler.defines", QMetaType::QVariantMap));
-    group.addChild(new QAPropertyMapListBox("compiler.mixed"));
-    group.addChild(new QAPropertyMapListBox("compiler.absent"));
-
-    QAPropertyStore store;
-    QAPropertySerializer::read(&store, &group, &root);
-    QCOMPARE(store.property("compiler.name"), QVariant("gcc"));
-    QCOMPARE(store.property("compiler.debug"), QVariant(true));
-    QCOMPARE(store.property("compiler.level"), QVariant(3));
-    QCOMPARE(store.property("compiler.includes"), QVariant(QStringList{"/usr/include", "/opt/inc"}));
-    const QVariantMap defs{{"DEBUG", "1"}, {"EXPR", "a=b"}, {"FLAG", ""}};
-    QCOMPARE(store.property("compiler.defines"), QVariant(defs));
-    QVERIFY(!store.hasProperty("compiler.mixed"));
-    QVERIFY(!store.hasProperty("compiler.absent"));
-}
-
-QTEST_GUILESS_MAIN(TestProperties)
+QTEST_MAIN(TestProperties)
 #include "tst_properties.moc"

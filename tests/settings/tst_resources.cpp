@@ -1,56 +1,43 @@
+// The resource store (docs/formats/resource-file.md): values of every kind,
+// words and strings, searches, faults named with file and line, hostile
+// input; and the settings descriptor's loader built on it: faults of the
+// file and of its entries, the kinds and their fields, groups, visibility,
+// and the descriptor the installation ships.
+#include "QAPropertyComboInt.h"
+#include "QAPropertyComboString.h"
+#include "QAPropertyInt.h"
+#include "QAPropertyMapGroup.h"
+#include "QAPropertyMapLoader.h"
+#include "QAPropertyPathBox.h"
+#include "QAPropertyPathItem.h"
+#include "QAPropertyYesNo.h"
 #include "QARes.h"
+#include "QAStPropertyFilters.h"
+#include "Recorders.h"
 #include "TestPaths.h"
 
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QtTest>
 
 #include <memory>
 
+using namespace Qt::StringLiterals;
+using namespace QAStPropertyFilters;
+
 namespace {
-
-struct ReportedError {
-    QString file;
-    int line;
-    QString message;
-};
-
-// Records every error while installed; puts the previous handler back
-// when it goes.
-class RecordingHandler : public QAResErrorHandler {
-public:
-    RecordingHandler() : m_previous(QARes::setErrorHandler(this)) {}
-    ~RecordingHandler() override { QARes::setErrorHandler(m_previous); }
-
-    void error(const QString& file, int line, const QString& message) override
-    {
-        errors.append({file, line, message});
-    }
-
-    QList<int> lines() const
-    {
-        QList<int> result;
-        for (const ReportedError& e : errors)
-            result.append(e.line);
-        return result;
-    }
-
-    QList<ReportedError> errors;
-
-private:
-    QAResErrorHandler* m_previous;
-};
 
 using Tree = std::unique_ptr<QARes>;
 
 Tree readFixture(const QString& name)
 {
-    return Tree(QARes::read(TestPaths::data(QStringLiteral("resources/") + name)));
+    return Tree(QARes::read(TestPaths::data(u"resources/"_s + name)));
 }
 
 Tree readText(const QString& text)
 {
-    return Tree(QARes::readText(text, QStringLiteral("mem.res")));
+    return Tree(QARes::readText(text, u"mem.res"_s));
 }
 
 QStringList namesOf(const QARes* group)
@@ -63,493 +50,883 @@ QStringList namesOf(const QARes* group)
 
 }
 
-class TestResources : public QObject {
-    Q_OBJECT
+namespace {
 
-private slots:
-    void valuesOfEveryKind();
-    void sameNamedEntriesKeepFileOrder();
-    void listsOfListsAndGroups();
-    void words_data();
-    void words();
-    void strings_data();
-    void strings();
-    void olderProjectFiles_data();
-    void olderProjectFiles();
-    void targetPackageIni();
-    void settingsDescriptor();
-    void search_data();
-    void search();
-    void isListOf();
-    void errorsNameFileAndLineAndReadingGoesOn();
-    void syntaxErrors_data();
-    void syntaxErrors();
-    void unterminatedAtEndOfFile_data();
-    void unterminatedAtEndOfFile();
-    void missingFile();
-    void defaultHandlerWarns();
-    void silentReadStillCounts();
-    void deepNesting();
-    void hostileInputEnds();
+using Descriptor = std::unique_ptr<QAPropertyMapGroup>;
+
+QString fixture(const QString& name)
+{
+    return TestPaths::data(u"descriptor/"_s + name);
+}
+
+QString realDescriptor()
+{
+    return TestPaths::installTree() + u"/korvilprojectsettings.properties"_s;
+}
+
+Descriptor load(const QString& file, RecordingLog* log)
+{
+    QAPropertyMapLoader loader;
+    return Descriptor(loader.load(file, table(), masks(), log));
+}
+
+// Every property below the group, depth first.
+QList<QAProperty*> allProperties(const QAPropertyGroup* group)
+{
+    QList<QAProperty*> all;
+    for (QAProperty* child : group->children()) {
+        all.append(child);
+        if (child->isGroup())
+            all += allProperties(static_cast<const QAPropertyGroup*>(child));
+    }
+    return all;
+}
+
+QAProperty* findTag(const QAPropertyGroup* root, const QString& tag)
+{
+    for (QAProperty* p : allProperties(root)) {
+        if (!p->isGroup() && p->tag() == tag)
+            return p;
+    }
+    return nullptr;
+}
+
+QStringList leafTags(const QAPropertyGroup* root)
+{
+    QStringList tags;
+    for (const QAProperty* p : allProperties(root)) {
+        if (!p->isGroup())
+            tags.append(p->tag());
+    }
+    return tags;
+}
+
+// Group names and leaf tags a property sheet shows for the context, in order.
+QStringList shown(const QAPropertyGroup* group, unsigned int context)
+{
+    QStringList names;
+    for (QAProperty* child : visibleChildren(group, context)) {
+        if (child->isGroup()) {
+            names.append(child->name());
+            names += shown(static_cast<QAPropertyGroup*>(child), context);
+        } else {
+            names.append(child->tag());
+        }
+    }
+    return names;
+}
+
+// A loader that knows one more type, built through the hooks.
+class PercentLoader : public QAPropertyMapLoader {
+protected:
+    QAProperty* createProperty(const QString& type, const QString& tag, QARes* entry) override
+    {
+        if (type == QLatin1String("Percent"))
+            return new QAPropertyMapInt(tag, QString(), 0, 100);
+        return QAPropertyMapLoader::createProperty(type, tag, entry);
+    }
+
+    bool init(QAPropertyMapInt* property, const QString& tag, QARes* entry) override
+    {
+        property->setSuffix(u"%"_s);
+        return QAPropertyMapLoader::init(property, tag, entry);
+    }
 };
 
-void TestResources::valuesOfEveryKind()
-{
-    RecordingHandler handler;
-    const Tree root = readFixture(QStringLiteral("values.res"));
-    QVERIFY(root);
-    QCOMPARE(QARes::errorCount(), 0);
-    QVERIFY(handler.errors.isEmpty());
-    QVERIFY(root->isGroup());
-    QCOMPARE(root->line(), 0);
-    QVERIFY(root->name().isEmpty());
-
-    const QARes* title = root->find(QStringLiteral("title"));
-    QVERIFY(title && title->toResString());
-    QCOMPARE(title->toResString()->value(), QStringLiteral("A \"quoted\" title"));
-    QCOMPARE(title->line(), 2);
-    QVERIFY(title->fileName().endsWith(QStringLiteral("values.res")));
-    QCOMPARE(title->parent(), root.get());
-
-    QCOMPARE(root->find(QStringLiteral("count"))->toResInt()->value(), 42);
-    QCOMPARE(root->find(QStringLiteral("offset"))->toResInt()->value(), -7);
-    QCOMPARE(root->find(QStringLiteral("offset"))->toText(), QStringLiteral("-7"));
-    QCOMPARE(root->find(QStringLiteral("enabled"))->toResBoolean()->value(), true);
-    QCOMPARE(root->find(QStringLiteral("hidden"))->toText(), QStringLiteral("false"));
-    QCOMPARE(root->find(QStringLiteral("path"))->toText(), QStringLiteral("/usr/local/lib"));
-    QCOMPARE(root->find(QStringLiteral("empty"))->toResString()->value(), QString());
-
-    const QARes* leaf = root->search(QStringLiteral("outer.inner.deepest.leaf"));
-    QVERIFY(leaf);
-    QCOMPARE(leaf->toText(), QStringLiteral("x # not a comment // nor this"));
-    QCOMPARE(leaf->line(), 11);
-    QCOMPARE(leaf->parent()->parent()->parent()->name(), QStringLiteral("outer"));
-    QCOMPARE(root->find(QStringLiteral("outer"))->line(), 8);
-
-    const QAResList* tags = root->search(QStringLiteral("outer.tags"))->toResList();
-    QVERIFY(tags);
-    QCOMPARE(tags->items().size(), 4);
-    QCOMPARE(tags->items().at(2)->type(), QARes::Int);
-    QCOMPARE(tags->items().at(3)->type(), QARes::Boolean);
-    QVERIFY(tags->items().at(0)->name().isEmpty());
-    QCOMPARE(tags->strings(), (QStringList{"one", "two", "3", "true"}));
-
-    // Typed views refuse another type; scalar texts only for scalars.
-    QVERIFY(!title->toResInt() && !title->toResGroup() && !title->toResList() && !title->toResBoolean());
-    QVERIFY(root->find(QStringLiteral("outer"))->toText().isEmpty());
 }
 
-void TestResources::sameNamedEntriesKeepFileOrder()
-{
-    const Tree root = readFixture(QStringLiteral("values.res"));
-    const QList<QARes*> items = root->toResGroup()->findAll(QStringLiteral("item"));
-    QCOMPARE(items.size(), 3);
-    QCOMPARE(items.at(0)->toText(), QStringLiteral("first"));
-    QCOMPARE(items.at(1)->toText(), QStringLiteral("second"));
-    QCOMPARE(items.at(2)->toText(), QStringLiteral("third"));
-    QCOMPARE(items.at(1)->line(), 17);
-    QCOMPARE(items.at(2)->line(), 17);
-    QCOMPARE(root->find(QStringLiteral("item")), items.at(0));
-}
-
-void TestResources::listsOfListsAndGroups()
-{
-    const Tree root = readFixture(QStringLiteral("values.res"));
-    const QAResList* pairs = root->find(QStringLiteral("pairs"))->toResList();
-    QVERIFY(pairs && pairs->isListOf(QARes::List));
-    QCOMPARE(pairs->items().at(1)->line(), 20);
-    QVERIFY(pairs->strings().isEmpty());  // no scalar items
-
-    const QAResList* records = root->find(QStringLiteral("records"))->toResList();
-    QVERIFY(records && records->isListOf(QARes::Group));
-    QCOMPARE(records->items().at(1)->search(QStringLiteral("label"))->toText(), QStringLiteral("b"));
-    QCOMPARE(records->items().at(1)->find(QStringLiteral("value"))->toResInt()->value(), 2);
-}
-
-void TestResources::words_data()
-{
-    QTest::addColumn<QString>("word");
-    QTest::addColumn<int>("type");
-    QTest::addColumn<QString>("text");
-
-    QTest::newRow("integer") << "42" << int(QARes::Int) << "42";
-    QTest::newRow("negative") << "-12" << int(QARes::Int) << "-12";
-    QTest::newRow("plus sign") << "+3" << int(QARes::Int) << "3";
-    QTest::newRow("leading zeros") << "007" << int(QARes::Int) << "7";
-    QTest::newRow("64 bits") << "-9223372036854775808" << int(QARes::Int) << "-9223372036854775808";
-    QTest::newRow("true") << "true" << int(QARes::Boolean) << "true";
-    QTest::newRow("false") << "false" << int(QARes::Boolean) << "false";
-    QTest::newRow("yes is text") << "yes" << int(QARes::String) << "yes";
-    QTest::newRow("TRUE is text") << "TRUE" << int(QARes::String) << "TRUE";
-    QTest::newRow("decimal point") << "1.5" << int(QARes::String) << "1.5";
-    QTest::newRow("sign alone") << "-" << int(QARes::String) << "-";
-    QTest::newRow("extension") << ".o" << int(QARes::String) << ".o";
-    QTest::newRow("windows path") << "C:\\tools\\bin" << int(QARes::String) << "C:\\tools\\bin";
-    QTest::newRow("url keeps //") << "http://host/x" << int(QARes::String) << "http://host/x";
-    QTest::newRow("quoted number") << "\"42\"" << int(QARes::String) << "42";
-    QTest::newRow("quoted boolean") << "\"true\"" << int(QARes::String) << "true";
-    QTest::newRow("non-ASCII") << "\u00e9t\u00e9" << int(QARes::String) << "\u00e9t\u00e9";
-}
-
-void TestResources::words()
-{
-    QFETCH(QString, word);
-    QFETCH(int, type);
-    QFETCH(QString, text);
-    RecordingHandler handler;
-    const Tree root = readText(QStringLiteral("v = ") + word + QStringLiteral(" # comment\n"));
-    QVERIFY(handler.errors.isEmpty());
-    const QARes* v = root->find(QStringLiteral("v"));
-    QVERIFY(v);
-    QCOMPARE(int(v->type()), type);
-    QCOMPARE(v->toText(), text);
-}
-
-void TestResources::strings_data()
-{
-    QTest::addColumn<QString>("source");
-    QTest::addColumn<QString>("value");
-    QTest::addColumn<int>("errors");
-
-    QTest::newRow("plain") << R"("plain text")" << "plain text" << 0;
-    QTest::newRow("quote and backslash") << R"("a\"b\\c")" << "a\"b\\c" << 0;
-    QTest::newRow("control escapes") << R"("1\t2\n3\r")" << "1\t2\n3\r" << 0;
-    QTest::newRow("unicode escape") << R"("\u00e9\u20AC")" << "\u00e9\u20ac" << 0;
-    QTest::newRow("comment markers are text") << R"("# // text")" << "# // text" << 0;
-    QTest::newRow("adjacent strings join") << "\"ab\" \"cd\"\n  \"ef\"" << "abcdef" << 0;
-    QTest::newRow("unknown escape kept") << R"("C:\Program")" << "C:\\Program" << 1;
-    QTest::newRow("short unicode escape") << R"("\u12")" << "\\u12" << 1;
-    QTest::newRow("unterminated at end of line") << "\"open\nnext = 1" << "open" << 1;
-}
-
-void TestResources::strings()
-{
-    QFETCH(QString, source);
-    QFETCH(QString, value);
-    QFETCH(int, errors);
-    RecordingHandler handler;
-    const Tree root = readText(QStringLiteral("s = ") + source);
-    QCOMPARE(handler.errors.size(), errors);
-    QCOMPARE(QARes::errorCount(), errors);
-    QCOMPARE(root->find(QStringLiteral("s"))->toResString()->value(), value);
-    for (const ReportedError& e : handler.errors)
-        QCOMPARE(e.line, 1);
-}
-
-void TestResources::olderProjectFiles_data()
-{
-    QTest::addColumn<QString>("file");
-    QTest::addColumn<QString>("marker");
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<QString>("text");
-
-    QTest::newRow("project") << "project.res" << "PROJECT = " << "PROJECT.node.kind" << "APPLICATION";
-    QTest::newRow("workspace") << "workspace.res" << "WORKSPACE = " << "WORKSPACE.current" << "0";
-}
-
-void TestResources::olderProjectFiles()
-{
-    QFETCH(QString, file);
-    QFETCH(QString, marker);
-    QFETCH(QString, path);
-    QFETCH(QString, text);
-
-    QFile raw(TestPaths::data(QStringLiteral("resources/") + file));
-    QVERIFY(raw.open(QIODevice::ReadOnly));
-    QVERIFY(QString::fromUtf8(raw.readLine()).startsWith(marker));
-
-    RecordingHandler handler;
-    const Tree root = readFixture(file);
-    QVERIFY(root);
-    QVERIFY(handler.errors.isEmpty());
-    QCOMPARE(root->toResGroup()->children().size(), 1);
-    QCOMPARE(root->search(path)->toText(), text);
-}
-
-void TestResources::targetPackageIni()
-{
-    RecordingHandler handler;
-    const Tree root = readFixture(QStringLiteral("tdp.ini"));
-    QVERIFY(root);
-    QVERIFY(handler.errors.isEmpty());
-    QCOMPARE(root->find(QStringLiteral("NAME"))->toText(), QStringLiteral("GNU C++ on Linux"));
-    QCOMPARE(root->find(QStringLiteral("LANGUAGE"))->toText(), QStringLiteral("CPP"));
-    QCOMPARE(root->find(QStringLiteral("OBJEXT"))->toText(), QStringLiteral(".o"));
-    QCOMPARE(root->find(QStringLiteral("EXEEXT"))->toText(), QString());
-    QCOMPARE(root->find(QStringLiteral("DEFAULT_CFLAGS"))->toText(), QStringLiteral("-O2 -g"));
-    const QARes* includes = root->find(QStringLiteral("DEFAULT_INCLUDE_PATHS"));
-    QVERIFY(includes->isListOf(QARes::String));
-    QCOMPARE(includes->toResList()->strings(),
-             (QStringList{"/usr/include", "$ZELTAHOME/targets/gcc/include"}));
-    QVERIFY(root->find(QStringLiteral("DEFAULT_LIBRARY_PATHS"))->toResList()->items().isEmpty());
-    QCOMPARE(root->find(QStringLiteral("J2ME_RESTRICTION"))->toText(), QStringLiteral("false"));
-}
-
-void TestResources::settingsDescriptor()
-{
-    RecordingHandler handler;
-    const Tree root = readFixture(QStringLiteral("descriptor.properties"));
-    QVERIFY(handler.errors.isEmpty());
-    const QARes* properties = root->find(QStringLiteral("properties"));
-    QVERIFY(properties && properties->isGroup());
-    const QList<QARes*> entries = properties->toResGroup()->findAll(QStringLiteral("property"));
-    QCOMPARE(entries.size(), 3);
-    QCOMPARE(entries.at(1)->line(), 7);
-
-    const QARes* combo = entries.at(1);
-    QCOMPARE(namesOf(combo), (QStringList{"path", "type", "name", "whatThis", "perlVarName", "readonly",
-                                          "apply", "unapply", "value", "content"}));
-    QCOMPARE(combo->find(QStringLiteral("whatThis"))->toText(),
-             QStringLiteral("How hard the compiler works. Higher levels build slower."));
-    QCOMPARE(combo->find(QStringLiteral("readonly"))->type(), QARes::Boolean);
-    QCOMPARE(combo->find(QStringLiteral("apply"))->toResList()->strings(), (QStringList{"C++", "ADA"}));
-    const QAResList* content = combo->find(QStringLiteral("content"))->toResList();
-    QCOMPARE(content->items().size(), 3);
-    QCOMPARE(content->items().at(2)->toResList()->items().at(1)->toResInt()->value(), 2);
-
-    QCOMPARE(entries.at(2)->find(QStringLiteral("extension"))->toResList()->strings(),
-             (QStringList{"*.h", "*.hpp"}));
-}
-
-void TestResources::search_data()
-{
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<QString>("separator");
-    QTest::addColumn<QString>("found");   // text of the result, "<null>" for none, "<group>"
-
-    QTest::newRow("top level") << "count" << "." << "42";
-    QTest::newRow("dotted") << "outer.inner.deepest.leaf" << "." << "x # not a comment // nor this";
-    QTest::newRow("to a group") << "outer.inner" << "." << "<group>";
-    QTest::newRow("other separator") << "outer/inner/deepest/leaf" << "/" << "x # not a comment // nor this";
-    QTest::newRow("first of a name") << "item" << "." << "first";
-    QTest::newRow("missing step") << "outer.nothing.leaf" << "." << "<null>";
-    QTest::newRow("through a scalar") << "count.x" << "." << "<null>";
-    QTest::newRow("through a list") << "outer.tags.x" << "." << "<null>";
-    QTest::newRow("wrong separator") << "outer/inner" << "." << "<null>";
-    QTest::newRow("empty step") << "outer..inner" << "." << "<null>";
-    QTest::newRow("empty path") << "" << "." << "<null>";
-}
-
-void TestResources::search()
-{
-    QFETCH(QString, path);
-    QFETCH(QString, separator);
-    QFETCH(QString, found);
-    const Tree root = readFixture(QStringLiteral("values.res"));
-    const QARes* res = root->search(path, separator.at(0));
-    if (found == QLatin1String("<null>"))
-        QVERIFY(!res);
-    else if (found == QLatin1String("<group>"))
-        QVERIFY(res && res->isGroup());
-    else
-        QCOMPARE(res ? res->toText() : QStringLiteral("<null>"), found);
-}
-
-void TestResources::isListOf()
-{
-    const Tree root = readText(QStringLiteral("s = (a, \"b\")\nm = (a, 1)\ne = ()\nn = 1\n"));
-    QVERIFY(root->find(QStringLiteral("s"))->isListOf(QARes::String));
-    QVERIFY(!root->find(QStringLiteral("m"))->isListOf(QARes::String));
-    QVERIFY(!root->find(QStringLiteral("m"))->isListOf(QARes::Int));
-    QVERIFY(root->find(QStringLiteral("e"))->isListOf(QARes::Int));
-    QVERIFY(!root->find(QStringLiteral("n"))->isListOf(QARes::Int));
-    QVERIFY(!root->isListOf(QARes::Group));
-}
-
-void TestResources::errorsNameFileAndLineAndReadingGoesOn()
-{
-    QAResErrorHandler* const before = QARes::errorHandler();
-    const QString file = TestPaths::data(QStringLiteral("resources/errors.res"));
-    Tree root;
-    QList<ReportedError> errors;
+class TestResources : public QObject {
+    Q_OBJECT
+private slots:
+    void valuesOfEveryKind()
     {
-        RecordingHandler handler;
-        QCOMPARE(QARes::errorHandler(), &handler);
-        root.reset(QARes::read(file));
-        errors = handler.errors;
-    }
-    QCOMPARE(QARes::errorHandler(), before);
-
-    QVERIFY(root);
-    QCOMPARE(QARes::errorCount(), 6);
-    QCOMPARE(errors.size(), 6);
-    const QList<int> lines{2, 4, 5, 7, 8, 9};
-    for (int i = 0; i < errors.size(); ++i) {
-        QCOMPARE(errors.at(i).file, file);
-        QCOMPARE(errors.at(i).line, lines.at(i));
-        QVERIFY(!errors.at(i).message.isEmpty());
-    }
-    QCOMPARE(namesOf(root.get()),
-             (QStringList{"first", "second", "list", "fourth", "open", "fifth", "last"}));
-    QCOMPARE(root->find(QStringLiteral("list"))->toResList()->strings(), (QStringList{"a", "b", "c"}));
-    QCOMPARE(root->find(QStringLiteral("open"))->toResList()->strings(), (QStringList{"a", "b"}));
-    QCOMPARE(root->find(QStringLiteral("fifth"))->toText(), QStringLiteral("bad \\q escape"));
-    QCOMPARE(root->find(QStringLiteral("last"))->line(), 10);
-}
-
-void TestResources::syntaxErrors_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QList<int>>("lines");
-    QTest::addColumn<QStringList>("names");   // top-level names read
-
-    QTest::newRow("missing value before next entry") << "a =\nb = 1" << QList<int>{1} << QStringList{"b"};
-    QTest::newRow("missing value at end") << "a = 1\nb =" << QList<int>{2} << QStringList{"a"};
-    QTest::newRow("quoted name") << "\"a\" = 1\nb = 2" << QList<int>{1} << QStringList{"b"};
-    QTest::newRow("stray closers") << "}\n)\na = 1" << QList<int>{1, 2} << QStringList{"a"};
-    QTest::newRow("bad line with a block skips the block")
-        << "a b = {\n x = 1\n}\nc = 2" << QList<int>{1} << QStringList{"c"};
-    QTest::newRow("')' closes the list around an open group")
-        << "l = ( { x = 1 )\nb = 2" << QList<int>{1} << QStringList{"l", "b"};
-    QTest::newRow("'}' closes the group around an open list")
-        << "g = {\n l = ( 1, 2\n}\nb = 2" << QList<int>{2} << QStringList{"g", "b"};
-    QTest::newRow("empty list item") << "l = ( 1, , 2 )\nb = 2" << QList<int>{1} << QStringList{"l", "b"};
-    QTest::newRow("'=' in a list") << "l = ( 1, = )\nb = 2" << QList<int>{1} << QStringList{"l", "b"};
-    QTest::newRow("integer out of range") << "i = 99999999999999999999\nb = 2" << QList<int>{1} << QStringList{"b"};
-    QTest::newRow("control character") << "a = 1\n\x01 b = 2" << QList<int>{2} << QStringList{"a", "b"};
-}
-
-void TestResources::syntaxErrors()
-{
-    QFETCH(QString, text);
-    QFETCH(QList<int>, lines);
-    QFETCH(QStringList, names);
-    RecordingHandler handler;
-    const Tree root = readText(text);
-    QCOMPARE(handler.lines(), lines);
-    QCOMPARE(QARes::errorCount(), lines.size());
-    for (const ReportedError& e : handler.errors)
-        QCOMPARE(e.file, QStringLiteral("mem.res"));
-    QCOMPARE(namesOf(root.get()), names);
-}
-
-void TestResources::unterminatedAtEndOfFile_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QList<int>>("lines");
-    QTest::addColumn<QString>("path");   // still read
-    QTest::addColumn<QString>("value");
-
-    QTest::newRow("string") << "a = 1\ns = \"never closed" << QList<int>{2} << "s" << "never closed";
-    QTest::newRow("group") << "g = {\n  x = 1\n" << QList<int>{1} << "g.x" << "1";
-    QTest::newRow("nested groups") << "g =\n{\n  h = {\n  x = 1\n"
-                                   << QList<int>{2, 3} << "g.h.x" << "1";
-    QTest::newRow("list") << "a = 1\nl = ( 1, 2" << QList<int>{2} << "a" << "1";
-}
-
-void TestResources::unterminatedAtEndOfFile()
-{
-    QFETCH(QString, text);
-    QFETCH(QList<int>, lines);
-    QFETCH(QString, path);
-    QFETCH(QString, value);
-    RecordingHandler handler;
-    const Tree root = readText(text);
-    QCOMPARE(handler.lines(), lines);
-    QVERIFY(root->search(path));
-    QCOMPARE(root->search(path)->toText(), value);
-}
-
-void TestResources::missingFile()
-{
-    QTemporaryDir dir;
-    const QString missing = dir.filePath(QStringLiteral("nothing.res"));
-    {
-        RecordingHandler handler;
-        QVERIFY(!QARes::read(missing));
-        QCOMPARE(QARes::errorCount(), 1);
-        QCOMPARE(handler.errors.size(), 1);
-        QCOMPARE(handler.errors.at(0).file, missing);
-        QVERIFY(handler.errors.at(0).message.contains(QStringLiteral("cannot open")));
-
-        QVERIFY(!QARes::read(QFile::encodeName(missing).constData()));
-        QCOMPARE(handler.errors.size(), 2);
-    }
-
-    // An empty file is a file without entries, not a failure.
-    const QString empty = dir.filePath(QStringLiteral("empty.res"));
-    QFile f(empty);
-    QVERIFY(f.open(QIODevice::WriteOnly));
-    f.close();
-    const Tree root(QARes::read(empty));
-    QVERIFY(root);
-    QCOMPARE(QARes::errorCount(), 0);
-    QVERIFY(root->toResGroup()->children().isEmpty());
-}
-
-void TestResources::defaultHandlerWarns()
-{
-    RecordingHandler recording;
-    QAResErrorHandler* const replaced = QARes::setErrorHandler(nullptr);
-    QCOMPARE(replaced, &recording);
-    QTest::ignoreMessage(QtWarningMsg, "mem.res:2: expected '=' after 'b'");
-    const Tree root = readText(QStringLiteral("a = 1\nb 2\n"));
-    QVERIFY(recording.errors.isEmpty());
-    QVERIFY(root->find(QStringLiteral("a")));
-    QARes::setErrorHandler(replaced);
-}
-
-void TestResources::silentReadStillCounts()
-{
-    RecordingHandler handler;
-    const Tree root(QARes::readText(QStringLiteral("a\nb = \"x"), QStringLiteral("mem.res"), false));
-    QCOMPARE(QARes::errorCount(), 2);
-    QVERIFY(handler.errors.isEmpty());
-    QVERIFY(!QARes::read(QStringLiteral("/nonexistent/dir/x.res"), false));
-    QCOMPARE(QARes::errorCount(), 1);
-    QVERIFY(handler.errors.isEmpty());
-}
-
-void TestResources::deepNesting()
-{
-    auto nested = [](int depth) {
-        QString text;
-        for (int i = 0; i < depth; ++i)
-            text += QStringLiteral("g = {\n");
-        text += QStringLiteral("leaf = 1\n");
-        for (int i = 0; i < depth; ++i)
-            text += QStringLiteral("}\n");
-        return text + QStringLiteral("after = 2\n");
-    };
-
-    RecordingHandler handler;
-    Tree root = readText(nested(200));
-    QVERIFY(handler.errors.isEmpty());
-    QString path = QStringLiteral("g");
-    for (int i = 1; i < 200; ++i)
-        path += QStringLiteral(".g");
-    QCOMPARE(root->search(path + QStringLiteral(".leaf"))->toText(), QStringLiteral("1"));
-    QVERIFY(root->find(QStringLiteral("after")));
-
-    root = readText(nested(201));
-    QCOMPARE(handler.lines(), QList<int>{201});
-    QVERIFY(root->search(path));
-    QVERIFY(root->search(path)->toResGroup()->children().isEmpty());
-    QCOMPARE(root->find(QStringLiteral("after"))->toText(), QStringLiteral("2"));
-}
-
-void TestResources::hostileInputEnds()
-{
-    QByteArray junk;
-    for (int i = 0; i < 4096; ++i)
-        junk.append(char((i * 7919 + 13) % 256));
-    const QStringList inputs{
-        QString(100000, QLatin1Char('(')),
-        QString(100000, QLatin1Char('{')),
-        QStringLiteral("a = ") + QString(50000, QLatin1Char('(')) + QString(50000, QLatin1Char(')')),
-        QString::fromUtf8(junk),
-        QStringLiteral("\"\\"),
-        QStringLiteral("a = \"\\u"),
-        QStringLiteral("= = = , ; ) } ( {"),
-        QStringLiteral("a = ") + QStringLiteral("\"\\n\" ").repeated(100000) + QLatin1Char('"'),
-        QStringLiteral("a = (") + QStringLiteral("\"\\n\", ").repeated(100000),
-    };
-    for (const QString& input : inputs) {
-        const Tree root(QARes::readText(input, QStringLiteral("hostile"), false));
+        RecordingResErrors handler;
+        const Tree root = readFixture(u"values.res"_s);
         QVERIFY(root);
-        QVERIFY(QARes::errorCount() > 0);
+        QCOMPARE(QARes::errorCount(), 0);
+        QVERIFY(handler.errors.isEmpty());
+        QVERIFY(root->isGroup());
+        QCOMPARE(root->line(), 0);
+        QVERIFY(root->name().isEmpty());
+
+        const QARes* title = root->find(u"title"_s);
+        QVERIFY(title && title->toResString());
+        QCOMPARE(title->toResString()->value(), u"A \"quoted\" title"_s);
+        QCOMPARE(title->line(), 2);
+        QVERIFY(title->fileName().endsWith(u"values.res"_s));
+        QCOMPARE(title->parent(), root.get());
+
+        QCOMPARE(root->find(u"count"_s)->toResInt()->value(), 42);
+        QCOMPARE(root->find(u"offset"_s)->toResInt()->value(), -7);
+        QCOMPARE(root->find(u"offset"_s)->toText(), u"-7"_s);
+        QCOMPARE(root->find(u"enabled"_s)->toResBoolean()->value(), true);
+        QCOMPARE(root->find(u"hidden"_s)->toText(), u"false"_s);
+        QCOMPARE(root->find(u"path"_s)->toText(), u"/usr/local/lib"_s);
+        QCOMPARE(root->find(u"empty"_s)->toResString()->value(), QString());
+
+        const QARes* leaf = root->search(u"outer.inner.deepest.leaf"_s);
+        QVERIFY(leaf);
+        QCOMPARE(leaf->toText(), u"x # not a comment // nor this"_s);
+        QCOMPARE(leaf->line(), 11);
+        QCOMPARE(leaf->parent()->parent()->parent()->name(), u"outer"_s);
+        QCOMPARE(root->find(u"outer"_s)->line(), 8);
+
+        const QAResList* tags = root->search(u"outer.tags"_s)->toResList();
+        QVERIFY(tags);
+        QCOMPARE(tags->items().size(), 4);
+        QCOMPARE(tags->items().at(2)->type(), QARes::Int);
+        QCOMPARE(tags->items().at(3)->type(), QARes::Boolean);
+        QVERIFY(tags->items().at(0)->name().isEmpty());
+        QCOMPARE(tags->strings(), (QStringList{"one", "two", "3", "true"}));
+
+        // Typed views refuse another type; scalar texts only for scalars.
+        QVERIFY(!title->toResInt() && !title->toResGroup() && !title->toResList() && !title->toResBoolean());
+        QVERIFY(root->find(u"outer"_s)->toText().isEmpty());
+
+        // Entries of one name keep the file's order.
+        const QList<QARes*> items = root->toResGroup()->findAll(u"item"_s);
+        QCOMPARE(items.size(), 3);
+        QCOMPARE(QStringList({items.at(0)->toText(), items.at(1)->toText(), items.at(2)->toText()}),
+                 QStringList({"first", "second", "third"}));
+        QCOMPARE(items.at(1)->line(), 17);
+        QCOMPARE(items.at(2)->line(), 17);
+        QCOMPARE(root->find(u"item"_s), items.at(0));
+
+        // Lists of lists and of groups.
+        const QAResList* pairs = root->find(u"pairs"_s)->toResList();
+        QVERIFY(pairs && pairs->isListOf(QARes::List));
+        QCOMPARE(pairs->items().at(1)->line(), 20);
+        QVERIFY(pairs->strings().isEmpty()); // no scalar items
+        const QAResList* records = root->find(u"records"_s)->toResList();
+        QVERIFY(records && records->isListOf(QARes::Group));
+        QCOMPARE(records->items().at(1)->search(u"label"_s)->toText(), u"b"_s);
+        QCOMPARE(records->items().at(1)->find(u"value"_s)->toResInt()->value(), 2);
     }
-}
+
+    void words_data()
+    {
+        QTest::addColumn<QString>("word");
+        QTest::addColumn<int>("type");
+        QTest::addColumn<QString>("text");
+
+        QTest::newRow("integer") << "42" << int(QARes::Int) << "42";
+        QTest::newRow("negative") << "-12" << int(QARes::Int) << "-12";
+        QTest::newRow("plus sign") << "+3" << int(QARes::Int) << "3";
+        QTest::newRow("leading zeros") << "007" << int(QARes::Int) << "7";
+        QTest::newRow("64 bits") << "-9223372036854775808" << int(QARes::Int) << "-9223372036854775808";
+        QTest::newRow("true") << "true" << int(QARes::Boolean) << "true";
+        QTest::newRow("false") << "false" << int(QARes::Boolean) << "false";
+        QTest::newRow("yes is text") << "yes" << int(QARes::String) << "yes";
+        QTest::newRow("TRUE is text") << "TRUE" << int(QARes::String) << "TRUE";
+        QTest::newRow("decimal point") << "1.5" << int(QARes::String) << "1.5";
+        QTest::newRow("sign alone") << "-" << int(QARes::String) << "-";
+        QTest::newRow("extension") << ".o" << int(QARes::String) << ".o";
+        QTest::newRow("windows path") << "C:\\tools\\bin" << int(QARes::String) << "C:\\tools\\bin";
+        QTest::newRow("url keeps //") << "http://host/x" << int(QARes::String) << "http://host/x";
+        QTest::newRow("quoted number") << "\"42\"" << int(QARes::String) << "42";
+        QTest::newRow("quoted boolean") << "\"true\"" << int(QARes::String) << "true";
+        QTest::newRow("non-ASCII") << "\u00e9t\u00e9" << int(QARes::String) << "\u00e9t\u00e9";
+    }
+    void words()
+    {
+        QFETCH(QString, word);
+        QFETCH(int, type);
+        QFETCH(QString, text);
+        RecordingResErrors handler;
+        const Tree root = readText(u"v = "_s + word + u" # comment\n"_s);
+        QVERIFY(handler.errors.isEmpty());
+        const QARes* v = root->find(u"v"_s);
+        QVERIFY(v);
+        QCOMPARE(int(v->type()), type);
+        QCOMPARE(v->toText(), text);
+    }
+
+    void strings_data()
+    {
+        QTest::addColumn<QString>("source");
+        QTest::addColumn<QString>("value");
+        QTest::addColumn<int>("errors");
+
+        QTest::newRow("plain") << "\"plain text\"" << "plain text" << 0;
+        QTest::newRow("quote and backslash") << "\"a\\\"b\\\\c\"" << "a\"b\\c" << 0;
+        QTest::newRow("control escapes") << "\"1\\t2\\n3\\r\"" << "1\t2\n3\r" << 0;
+        QTest::newRow("unicode escape") << "\"\\u00e9\\u20AC\"" << "\u00e9\u20ac" << 0;
+        QTest::newRow("comment markers are text") << "\"# // text\"" << "# // text" << 0;
+        QTest::newRow("adjacent strings join") << "\"ab\" \"cd\"\n  \"ef\"" << "abcdef" << 0;
+        QTest::newRow("unknown escape kept") << "\"C:\\Program\"" << "C:\\Program" << 1;
+        QTest::newRow("short unicode escape") << "\"\\u12\"" << "\\u12" << 1;
+        QTest::newRow("unterminated at end of line") << "\"open\nnext = 1" << "open" << 1;
+    }
+    void strings()
+    {
+        QFETCH(QString, source);
+        QFETCH(QString, value);
+        QFETCH(int, errors);
+        RecordingResErrors handler;
+        const Tree root = readText(u"s = "_s + source);
+        QCOMPARE(handler.errors.size(), errors);
+        QCOMPARE(QARes::errorCount(), errors);
+        QCOMPARE(root->find(u"s"_s)->toResString()->value(), value);
+        for (const RecordingResErrors::Error& e : handler.errors)
+            QCOMPARE(e.line, 1);
+    }
+
+    void olderProjectFiles_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QString>("marker");
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QString>("text");
+
+        QTest::newRow("project") << "project.res" << "PROJECT = " << "PROJECT.node.kind" << "APPLICATION";
+        QTest::newRow("workspace") << "workspace.res" << "WORKSPACE = " << "WORKSPACE.current" << "0";
+    }
+    void olderProjectFiles()
+    {
+        QFETCH(QString, file);
+        QFETCH(QString, marker);
+        QFETCH(QString, path);
+        QFETCH(QString, text);
+
+        QFile raw(TestPaths::data(u"resources/"_s + file));
+        QVERIFY(raw.open(QIODevice::ReadOnly));
+        QVERIFY(QString::fromUtf8(raw.readLine()).startsWith(marker));
+
+        RecordingResErrors handler;
+        const Tree root = readFixture(file);
+        QVERIFY(root);
+        QVERIFY(handler.errors.isEmpty());
+        QCOMPARE(root->toResGroup()->children().size(), 1);
+        QCOMPARE(root->search(path)->toText(), text);
+    }
+
+    void search_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QString>("separator");
+        QTest::addColumn<QString>("found");   // text of the result, "<null>" for none, "<group>"
+
+        QTest::newRow("top level") << "count" << "." << "42";
+        QTest::newRow("dotted") << "outer.inner.deepest.leaf" << "." << "x # not a comment // nor this";
+        QTest::newRow("to a group") << "outer.inner" << "." << "<group>";
+        QTest::newRow("other separator") << "outer/inner/deepest/leaf" << "/" << "x # not a comment // nor this";
+        QTest::newRow("first of a name") << "item" << "." << "first";
+        QTest::newRow("missing step") << "outer.nothing.leaf" << "." << "<null>";
+        QTest::newRow("through a scalar") << "count.x" << "." << "<null>";
+        QTest::newRow("through a list") << "outer.tags.x" << "." << "<null>";
+        QTest::newRow("wrong separator") << "outer/inner" << "." << "<null>";
+        QTest::newRow("empty step") << "outer..inner" << "." << "<null>";
+        QTest::newRow("empty path") << "" << "." << "<null>";
+    }
+    void search()
+    {
+        QFETCH(QString, path);
+        QFETCH(QString, separator);
+        QFETCH(QString, found);
+        const Tree root = readFixture(u"values.res"_s);
+        const QARes* res = root->search(path, separator.at(0));
+        if (found == QLatin1String("<null>"))
+            QVERIFY(!res);
+        else if (found == QLatin1String("<group>"))
+            QVERIFY(res && res->isGroup());
+        else
+            QCOMPARE(res ? res->toText() : u"<null>"_s, found);
+    }
+
+    void isListOf()
+    {
+        const Tree root = readText(u"s = (a, \"b\")\nm = (a, 1)\ne = ()\nn = 1\n"_s);
+        QVERIFY(root->find(u"s"_s)->isListOf(QARes::String));
+        QVERIFY(!root->find(u"m"_s)->isListOf(QARes::String));
+        QVERIFY(!root->find(u"m"_s)->isListOf(QARes::Int));
+        QVERIFY(root->find(u"e"_s)->isListOf(QARes::Int));
+        QVERIFY(!root->find(u"n"_s)->isListOf(QARes::Int));
+        QVERIFY(!root->isListOf(QARes::Group));
+    }
+
+    void errorsNameFileAndLineAndReadingGoesOn()
+    {
+        QAResErrorHandler* const before = QARes::errorHandler();
+        const QString file = TestPaths::data(u"resources/errors.res"_s);
+        Tree root;
+        QList<RecordingResErrors::Error> errors;
+        {
+            RecordingResErrors handler;
+            QCOMPARE(QARes::errorHandler(), &handler);
+            root.reset(QARes::read(file));
+            errors = handler.errors;
+        }
+        QCOMPARE(QARes::errorHandler(), before);
+
+        QVERIFY(root);
+        QCOMPARE(QARes::errorCount(), 6);
+        QCOMPARE(errors.size(), 6);
+        const QList<int> lines{2, 4, 5, 7, 8, 9};
+        for (int i = 0; i < errors.size(); ++i) {
+            QCOMPARE(errors.at(i).file, file);
+            QCOMPARE(errors.at(i).line, lines.at(i));
+            QVERIFY(!errors.at(i).message.isEmpty());
+        }
+        QCOMPARE(namesOf(root.get()),
+                 (QStringList{"first", "second", "list", "fourth", "open", "fifth", "last"}));
+        QCOMPARE(root->find(u"list"_s)->toResList()->strings(), (QStringList{"a", "b", "c"}));
+        QCOMPARE(root->find(u"open"_s)->toResList()->strings(), (QStringList{"a", "b"}));
+        QCOMPARE(root->find(u"fifth"_s)->toText(), u"bad \\q escape"_s);
+        QCOMPARE(root->find(u"last"_s)->line(), 10);
+    }
+
+    void syntaxErrors_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QList<int>>("lines");
+        QTest::addColumn<QStringList>("names");   // top-level names read
+
+        QTest::newRow("missing value before next entry") << "a =\nb = 1" << QList<int>{1} << QStringList{"b"};
+        QTest::newRow("missing value at end") << "a = 1\nb =" << QList<int>{2} << QStringList{"a"};
+        QTest::newRow("quoted name") << "\"a\" = 1\nb = 2" << QList<int>{1} << QStringList{"b"};
+        QTest::newRow("stray closers") << "}\n)\na = 1" << QList<int>{1, 2} << QStringList{"a"};
+        QTest::newRow("bad line with a block skips the block")
+            << "a b = {\n x = 1\n}\nc = 2" << QList<int>{1} << QStringList{"c"};
+        QTest::newRow("')' closes the list around an open group")
+            << "l = ( { x = 1 )\nb = 2" << QList<int>{1} << QStringList{"l", "b"};
+        QTest::newRow("'}' closes the group around an open list")
+            << "g = {\n l = ( 1, 2\n}\nb = 2" << QList<int>{2} << QStringList{"g", "b"};
+        QTest::newRow("empty list item") << "l = ( 1, , 2 )\nb = 2" << QList<int>{1} << QStringList{"l", "b"};
+        QTest::newRow("'=' in a list") << "l = ( 1, = )\nb = 2" << QList<int>{1} << QStringList{"l", "b"};
+        QTest::newRow("integer out of range") << "i = 99999999999999999999\nb = 2" << QList<int>{1} << QStringList{"b"};
+        QTest::newRow("control character") << "a = 1\n\x01 b = 2" << QList<int>{2} << QStringList{"a", "b"};
+    }
+    void syntaxErrors()
+    {
+        QFETCH(QString, text);
+        QFETCH(QList<int>, lines);
+        QFETCH(QStringList, names);
+        RecordingResErrors handler;
+        const Tree root = readText(text);
+        QCOMPARE(handler.lines(), lines);
+        QCOMPARE(QARes::errorCount(), lines.size());
+        for (const RecordingResErrors::Error& e : handler.errors)
+            QCOMPARE(e.file, u"mem.res"_s);
+        QCOMPARE(namesOf(root.get()), names);
+    }
+
+    void unterminatedAtEndOfFile_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QList<int>>("lines");
+        QTest::addColumn<QString>("path");   // still read
+        QTest::addColumn<QString>("value");
+
+        QTest::newRow("string") << "a = 1\ns = \"never closed" << QList<int>{2} << "s" << "never closed";
+        QTest::newRow("group") << "g = {\n  x = 1\n" << QList<int>{1} << "g.x" << "1";
+        QTest::newRow("nested groups") << "g =\n{\n  h = {\n  x = 1\n" << QList<int>{2, 3} << "g.h.x" << "1";
+        QTest::newRow("list") << "a = 1\nl = ( 1, 2" << QList<int>{2} << "a" << "1";
+    }
+    void unterminatedAtEndOfFile()
+    {
+        QFETCH(QString, text);
+        QFETCH(QList<int>, lines);
+        QFETCH(QString, path);
+        QFETCH(QString, value);
+        RecordingResErrors handler;
+        const Tree root = readText(text);
+        QCOMPARE(handler.lines(), lines);
+        QVERIFY(root->search(path));
+        QCOMPARE(root->search(path)->toText(), value);
+    }
+
+    void missingFile()
+    {
+        QTemporaryDir dir;
+        const QString missing = dir.filePath(u"nothing.res"_s);
+        {
+            RecordingResErrors handler;
+            QVERIFY(!QARes::read(missing));
+            QCOMPARE(QARes::errorCount(), 1);
+            QCOMPARE(handler.errors.size(), 1);
+            QCOMPARE(handler.errors.at(0).file, missing);
+            QVERIFY(handler.errors.at(0).message.contains(u"cannot open"_s));
+
+            QVERIFY(!QARes::read(QFile::encodeName(missing).constData()));
+            QCOMPARE(handler.errors.size(), 2);
+        }
+
+        // An empty file is a file without entries, not a failure.
+        const QString empty = dir.filePath(u"empty.res"_s);
+        QFile f(empty);
+        QVERIFY(f.open(QIODevice::WriteOnly));
+        f.close();
+        const Tree root(QARes::read(empty));
+        QVERIFY(root);
+        QCOMPARE(QARes::errorCount(), 0);
+        QVERIFY(root->toResGroup()->children().isEmpty());
+    }
+
+    void defaultHandlerWarns()
+    {
+        RecordingResErrors recording;
+        QAResErrorHandler* const replaced = QARes::setErrorHandler(nullptr);
+        QCOMPARE(replaced, &recording);
+        QTest::ignoreMessage(QtWarningMsg, "mem.res:2: expected '=' after 'b'");
+        const Tree root = readText(u"a = 1\nb 2\n"_s);
+        QVERIFY(recording.errors.isEmpty());
+        QVERIFY(root->find(u"a"_s));
+        QARes::setErrorHandler(replaced);
+    }
+
+    void silentReadStillCounts()
+    {
+        RecordingResErrors handler;
+        const Tree root(QARes::readText(u"a\nb = \"x"_s, u"mem.res"_s, false));
+        QCOMPARE(QARes::errorCount(), 2);
+        QVERIFY(handler.errors.isEmpty());
+        QVERIFY(!QARes::read(u"/nonexistent/dir/x.res"_s, false));
+        QCOMPARE(QARes::errorCount(), 1);
+        QVERIFY(handler.errors.isEmpty());
+    }
+
+    void deepNesting()
+    {
+        auto nested = [](int depth) {
+            QString text;
+            for (int i = 0; i < depth; ++i)
+                text += u"g = {\n"_s;
+            text += u"leaf = 1\n"_s;
+            for (int i = 0; i < depth; ++i)
+                text += u"}\n"_s;
+            return text + u"after = 2\n"_s;
+        };
+
+        RecordingResErrors handler;
+        Tree root = readText(nested(200));
+        QVERIFY(handler.errors.isEmpty());
+        QString path = u"g"_s;
+        for (int i = 1; i < 200; ++i)
+            path += u".g"_s;
+        QCOMPARE(root->search(path + u".leaf"_s)->toText(), u"1"_s);
+        QVERIFY(root->find(u"after"_s));
+
+        root = readText(nested(201));
+        QCOMPARE(handler.lines(), QList<int>{201});
+        QVERIFY(root->search(path));
+        QVERIFY(root->search(path)->toResGroup()->children().isEmpty());
+        QCOMPARE(root->find(u"after"_s)->toText(), u"2"_s);
+    }
+
+    void hostileInputEnds()
+    {
+        QByteArray junk;
+        for (int i = 0; i < 4096; ++i)
+            junk.append(char((i * 7919 + 13) % 256));
+        const QStringList inputs{
+            QString(100000, QLatin1Char('(')),
+            QString(100000, QLatin1Char('{')),
+            u"a = "_s + QString(50000, QLatin1Char('(')) + QString(50000, QLatin1Char(')')),
+            QString::fromUtf8(junk),
+            u"\"\\"_s,
+            u"a = \"\\u"_s,
+            u"= = = , ; ) } ( {"_s,
+            u"a = "_s + u"\"\\n\" "_s.repeated(100000) + QLatin1Char('"'),
+            u"a = ("_s + u"\"\\n\", "_s.repeated(100000),
+        };
+        for (const QString& input : inputs) {
+            const Tree root(QARes::readText(input, u"hostile"_s, false));
+            QVERIFY(root);
+            QVERIFY(QARes::errorCount() > 0);
+        }
+    }
+
+    // --- the settings descriptor
+
+private slots:
+    void fileFaultsLoadNothing_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QString>("message");
+        const QString missing = fixture(u"missing.properties"_s);
+        const QString other = fixture(u"notdescriptor.properties"_s);
+        const QString alone = fixture(u"nogroup.properties"_s);
+        QTest::newRow("missing") << missing << missing + u": not found"_s;
+        QTest::newRow("directory") << fixture(QString()) << fixture(QString()) + u": not found"_s;
+        QTest::newRow("not a descriptor") << other << other + u" is not property definition file"_s;
+        QTest::newRow("no group") << alone << alone + u": no group defined in the file"_s;
+    }
+    void fileFaultsLoadNothing()
+    {
+        QFETCH(QString, file);
+        QFETCH(QString, message);
+        RecordingLog log;
+        QVERIFY(!load(file, &log));
+        QCOMPARE(log.messages, QStringList{message});
+    }
+    // The loader routes the reader's faults to its own handler while it reads.
+    void syntaxErrorsAreCountedAndTheRestLoads()
+    {
+        RecordingResErrors outside;
+        const QString file = fixture(u"syntax.properties"_s);
+        RecordingLog log;
+        const Descriptor root = load(file, &log);
+        QCOMPARE(QARes::errorHandler(), &outside);
+        QVERIFY(outside.errors.isEmpty());
+        QCOMPARE(log.messages.size(), 2);
+        QVERIFY2(log.messages.at(0).startsWith(file + u":7: "_s), qPrintable(log.messages.at(0)));
+        QCOMPARE(log.messages.at(1), u"1 Error(s) in property file "_s + file);
+        QVERIFY(root);
+        QCOMPARE(leafTags(root.get()), (QStringList{"before", "after"}));
+    }
+
+    void faultyEntriesAreReportedAndSkipped()
+    {
+        RecordingLog log;
+        const Descriptor root = load(fixture(u"faults.properties"_s), &log);
+        const QString notExpected = u"Property at line %1: the value of the field '%2' is not expected"_s;
+        const QStringList expected = {
+            "Property at line 4: the field path is required in property definition",
+            "Property at line 5: the field type is required in property definition",
+            "Property at line 6: the field path is required in property definition",
+            "Property at line 6: the field type is required in property definition",
+            "Property at line 7: unable to find the group 'Missing'",
+            "Property at line 8: unable to find the group 'Cmmon'",
+            "Property at line 9: unable to find the path '/'",
+            "Property at line 10: the type 'Slider' is not expected",
+            "Property at line 11: the field tag is required in property definition",
+            "The value for filter 'COBOL' does not exist in the loader",
+            notExpected.arg(13).arg("value"),
+            notExpected.arg(14).arg("min"),
+            notExpected.arg(15).arg("content"),
+            notExpected.arg(16).arg("mode"),
+            notExpected.arg(17).arg("button"),
+            notExpected.arg(18).arg("readonly"),
+            "The value for filter 'PASCAL' does not exist in the loader",
+            "Property at line 20: unable to find the group 'Broken'",
+        };
+        QCOMPARE(log.messages, expected);
+        QVERIFY(root);
+        QCOMPARE(root->count(), 1);
+        QCOMPARE(leafTags(root.get()), QStringList{"kept"});
+    }
+
+    void everyKindWithItsOwnFields()
+    {
+        RecordingLog log;
+        const Descriptor root = load(fixture(u"kinds.properties"_s), &log);
+        QVERIFY2(log.messages.isEmpty(), qPrintable(log.messages.join('\n')));
+        QVERIFY(root);
+        QCOMPARE(root->name(), u"Common"_s);
+        const auto* group = dynamic_cast<QAPropertyMapGroup*>(root->children().value(0));
+        QVERIFY(group);
+        QCOMPARE(group->name(), u"All kinds"_s);
+        QCOMPARE(group->whatThis(), u"Every kind once."_s);
+        QCOMPARE(leafTags(root.get()),
+                 (QStringList{"count", "level", "flag", "answer", "options", "format", "rules", "names", "dirs"}));
+
+        auto* count = dynamic_cast<QAPropertyMapInt*>(group->property("count"));
+        QVERIFY(count);
+        QCOMPARE(count->name(), u"Count"_s);
+        QCOMPARE(count->whatThis(), u"How many."_s);
+        QCOMPARE(count->perlVarName(), u"COUNT"_s);
+        QVERIFY(count->readOnly());
+        QCOMPARE(count->initValue(), QVariant(12));
+        QCOMPARE(count->minimum(), -5);
+        QCOMPARE(count->maximum(), 500);
+        QCOMPARE(count->step(), 5);
+        QCOMPARE(count->suffix(), u" items"_s);
+
+        auto* level = dynamic_cast<QAPropertyMapComboInt*>(group->property("level"));
+        QVERIFY(level);
+        QVERIFY(!level->readOnly());
+        QCOMPARE(level->itemTexts(), (QStringList{"Low", "Medium", "High"}));
+        QCOMPARE(level->itemValues(), (QList<int>{0, 1, 2}));
+        QCOMPARE(level->initValue(), QVariant(2));
+
+        QCOMPARE(group->property("flag")->type(), QMetaType::Bool);
+        QCOMPARE(group->property("flag")->initValue(), QVariant(true));
+        QVERIFY(dynamic_cast<QAPropertyYesNo*>(group->property("answer")));
+        QCOMPARE(group->property("answer")->initValue(), QVariant(false));
+        QCOMPARE(group->property("options")->initValue(), QVariant(u"-g -O2"_s));
+        QCOMPARE(group->property("options")->perlVarName(), u"OPTIONS"_s);
+
+        auto* format = dynamic_cast<QAPropertyMapComboString*>(group->property("format"));
+        QVERIFY(format);
+        QCOMPARE(format->itemTexts(), (QStringList{"Executable", "Shared library"}));
+        QCOMPARE(format->itemValues(), (QStringList{"EXE", "DLL"}));
+        QCOMPARE(format->initValue(), QVariant(u"DLL"_s));
+
+        auto* rules = dynamic_cast<QAPropertyMapPathItem*>(group->property("rules"));
+        QVERIFY(rules);
+        QCOMPARE(rules->mode(), QAPropertyFileChooser::AnyFile);
+        QCOMPARE(rules->filters(), (QStringList{"Rule files (*.xml)", "All files (*)"}));
+        QCOMPARE(rules->initValue(), QVariant(u"<default>"_s));
+
+        QCOMPARE(group->property("names")->initValue(), QVariant(QStringList{"one", "two"}));
+
+        auto* dirs = dynamic_cast<QAPropertyMapPathBox*>(group->property("dirs"));
+        QVERIFY(dirs);
+        QCOMPARE(dirs->mode(), QAPropertyFileChooser::Directory);
+        QCOMPARE(dirs->buttons(), QAPropertyPathBox::SingleWithoutMoves);
+        QCOMPARE(dirs->filters(), QStringList{"*.h"});
+        QCOMPARE(dirs->initValue(), QVariant(QStringList{"/usr/include", "include"}));
+    }
+
+    void groupsNestByPath()
+    {
+        RecordingLog log;
+        const Descriptor root = load(fixture(u"nested.properties"_s), &log);
+        QVERIFY2(log.messages.isEmpty(), qPrintable(log.messages.join('\n')));
+        QCOMPARE(root->count(), 2);
+        QCOMPARE(root->nbGroup(), 1);
+        QCOMPARE(root->children().at(1)->tag(), u"topLevel"_s);
+        auto* build = static_cast<QAPropertyGroup*>(root->children().at(0));
+        QCOMPARE(build->name(), u"Build"_s);
+        QCOMPARE(build->nbGroup(), 2);
+        auto* compiler = static_cast<QAPropertyGroup*>(build->children().at(0));
+        QCOMPARE(compiler->name(), u"Compiler"_s);
+        QCOMPARE(compiler->count(), 2);
+        QVERIFY(compiler->property(u"cflags"_s));
+        auto* warnings = static_cast<QAPropertyGroup*>(compiler->children().at(0));
+        QVERIFY(warnings->property(u"strict"_s));
+        QVERIFY(static_cast<QAPropertyGroup*>(build->children().at(1))->property(u"ldflags"_s));
+        // Map groups all the way down, so one call binds the tree.
+        QVERIFY(dynamic_cast<QAPropertyMapGroup*>(warnings));
+    }
+
+    void hooksAddTypes()
+    {
+        QTemporaryDir dir;
+        const QString file = dir.filePath(u"percent.properties"_s);
+        QFile out(file);
+        QVERIFY(out.open(QIODevice::WriteOnly));
+        out.write("properties = {\n"
+                  "  property = { path = \"Common\" type = Group name = \"G\" }\n"
+                  "  property = { path = \"Common/G\" type = Percent tag = ratio value = 40 }\n"
+                  "}\n");
+        out.close();
+        RecordingLog log;
+        PercentLoader loader;
+        const Descriptor root(loader.load(file, table(), masks(), &log));
+        QVERIFY(log.messages.isEmpty());
+        auto* ratio = dynamic_cast<QAPropertyMapInt*>(findTag(root.get(), u"ratio"_s));
+        QVERIFY(ratio);
+        QCOMPARE(ratio->maximum(), 100);
+        QCOMPARE(ratio->suffix(), u"%"_s);
+        QCOMPARE(ratio->initValue(), QVariant(40));
+    }
+
+    void visibility_data()
+    {
+        QTest::addColumn<unsigned int>("context");
+        QTest::addColumn<QStringList>("visible");
+        QTest::newRow("C application in the studio") << context(LanguageC, Application, Studio)
+            << QStringList{"Everywhere", "plain", "notJava", "common"};
+        QTest::newRow("C++ object testing") << context(LanguageCpp, ObjectTesting, Studio)
+            << QStringList{"Everywhere", "plain", "cppOnly", "cppOrAda", "notJava", "cppObjectTesting", "common"};
+        QTest::newRow("C++ unit testing under the RTA host") << context(LanguageCpp, UnitTesting, EclipseRta)
+            << QStringList{"Everywhere", "plain", "cppOnly", "cppOrAda", "notJava", "unitOrProject", "rtaOnly", "common"};
+        QTest::newRow("Ada library") << context(LanguageAda, Library, Studio)
+            << QStringList{"Everywhere", "plain", "cppOrAda", "notJava", "common"};
+        QTest::newRow("Java application") << context(LanguageJava, Application, Studio)
+            << QStringList{"Everywhere", "plain", "common", "adaJavaNotLibrary", "Java only children", "javaLeaf"};
+        QTest::newRow("C system testing") << context(LanguageC, SystemTesting, Studio)
+            << QStringList{"Everywhere", "plain", "notJava", "common", "System testing", "stLeaf"};
+        QTest::newRow("Java virtual tester under TPTP") << context(LanguageJava, VirtualTester, EclipseTptp)
+            << QStringList{"Everywhere", "plain", "common", "adaJavaNotLibrary", "System testing", "stLeaf",
+                           "stJava", "Java only children", "javaLeaf"};
+        QTest::newRow("C project, host unknown") << (unsigned(LanguageC) | unsigned(Project))
+            << QStringList{"Everywhere", "plain", "notJava", "unitOrProject", "common"};
+    }
+    void visibility()
+    {
+        QFETCH(unsigned int, context);
+        QFETCH(QStringList, visible);
+        RecordingLog log;
+        const Descriptor root = load(fixture(u"visibility.properties"_s), &log);
+        QVERIFY2(log.messages.isEmpty(), qPrintable(log.messages.join('\n')));
+        QCOMPARE(shown(root.get(), context), visible);
+        for (const QAProperty* p : allProperties(root.get())) {
+            const QString id = p->isGroup() ? p->name() : p->tag();
+            QCOMPARE(isApplicable(p, context), visible.contains(id));
+        }
+    }
+
+    void hiddenGroupsHideWhatTheyHold()
+    {
+        RecordingLog log;
+        const Descriptor root = load(fixture(u"visibility.properties"_s), &log);
+        const QAProperty* hiddenLeaf = findTag(root.get(), u"hiddenLeaf"_s);
+        const auto* hidden = hiddenLeaf->parentGroup();
+        const unsigned int anywhere = context(LanguageCpp, Project, Studio);
+        // The leaf has no restriction of its own; its group's hides it.
+        QCOMPARE(hiddenLeaf->applyMask() | hiddenLeaf->unapplyMask(), 0u);
+        QVERIFY(!isApplicable(hiddenLeaf, anywhere));
+        QVERIFY(visibleChildren(hidden, anywhere).isEmpty());
+        // "Common" in apply restricts nothing; in unapply it hides everywhere.
+        QCOMPARE(findTag(root.get(), u"common"_s)->applyMask(), 0u);
+        QCOMPARE(hidden->unapplyMask(), unsigned(LanguageMask | KindMask | 0x07000000u));
+        QVERIFY(isApplicable(root.get(), anywhere));
+    }
+
+    // The shipped descriptor loads cleanly; the analysis switches are plain
+    // Booleans; tags are unique; each setting shows where the design says, and
+    // at the project of some language, where it is set for the whole tree.
+    void realDescriptorIsComplete()
+    {
+        RecordingLog log;
+        const Descriptor root = load(realDescriptor(), &log);
+        QVERIFY2(log.messages.isEmpty(), qPrintable(log.messages.join('\n')));
+        QVERIFY(root);
+        QVERIFY(root->nbGroup() >= 10);
+        for (const char* key : {"memoryProfiling", "performanceProfiling", "codeCoverage", "runtimeTracing",
+                                "contractCheck", "staticMetrics", "misraCheck", "systemTestingProbes"}) {
+            const QAProperty* property = findTag(root.get(), QString::fromLatin1(key));
+            QVERIFY2(property, key);
+            QCOMPARE(property->type(), QMetaType::Bool);
+            QVERIFY2(property->perlVarName().isEmpty(), key);
+            QCOMPARE(property->initValue(), QVariant(false));
+        }
+        for (const char* unused : {"name", "encoding"})
+            QVERIFY2(!findTag(root.get(), QString::fromLatin1(unused)), unused);
+
+        QStringList tags = leafTags(root.get());
+        const qsizetype all = tags.size();
+        tags.removeDuplicates();
+        QCOMPARE(tags.size(), all);
+
+        const auto shows = [&](const char* key, unsigned int where) {
+            return isApplicable(findTag(root.get(), QString::fromLatin1(key)), where);
+        };
+        const unsigned int cApplication = context(LanguageC, Application, Studio);
+        QVERIFY(shows("cflags", cApplication));
+        QVERIFY(!shows("javaClasspath", cApplication));
+        QVERIFY(shows("javaClasspath", context(LanguageJava, Application, Studio)));
+        QVERIFY(!shows("javaStub", context(LanguageJava, Application, Studio)));
+        QVERIFY(shows("javaStub", context(LanguageJava, JavaTesting, Studio)));
+        QVERIFY(!shows("st_trace", context(LanguageC, UnitTesting, Studio)));
+        for (Kind kind : {SystemTesting, SystemTestScript, VirtualTester, Project, Group})
+            QVERIFY(shows("st_trace", context(LanguageC, kind, Studio)));
+        QVERIFY(shows("zeltaClassName", context(LanguageC, UnitTestScript, Studio)));
+        QVERIFY(!shows("zeltaClassName", context(LanguageJava, UnitTesting, Studio)));
+        QVERIFY(shows("otiFile", context(LanguageCpp, ObjectTesting, Studio)));
+        QVERIFY(!shows("otiFile", context(LanguageC, ObjectTesting, Studio)));
+        QVERIFY(!shows("atkstrictcheck", cApplication));
+        QVERIFY(shows("misraconf", context(LanguageCpp, Application, Studio)));
+        QVERIFY(!shows("misraconf", context(LanguageAda, Application, Studio)));
+        QVERIFY(!shows("att_on_fly", context(LanguageC, Application, EclipseRta)));
+        for (const QAProperty* p : allProperties(root.get())) {
+            const QString id = p->isGroup() ? p->name() : p->tag();
+            QVERIFY2(!p->perlVarName().startsWith(QLatin1Char('$')) && !p->perlVarName().startsWith(QLatin1Char('@')),
+                     qPrintable(id));
+            bool atTheTop = false;
+            for (Language language : {LanguageC, LanguageCpp, LanguageAda, LanguageJava})
+                atTheTop = atTheTop || isApplicable(p, context(language, Project, Studio));
+            QVERIFY2(atTheTop, qPrintable(id));
+        }
+    }
+    // Every setting the environment script reads, the variable it goes to
+    // (none where the script derives its lines from the value) and the line
+    // form: S a string, N a number or switch, L a list.
+    void realDescriptorKeys_data()
+    {
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QString>("variable");
+        QTest::addColumn<QChar>("form");
+        // "key:VARIABLE:form", the variable empty where there is none.
+        const QStringList rows = QStringLiteral(
+            "executionFlag::N targetPath::S targetPathAsRelative::N iniFileName:INIFILE:S computerName:HOSTNAME:S "
+            "computerAddress:ADDRESS:S computerPort:PORT:N uploaderPort:UPLOADER_PORT:N "
+            "ge_host_workdir:HOST_WORKING_DIR:S intdir:INTDIR:S outdir:OUTDIR:S csvSeparator:CSV_SEPARATOR:S "
+            "csvDecimalSeparator:CSV_DECIMAL_SEPARATOR:S csvThousandSeparator:CSV_THOUSAND_SEPARATOR:S "
+            "sourceDirectories:SOURCES_DIR_LIST:L structDefinition:STRUCT_AS_CLASS:N ge_incdir:INCLUDE_DIR_LIST:L "
+            "ge_alk_file_name:USER_ALK_FILE:S sourceExt:SRCEXT:S objectExt:OBJEXT:S binaryExt:EXEEXT:S "
+            "cppFlags:CPPFLAGS:S cflags:CFLAGS:S tcflags:GENERATION_CONDITION:L debug:DEBUG:N "
+            "sourceLanguage:TDP_LANGUAGE:S ge_libdir:LIBRARY_DIR_LIST:L javaBuildJarFile:JAVA_BUILDJARFILE:N "
+            "javaManifest:JAVA_MANIFEST:S javaJarOtherDir:JAVA_JAR_OTHER_DIR:L envVariables::L "
+            "testProgram:TESTPROGRAM:S arguments:ARGUMENTS:S virtualMachineArguments:VIRTUAL_MACHINE_ARGUMENTS:S "
+            "ldflags:LDFLAGS:S additionnalObjects:LIBRARIES:S multiThreaded:ATL_MULTI_THREADS:N "
+            "bufferSize:ATL_BUFFER_SIZE:N maxThreads:ATL_THREADS_MAX:N mainProc:ATL_MAIN_PROCEDURE:S "
+            "clockKind:ATL_CLOCK_KIND:N atc_rungcatexit:ATC_RUN_GC_AT_EXIT:N "
+            "javaBootClasspath:JAVA_BOOTCLASSPATH:L javaClasspath:JAVA_CLASSPATH:L javaMainClass:JAVA_MAIN_CLASS:S "
+            "sourceFile:SRCFILE:S otiFile:OTIFILE:S nuerror:ATO_PREPRO_MAX_ERRORS:N nodline:ATO_PREPRO_NODLINE:N "
+            "xrdFile:XRDFILE:S atobreakonerror:ATO_STOP_ON_ERROR:N atonopassdump:ATO_DUMP_SUCCESS:N "
+            "atomaxinstances:ATO_MAX_INSTANCES:N printbuffer::N printbuffersize:ATO_PRINT_BUFFER_SIZE:N "
+            "atkbreakonerror:ATK_STOP_ON_ERROR:N atknopassdump:ATK_DUMP_SUCCESS:N "
+            "atkreflexivestate:ATK_REPORT_REFLEXIVE_STATES:N atkconstmethods:ATK_INSTR_CONST:N "
+            "atkreentrant:ATK_MT_SUPPORT:N atkstrictcheck:ATK_CONST_ASSERTIONS:N "
+            "zeltaClassName:ATU_ZELTA_CLASSNAME:S intermediateFile:ATU_INTERMEDIATE_FILE:S "
+            "simulation:ATU_SIMULATION:N preproerrorlevel:CONTONWARN:N breakontest:ATU_BREAK_ON_TEST_FAILED:N "
+            "moreoptions:ATU_IS_OPTION:N preparationOptions:ATU_OPTIONS:S filter:ATU_FILTER:N "
+            "strategy:ATU_STRATEGY:N reportOutlay:ATU_REPORT_OUTLAY:N moreRoptions:ATU_IS_REPORT_OPTION:N "
+            "reportoptions:ATU_REPORT_OPTIONS:S comparaison:ATU_COMPARE:N st_interface_files:ATS_INTERFACE_FILES:L "
+            "st_allocation:ATS_ALLOCATION:S st_notShared:ATS_NOTSHARED:N st_thread:ATS_THREAD:N "
+            "st_thread_function:ATS_THREAD_FUNCTION:S st_trace:ATS_TRACE:S st_trace_circular:ATS_TRACE_CIRCULAR:N "
+            "st_bufsize:ATS_BUFSIZE:N st_values:ATS_VAL_DISP:S st_repform:ATS_RA:S st_time:ATS_TIME_STAMP:N "
+            "st_dynfol:ATS_DYN_FOLLOW:N st_item_buf:ATS_RT_BUFFER:N st_item_buf_size:ATS_BUFFER_SIZE:N "
+            "st_dtrack:ATS_DYNFLW:N st_dtrack_buf_size:ATS_TAGTBUF_SIZE:N st_custom:ATS_PROBE_CUSTOM:N "
+            "st_custom_type:ATS_PROBE_CUSTOM_TYPE:N st_addOptions:ATS_ADD_OPTIONS:S "
+            "st_replay_cmdline_args:ATS_REPLAY_CMDLINE_ARGS:S st_interrecv_timeout:ATS_INTERRECV_TIMEOUT:N "
+            "fdc_name_opt:ATG_FDC_NAME_OPT:N fdc_value:ATG_FDC_VALUE:S tsf_name_opt:ATG_TSF_NAME_OPT:N "
+            "tsf_value:ATG_TSF_VALUE:S tsf_selective_file:ATG_SELECTIVE_FILES:L "
+            "tsf_selective_class:ATG_SELECTIVE_CLASS:L exclude_dir:ATG_EXCLUDED_DIRS:L "
+            "dump_incoming_list:ATG_DUMP_INCOMING_LIST:L dump_returning_list:ATG_DUMP_RETURNING_LIST:L "
+            "dump_calling_list:ATG_DUMP_CALLING_LIST:L no_header_instr:ATG_HEADER_INSTR:N "
+            "instantiate_template:ATG_INSTANTIATE_TEMPLATE:N misc_options:ATG_MISC_OPTIONS:S "
+            "atc_instr_functions:ATC_INSTR_FUNCTIONS:N atc_instr_calls:ATC_INSTR_CALLS:N "
+            "atc_instr_blocks:ATC_INSTR_BLOCKS:N atc_instr_conditions:ATC_INSTR_CONDITIONS:N "
+            "atc_selective_no_ternary:ATC_SELECTIVE_TERNARY:N atc_selective_no_inline:ATC_SELECTIVE_INLINE:N "
+            "atc_selective_no_included:ATC_SELECTIVE_INCLUDED:N "
+            "atc_selective_functions_list:ATC_SELECTIVE_FUNCTIONS_LIST:L atc_selective_spec:ATC_SELECTIVE_SPEC:N "
+            "atc_information:ATC_INFORMATION:N atc_instr_ctrl_prefixe:ATC_INSTR_CTRL_PREFIX:S "
+            "atc_instr_ctrl_suffixe:ATC_INSTR_CTRL_SUFFIX:N atc_no_metrics:ATC_METRICS:N "
+            "atc_user_comment:ATC_USER_COMMENT:S atc_dump_driver:ATC_DUMP_DRIVER:N atc_onthefly::N "
+            "att_calling_sequenced:ATT_CALLING_SEQUENCED:N att_aggregate_traces:ATT_AGGREGATE_TRACES:N "
+            "att_template_notes:ATT_TEMPLATE_NOTES:N att_split:ATT_SPLIT:N att_split_size:ATT_SPLIT_SIZE:N "
+            "att_split_prefixe:ATT_SPLIT_PREFIX:S att_loop:ATT_LOOP:N att_loop_options:ATT_LOOP_FLAGS:S "
+            "att_record_max_stack:ATT_RECORD_MAX_STACK:N att_on_fly:ATT_ON_THE_FLY:N "
+            "att_item_buffer:ATT_ITEM_BUFFER:N att_item_buffer_size:ATT_ITEM_BUFFER_SIZE:N "
+            "att_partial_dump:ATT_PARTIAL_DUMP:N att_signal_action:ATT_SIGNAL_ACTION:N "
+            "att_time_stamp:ATT_TIMESTAMP:N att_heap_size:ATT_HEAP_SIZE:N att_thread_info:ATT_THREAD_INFO:N "
+            "atp_instr_ctrl:ATP_INSTR_CTRL_LIST:L atp_errors_fiu:ATP_REPORTS_FIU:N "
+            "atp_errors_miu:ATP_REPORTS_MIU:N atp_errors_sig:ATP_REPORTS_SIG:N atp_fmwl:ATP_REPORTS_FFM_FMWL:N "
+            "atp_fmwl_queue_len:ATP_MAX_FREEQ_LENGTH:N atp_fmwl_queue_size:ATP_MAX_FREEQ_SIZE:N "
+            "atp_abwl:ATP_REPORTS_ABWL:N atp_abwl_zone_size:ATP_RED_ZONE_SIZE:N "
+            "atp_call_stack:ATP_CALL_STACK_SIZE:N javaObjectHashSize:JAVA_OBJECT_HASH_SIZE:N "
+            "javaClassHashSize:JAVA_CLASS_HASH_SIZE:N javaTrigger:JAVA_TRIGGER:S javaHitKey:JAVA_HIT_KEY:N "
+            "javaNextGC:JAVA_NEXT_GC:N javaStudioIPAdress:JAVA_STUDIO_IP_ADRESS:S "
+            "javaStudioPortNb:JAVA_STUDIO_PORT_NB:S javaTpfFileName:JAVA_TPF_FILENAME:S "
+            "javaTsfFileName:JAVA_TSF_FILENAME:S javaPackageAnalyze:JAVA_PACKAGE_ANALYZE:L "
+            "javaAnalyze:JAVA_ANALYZE:L javaAnalyzeAlloc:JAVA_ANALYZE_ALLOC:L "
+            "javaFilterOption:JAVA_FILTER_OPTION:S atq_dump_driver:ATQ_DUMP_DRIVER:N javaStub:JAVA_STUB:N "
+            "javaDisplay:JAVA_DISPLAY:N metOneLevel:MET_ONE_LEVEL:N metRestrictDir:MET_RESTRICT_DIR:L "
+            "misraconf:MISRA_CONF:S generationFormat::S libraryDynamicExt::S libraryStaticExt::S")
+                                     .split(u' ');
+        for (const QString& row : rows) {
+            const QStringList f = row.split(u':');
+            QTest::newRow(qPrintable(f[0])) << f[0] << f[1] << f[2].at(0);
+        }
+    }
+    void realDescriptorKeys()
+    {
+        QFETCH(QString, key);
+        QFETCH(QString, variable);
+        QFETCH(QChar, form);
+        static RecordingLog log;
+        static const Descriptor root = load(realDescriptor(), &log);
+        QVERIFY(root);
+        const QAProperty* property = findTag(root.get(), key);
+        QVERIFY2(property, "the key is not described");
+        QCOMPARE(property->perlVarName(), variable);
+        QVERIFY(!property->name().isEmpty());
+        QVERIFY(!property->whatThis().isEmpty());
+        const QMetaType::Type type = property->type();
+        if (form == QLatin1Char('S'))
+            QCOMPARE(type, QMetaType::QString);
+        else if (form == QLatin1Char('N'))
+            QVERIFY(type == QMetaType::Int || type == QMetaType::Bool);
+        else
+            QCOMPARE(type, QMetaType::QStringList);
+        if (property->hasInitValue())
+            QCOMPARE(property->initValue().typeId(), int(type));
+    }
+};
 
 QTEST_GUILESS_MAIN(TestResources)
 #include "tst_resources.moc"

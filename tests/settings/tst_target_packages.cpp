@@ -1,9 +1,9 @@
-#include "QAILogMonitor.h"
 #include "QARes.h"
 #include "QAStData.h"
 #include "QAStProjectPref.h"
 #include "QAStTargetPackage.h"
 #include "QAStTargetPackageList.h"
+#include "Recorders.h"
 #include "RecordingStudio.h"
 #include "TestFiles.h"
 #include "TestPaths.h"
@@ -22,30 +22,11 @@
 
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using Package = QAStTargetPackage;
-
-class RecordingMonitor : public QAILogMonitor {
-public:
-    void log(const QString& message) override { messages.append(message); }
-    QStringList messages;
-};
-
-// Records the resource errors as "file:line: message" while installed.
-class RecordingHandler : public QAResErrorHandler {
-public:
-    RecordingHandler() : m_previous(QARes::setErrorHandler(this)) {}
-    ~RecordingHandler() override { QARes::setErrorHandler(m_previous); }
-    void error(const QString& file, int line, const QString& message) override
-    {
-        errors.append(QStringLiteral("%1:%2: %3").arg(file).arg(line).arg(message));
-    }
-    QStringList errors;
-
-private:
-    QAResErrorHandler* m_previous;
-};
 
 using TestFiles::writeFile;
 
@@ -54,7 +35,7 @@ void addPackage(const QString& tdp, const QString& dir, const QString& name, con
                 const QString& ini = QString())
 {
     writeFile(tdp + '/' + dir + '/' + (ini.isEmpty() ? dir + ".ini" : ini),
-              QStringLiteral("NAME = \"%1\"\nLANGUAGE = %2\nOBJEXT = .o\n").arg(name, language).toUtf8());
+              u"NAME = \"%1\"\nLANGUAGE = %2\nOBJEXT = .o\n"_s.arg(name, language).toUtf8());
 }
 
 QString dirName(const Package* package)
@@ -96,7 +77,7 @@ QVariant held(const Package& p, const QString& key)
 
 QString notReadable(const QString& dir)
 {
-    return QStringLiteral("The Target Package %1 directory doesn't exist or it is not readable").arg(dir);
+    return u"The Target Package %1 directory doesn't exist or it is not readable"_s.arg(dir);
 }
 
 QString shippedTargets()
@@ -110,506 +91,469 @@ class TestTargetPackages : public QObject {
     Q_OBJECT
 
 private slots:
-    void cleanup();
+    // The process-wide list and the preferences go back to their defaults.
+    void cleanup()
+    {
+        Package::terminate();
+        QAStData::preferences()->resetToDefaults();
+    }
 
-    void readsEveryKey();
-    void readAgainStartsFromDefaults();
-    void valueForms_data();
-    void valueForms();
-    void wrongValueTypes_data();
-    void wrongValueTypes();
-    void languageType_data();
-    void languageType();
+    void readsEveryKey()
+    {
+        RecordingResErrors handler;
+        const std::unique_ptr<QARes> res(QARes::read(TestPaths::data("targets/full/full.ini")));
+        QVERIFY(res);
+        Package package;
+        QVERIFY(package.read(res.get(), TestPaths::data("targets/./full/"), "full.ini"));
+        QCOMPARE(handler.texts(), QStringList());
 
-    void missingDirectory();
-    void unreadableDirectory();
-    void emptyDirectory();
-    void directoryWithoutIniSaysNothing();
-    void iniWithErrors();
-    void scanOrder();
-    void targetPackageByPath();
-    void findByName_data();
-    void findByName();
+        QCOMPARE(package.name(), "Cross C++ for ARM");
+        QCOMPARE(package.language(), "cpp");
+        QCOMPARE(package.languageType(), int(Package::LanguageCpp));
+        const QStringList extensions{package.objExtension(), package.libExtension(), package.dllExtension(),
+                                     package.srcExtension(), package.exeExtension()};
+        QCOMPARE(extensions, (QStringList{".obj", ".lib", ".dll", ".cxx", ".elf"}));
+        const QStringList flags{package.cppFlags(), package.cFlags(), package.ldFlags(), package.libs(),
+                                package.defines()};
+        QCOMPARE(flags, (QStringList{"-E -P", "-g -O0 -mcpu=cortex-m4", "-Wl,--gc-sections", "-lc -lm",
+                                     "-DTARGET=ARM -DNDEBUG"}));
+        QCOMPARE(package.includePaths(), (QStringList{"/opt/arm/include", "$ZELTAHOME/targets/arm/lib"}));
+        QCOMPARE(package.libraryPaths(), QStringList{"/opt/arm/lib"});
+        QCOMPARE(package.bootClassPath(), QStringList{"/opt/arm/java/classes.zip"});
+        QVERIFY(package.j2meRestriction());
+        const QList<int> modes{package.featureMode(Package::CodeCoverage), package.featureMode(Package::RuntimeTracing),
+                               package.featureMode(Package::MemoryProfiling),
+                               package.featureMode(Package::PerformanceProfiling)};
+        QCOMPARE(modes, (QList<int>{1, 0, 0, 1}));
+        QCOMPARE(package.directory(), TestPaths::data("targets/full"));
+        QCOMPARE(package.iniName(), "full.ini");
 
-    void installedListFromPreferences();
-    void noPackageWarns();
+        // Only the DEFAULT_ keys outside the table stay, each with its type.
+        QCOMPARE(package.defaultValues().keys(),
+                 (QStringList{"DEFAULT_OPTIMISATION", "DEFAULT_STACK_SIZE", "DEFAULT_THUMB", "DEFAULT_WARNINGS"}));
+        QCOMPARE(package.defaultValue("DEFAULT_OPTIMISATION"), QVariant("-O2"));
+        QCOMPARE(package.defaultValue("DEFAULT_STACK_SIZE"), QVariant(qlonglong(4096)));
+        QCOMPARE(package.defaultValue("DEFAULT_THUMB"), QVariant(true));
+        QCOMPARE(package.defaultValue("DEFAULT_WARNINGS"), QVariant(QStringList{"-Wall", "-Wextra"}));
+    }
 
-    void shippedPackagesLoad();
-    void shippedPackagesBuild_data();
-    void shippedPackagesBuild();
+    void readAgainStartsFromDefaults()
+    {
+        Package package;
+        QVERIFY(readText(package, "NAME = first\nDEFAULT_INCLUDE_PATHS = ( /a )\nATC_MODE = 0\n"
+                                  "J2ME_RESTRICTION = true\nDEFAULT_X = 1\n"));
+        QVERIFY(readText(package, QString()));
+        QVERIFY(package.name().isEmpty());
+        QVERIFY(package.includePaths().isEmpty());
+        QVERIFY(!package.j2meRestriction());
+        QVERIFY(package.defaultValues().isEmpty());
+        for (const char* mode : {"ATC_MODE", "ATT_MODE", "ATP_MODE", "ATQ_MODE"})
+            QCOMPARE(held(package, mode), QVariant(1));
+        QCOMPARE(package.languageType(), int(Package::LanguageC));
+        QCOMPARE(package.directory(), "/tdp/pkg");
+    }
+
+    void valueForms_data()
+    {
+        QTest::addColumn<QString>("entry");
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QVariant>("value");
+        QTest::newRow("J2ME word true") << "J2ME_RESTRICTION = true" << "J2ME_RESTRICTION" << QVariant(true);
+        QTest::newRow("J2ME quoted true") << "J2ME_RESTRICTION = \"true\"" << "J2ME_RESTRICTION" << QVariant(true);
+        QTest::newRow("J2ME upper case") << "J2ME_RESTRICTION = TRUE" << "J2ME_RESTRICTION" << QVariant(false);
+        QTest::newRow("J2ME yes") << "J2ME_RESTRICTION = yes" << "J2ME_RESTRICTION" << QVariant(false);
+        QTest::newRow("mode 0") << "ATT_MODE = 0" << "ATT_MODE" << QVariant(0);
+        QTest::newRow("mode false") << "ATC_MODE = false" << "ATC_MODE" << QVariant(0);
+        QTest::newRow("mode quoted 0") << "ATP_MODE = \"0\"" << "ATP_MODE" << QVariant(0);
+        QTest::newRow("mode true") << "ATQ_MODE = true" << "ATQ_MODE" << QVariant(1);
+        QTest::newRow("one mode leaves the others") << "ATT_MODE = 0" << "ATQ_MODE" << QVariant(1);
+        QTest::newRow("word for a string") << "SRCEXT = .c" << "SRCEXT" << QVariant(".c");
+        QTest::newRow("integer for a string") << "DEFAULT_CFLAGS = 3" << "DEFAULT_CFLAGS" << QVariant("3");
+        QTest::newRow("string as a list") << "DEFAULT_INCLUDE_PATHS = \"/my include\"" << "DEFAULT_INCLUDE_PATHS"
+                                          << QVariant(QStringList{"/my include"});
+        QTest::newRow("word as a list") << "DEFAULT_LIBRARY_PATHS = /usr/lib" << "DEFAULT_LIBRARY_PATHS"
+                                        << QVariant(QStringList{"/usr/lib"});
+        QTest::newRow("empty string as a list") << "DEFAULT_INCLUDE_PATHS = \"\"" << "DEFAULT_INCLUDE_PATHS"
+                                                << QVariant(QStringList());
+        QTest::newRow("list of scalars") << "DEFAULT_INCLUDE_PATHS = ( /a, 2, true, )" << "DEFAULT_INCLUDE_PATHS"
+                                         << QVariant(QStringList{"/a", "2", "true"});
+        QTest::newRow("first entry counts") << "SRCEXT = .c\nSRCEXT = .cc" << "SRCEXT" << QVariant(".c");
+        QTest::newRow("first further default counts") << "DEFAULT_X = a\nDEFAULT_X = b" << "DEFAULT_X" << QVariant("a");
+        QTest::newRow("not a further default") << "DEFAULTS_X = a" << "DEFAULTS_X" << QVariant();
+    }
+    void valueForms()
+    {
+        QFETCH(QString, entry);
+        QFETCH(QString, key);
+        QFETCH(QVariant, value);
+        RecordingResErrors handler;
+        Package package;
+        QVERIFY(readText(package, entry));
+        QCOMPARE(held(package, key), value);
+        QCOMPARE(handler.texts(), QStringList());
+    }
+
+    void wrongValueTypes_data()
+    {
+        QTest::addColumn<QString>("entry");  // on line 3
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QVariant>("kept");
+        QTest::newRow("group for a string") << "SRCEXT = { ext = .c }" << "SRCEXT" << QVariant(QString());
+        QTest::newRow("list for a string") << "DEFAULT_CFLAGS = ( -g )" << "DEFAULT_CFLAGS" << QVariant(QString());
+        QTest::newRow("group for a list") << "DEFAULT_INCLUDE_PATHS = { p = /usr }" << "DEFAULT_INCLUDE_PATHS"
+                                          << QVariant(QStringList());
+        QTest::newRow("list in a list") << "DEFAULT_LIBRARY_PATHS = ( /usr/lib, ( /lib ) )"
+                                        << "DEFAULT_LIBRARY_PATHS" << QVariant(QStringList());
+        QTest::newRow("group for J2ME") << "J2ME_RESTRICTION = { }" << "J2ME_RESTRICTION" << QVariant(false);
+        QTest::newRow("mode out of range") << "ATP_MODE = 2" << "ATP_MODE" << QVariant(1);
+        QTest::newRow("mode as a word") << "ATQ_MODE = off" << "ATQ_MODE" << QVariant(1);
+        QTest::newRow("group for a further default") << "DEFAULT_EXTRA = { a = 1 }" << "DEFAULT_EXTRA" << QVariant();
+    }
+    // Reported with file and line through the installed handler; the key keeps
+    // its default and the keys around it are read.
+    void wrongValueTypes()
+    {
+        QFETCH(QString, entry);
+        QFETCH(QString, key);
+        QFETCH(QVariant, kept);
+        RecordingResErrors handler;
+        Package package;
+        QVERIFY(!readText(package, u"NAME = before\nLANGUAGE = C\n%1\nOBJEXT = .o\n"_s.arg(entry)));
+        QCOMPARE(handler.texts().size(), 1);
+        QVERIFY2(handler.texts().first().startsWith("pkg.ini:3: "), qPrintable(handler.texts().first()));
+        QVERIFY(handler.texts().first().contains(key));
+        QCOMPARE(held(package, key), kept);
+        QCOMPARE(package.name(), "before");
+        QCOMPARE(package.objExtension(), ".o");
+    }
+
+    void languageType_data()
+    {
+        QTest::addColumn<QString>("language");
+        QTest::addColumn<int>("bit");
+        const QList<std::pair<const char*, int>> table{
+            {"C", 1}, {"c", 1}, {"CPP", 2}, {"cpp", 2}, {"C++", 2}, {"ADA", 4}, {"Ada83", 4}, {"ada95", 4},
+            {"JAVA", 8}, {"java", 8}, {"", 1}, {"Fortran", 1}, {"ADA2012", 1}, {" CPP", 1}};
+        for (const auto& [language, bit] : table)
+            QTest::newRow(*language ? language : "none") << QString(language) << bit;
+    }
+    void languageType()
+    {
+        QFETCH(QString, language);
+        QFETCH(int, bit);
+        QCOMPARE(Package::languageTypeOf(language), bit);
+        Package package;
+        QVERIFY(readText(package, u"LANGUAGE = \"%1\""_s.arg(language)));
+        QCOMPARE(package.languageType(), bit);
+    }
+
+    // Reported to the console and the monitor, logged, and passed over.
+    void missingDirectory()
+    {
+        RecordingStudio studio;
+        RecordingLog monitor;
+        QTemporaryDir tmp;
+        const QString missing = tmp.filePath("missing");
+        const QString plainFile = tmp.filePath("file.txt");
+        writeFile(plainFile, "not a directory");
+        addPackage(tmp.filePath("good"), "gcc-c", "GNU C", "C");
+
+        QLoggingCategory::setFilterRules("sdk110.targetpackage.debug=true");
+        QTest::ignoreMessage(QtDebugMsg, qPrintable(missing + " directory doesn't exists"));
+        QTest::ignoreMessage(QtDebugMsg, qPrintable(plainFile + " directory doesn't exists"));
+        QTest::ignoreMessage(QtDebugMsg, qPrintable("scan " + tmp.filePath("good/gcc-c")));
+        QAStTargetPackageList list;
+        const bool clean = list.scan({missing, plainFile, tmp.filePath("good")}, &monitor);
+        QLoggingCategory::setFilterRules("sdk110.targetpackage.debug=false");
+
+        QVERIFY(!clean);
+        const QStringList expected{notReadable(missing), notReadable(plainFile)};
+        QCOMPARE(studio.messages(QAStData::MessageConsole), expected);
+        QCOMPARE(monitor.messages, expected);
+        QCOMPARE(namesOf(list), QStringList{"GNU C"});
+    }
+
+    void unreadableDirectory()
+    {
+        if (::geteuid() == 0)
+            QSKIP("root reads any directory");
+        RecordingStudio studio;
+        QTemporaryDir tmp;
+        const QString locked = tmp.filePath("locked");
+        addPackage(locked, "gcc-c", "GNU C", "C");
+        QVERIFY(QFile::setPermissions(locked, QFileDevice::Permissions()));
+        QAStTargetPackageList list;
+        const bool clean = list.scan({locked});
+        QFile::setPermissions(locked, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+        QVERIFY(!clean);
+        QCOMPARE(studio.messages(QAStData::MessageConsole), QStringList{notReadable(locked)});
+        QVERIFY(list.isEmpty());
+    }
+
+    void emptyDirectory()
+    {
+        RecordingStudio studio;
+        RecordingLog monitor;
+        QTemporaryDir tmp;
+        QAStTargetPackageList list;
+        QVERIFY(!list.scan({tmp.path()}, &monitor));
+        const QStringList expected{u"The Target Package %1 directory is empty"_s.arg(tmp.path())};
+        QCOMPARE(studio.messages(QAStData::MessageConsole), expected);
+        QCOMPARE(monitor.messages, expected);
+        QVERIFY(list.isEmpty());
+    }
+
+    void directoryWithoutIniSaysNothing()
+    {
+        RecordingStudio studio;
+        QTemporaryDir tmp;
+        writeFile(tmp.filePath("docs/readme.txt"), "no package here");
+        QVERIFY(QDir().mkpath(tmp.filePath("bare")));
+        writeFile(tmp.filePath("loose.ini"), "NAME = loose");  // not inside a package directory
+        writeFile(tmp.filePath("old/old.ini.bak"), "NAME = backup");
+        QVERIFY(QDir().mkpath(tmp.filePath("odd/dir.ini")));  // a directory, not a file
+        addPackage(tmp.path(), "gcc-c", "GNU C", "C");
+
+        QAStTargetPackageList list;
+        QVERIFY(list.scan({tmp.path()}));
+        QCOMPARE(studio.messages(QAStData::MessageConsole), QStringList());
+        QCOMPARE(namesOf(list), QStringList{"GNU C"});
+    }
+
+    void iniWithErrors()
+    {
+        RecordingStudio studio;
+        RecordingLog monitor;
+        RecordingResErrors outer;
+        QTemporaryDir tmp;
+        const QString broken = tmp.filePath("a-broken/a-broken.ini");
+        writeFile(broken, "LANGUAGE = CPP\nNAME \"no equals\"\nSRCEXT = { }\nOBJEXT = .o\n");
+        addPackage(tmp.path(), "b-good", "Good", "C");
+
+        QAStTargetPackageList list;
+        QVERIFY(!list.scan({tmp.path()}, &monitor));
+
+        // Reader faults and wrong types alike, naming file and line.
+        const QStringList shown = studio.messages(QAStData::MessageConsole);
+        QCOMPARE(shown.size(), 2);
+        QVERIFY2(shown.at(0).startsWith(broken + ":2: "), qPrintable(shown.at(0)));
+        QVERIFY2(shown.at(1).startsWith(broken + ":3: ") && shown.at(1).contains("SRCEXT"), qPrintable(shown.at(1)));
+        QCOMPARE(monitor.messages, shown);
+
+        // The faulty package keeps what could be read; the scan went on.
+        QCOMPARE(list.count(), 2);
+        QCOMPARE(list.packages().at(0)->language(), "CPP");
+        QCOMPARE(list.packages().at(0)->objExtension(), ".o");
+        QCOMPARE(list.packages().at(1)->name(), "Good");
+
+        // The scan's handler was installed for the scan only.
+        QCOMPARE(QARes::errorHandler(), &outer);
+        QCOMPARE(outer.texts(), QStringList());
+    }
+    // Directories as listed; inside one, package directories and ini files by name.
+    void scanOrder()
+    {
+        RecordingStudio studio;
+        QTemporaryDir first, second;
+        addPackage(first.path(), "zeta", "Z", "C");
+        addPackage(first.path(), "alpha", "A2", "C", "second.ini");
+        addPackage(first.path(), "alpha", "A1", "C");
+        addPackage(second.path(), "beta", "B", "C");
+
+        QAStTargetPackageList list({second.path(), first.path()});
+        QCOMPARE(namesOf(list), (QStringList{"B", "A1", "A2", "Z"}));
+        QCOMPARE(list.packages().at(2)->iniName(), "second.ini");
+        QCOMPARE(list.packages().at(2)->directory(), first.filePath("alpha"));
+
+        QVERIFY(list.scan({second.path()}));  // a further scan appends
+        QCOMPARE(namesOf(list), (QStringList{"B", "A1", "A2", "Z", "B"}));
+    }
+
+    void targetPackageByPath()
+    {
+        RecordingStudio studio;
+        QTemporaryDir tmp;
+        addPackage(tmp.path(), "gcc-c", "GNU C", "C");
+        addPackage(tmp.path(), "gcc-cpp", "GNU C++", "CPP");
+        const QAStTargetPackageList list({tmp.path()});
+        const QString cpp = tmp.filePath("gcc-cpp");
+
+        QCOMPARE(dirName(list.targetPackage(cpp)), "gcc-cpp");
+        QCOMPARE(dirName(list.targetPackage(tmp.path() + "/./gcc-c/../gcc-cpp/")), "gcc-cpp");
+        QCOMPARE(dirName(list.targetPackage(QDir::current().relativeFilePath(cpp))), "gcc-cpp");
+        QVERIFY(!list.targetPackage(tmp.filePath("gcc")));
+        QVERIFY(!list.targetPackage(tmp.path()));
+        QVERIFY(!list.targetPackage(QString()));
+    }
+
+    void findByName_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("language");  // empty: find, else findAssociated
+        QTest::addColumn<QString>("found");     // directory name; empty: none
+        QTest::newRow("by NAME") << "GNU C++" << "" << "gcc-cpp";
+        QTest::newRow("by directory") << "gcc-c" << "" << "gcc-c";
+        QTest::newRow("NAME before directory") << "clang-cpp" << "" << "old-cpp";
+        QTest::newRow("unknown") << "GNU Ada" << "" << "";
+        QTest::newRow("C++ to C") << "GNU C++" << "C" << "gcc-c";
+        QTest::newRow("C to C++ by directory") << "gcc-c" << "CPP" << "gcc-cpp";
+        QTest::newRow("language as users write it") << "gcc-c" << "c++" << "gcc-cpp";
+        QTest::newRow("same language: itself") << "gcc-cpp" << "cpp" << "gcc-cpp";
+        QTest::newRow("no sibling") << "Clang C++" << "C" << "";
+        QTest::newRow("gcc_12 is not gcc") << "GNU C 12" << "CPP" << "";
+        QTest::newRow("associated to nothing") << "GNU Ada" << "C" << "";
+    }
+    void findByName()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, language);
+        QFETCH(QString, found);
+        RecordingStudio studio;
+        QTemporaryDir tmp;
+        // gcc-c and gcc-cpp are one family; clang-cpp has no C sibling; the
+        // NAME of old-cpp is the directory name of another package.
+        addPackage(tmp.path(), "clang-cpp", "Clang C++", "CPP");
+        addPackage(tmp.path(), "gcc-c", "GNU C", "C");
+        addPackage(tmp.path(), "gcc-cpp", "GNU C++", "C++");
+        addPackage(tmp.path(), "gcc_12-c", "GNU C 12", "C");
+        addPackage(tmp.path(), "old-cpp", "clang-cpp", "CPP");
+        const QAStTargetPackageList list({tmp.path()});
+        QCOMPARE(dirName(language.isEmpty() ? list.find(name) : list.findAssociated(name, language)), found);
+    }
+
+    void installedListFromPreferences()
+    {
+        RecordingStudio studio;
+        QTemporaryDir tmp;
+        addPackage(tmp.path(), "gcc-c", "GNU C", "C");
+        addPackage(tmp.path(), "gcc-cpp", "GNU C++", "CPP");
+        QAStData::preferences()->setUseDefaultTdpDir(false);
+        QAStData::preferences()->setTdpDirList({tmp.path()});
+
+        QAStTargetPackageList* installed = QAStTargetPackageList::installTargetPackages();
+        QCOMPARE(namesOf(*installed), (QStringList{"GNU C", "GNU C++"}));
+        QCOMPARE(QAStTargetPackageList::installTargetPackages(), installed);
+        QVERIFY(Package::initialize());  // built already
+        QCOMPARE(dirName(QAStTargetPackageList::search("GNU C++")), "gcc-cpp");
+        QCOMPARE(dirName(QAStTargetPackageList::searchAssociated("gcc-cpp", "C")), "gcc-c");
+        QCOMPARE(studio.messages(QAStData::MessageConsole), QStringList());
+        QVERIFY(studio.requests().isEmpty());
+
+        // Released, the list is built again from the directories as they are now.
+        addPackage(tmp.path(), "gcc-ada", "GNU Ada", "ADA");
+        Package::terminate();
+        QCOMPARE(QAStTargetPackageList::installTargetPackages()->count(), 3);
+        QCOMPARE(dirName(QAStTargetPackageList::searchAssociated("GNU C", "Ada95")), "gcc-ada");
+    }
+
+    void noPackageWarns()
+    {
+        const QString warning = "Unable to find any Target Deployment port for your\nKorvil installation.\n"
+                                "Please check your Project's Preferences > TDP Directories";
+        RecordingStudio studio;
+        RecordingLog monitor;
+        QTemporaryDir tmp;
+        const QString missing = tmp.filePath("missing");
+        QAStData::preferences()->setUseDefaultTdpDir(false);
+        QAStData::preferences()->setTdpDirList({missing});
+
+        QVERIFY(!Package::initialize(&monitor));
+        const QStringList expected{notReadable(missing),
+                                   "Error when initializing Target Package List, see the reason above"};
+        QCOMPARE(studio.messages(QAStData::MessageConsole), expected);
+        QCOMPARE(monitor.messages, expected);
+        QCOMPARE(studio.requestTexts(RecordingStudio::Request::Warning), QStringList{warning});
+        QVERIFY(QAStTargetPackageList::installTargetPackages()->isEmpty());
+        QVERIFY(!QAStTargetPackageList::search("GNU C"));
+
+        // Directories read without fault but holding no package: the box alone.
+        studio.reset();
+        Package::terminate();
+        QVERIFY(QDir().mkpath(tmp.filePath("tdp/bare")));
+        QAStData::preferences()->setTdpDirList({tmp.filePath("tdp")});
+        QVERIFY(!Package::initialize());
+        QCOMPARE(studio.messages(QAStData::MessageConsole), QStringList());
+        QCOMPARE(studio.requestTexts(RecordingStudio::Request::Warning), QStringList{warning});
+    }
+
+    void shippedPackagesLoad()
+    {
+        RecordingStudio studio;
+        const QAStTargetPackageList list({shippedTargets()});
+        QCOMPARE(studio.messages(QAStData::MessageConsole), QStringList());
+
+        const Package* c = list.targetPackage(shippedTargets() + "/gcc-c");
+        const Package* cpp = list.targetPackage(shippedTargets() + "/gcc-cpp");
+        QVERIFY(c && cpp);
+        QCOMPARE(c->languageType(), int(Package::LanguageC));
+        QCOMPARE(cpp->languageType(), int(Package::LanguageCpp));
+        QCOMPARE(c->srcExtension(), ".c");
+        QCOMPARE(cpp->srcExtension(), ".cpp");
+        QCOMPARE(list.findAssociated(c->name(), "CPP"), cpp);
+        QCOMPARE(list.findAssociated(cpp->name(), "C"), c);
+        for (const Package* package : {c, cpp}) {
+            QCOMPARE(package->iniName(), dirName(package) + ".ini");
+            QVERIFY(!package->name().isEmpty());
+            QCOMPARE((QStringList{package->objExtension(), package->libExtension(), package->dllExtension(),
+                                  package->exeExtension()}), (QStringList{".o", ".a", ".so", ""}));
+            QVERIFY(!package->includePaths().isEmpty() && !package->libraryPaths().isEmpty());
+            for (const QString& path : package->includePaths() + package->libraryPaths())
+                QVERIFY2(QFileInfo(path).isDir(), qPrintable(path));
+        }
+    }
+
+    void shippedPackagesBuild_data()
+    {
+        QTest::addColumn<QString>("directory");
+        QTest::addColumn<QString>("compilerKey");
+        QTest::addColumn<QByteArray>("source");
+        QTest::newRow("gcc-c") << "gcc-c" << "CC" << QByteArray("#include <math.h>\n#include <stdio.h>\n"
+                                             "int main(void) { printf(\"%d\\n\", (int)sqrt(49.0)); return 0; }\n");
+        QTest::newRow("gcc-cpp") << "gcc-cpp" << "CXX" << QByteArray("#include <cmath>\n#include <iostream>\n"
+                                               "int main() { std::cout << int(std::sqrt(49.0)) << '\\n'; }\n");
+    }
+    // A program built with nothing but what the package says runs.
+    void shippedPackagesBuild()
+    {
+        QFETCH(QString, directory);
+        QFETCH(QString, compilerKey);
+        QFETCH(QByteArray, source);
+        const QString packageDir = shippedTargets() + '/' + directory;
+        const std::unique_ptr<QARes> ini(QARes::read(packageDir + '/' + directory + ".ini"));
+        QVERIFY(ini);
+        Package package;
+        QVERIFY(package.read(ini.get(), packageDir, directory + ".ini"));
+        const QString compiler = ini->find(compilerKey)->toText();
+        const QString linker = ini->find("LD")->toText();
+        if (QStandardPaths::findExecutable(compiler).isEmpty() || QStandardPaths::findExecutable(linker).isEmpty())
+            QSKIP("the package's tools are not installed");
+
+        QTemporaryDir tmp;
+        const QString src = tmp.filePath("hello" + package.srcExtension());
+        const QString obj = tmp.filePath("hello" + package.objExtension());
+        const QString exe = tmp.filePath("hello" + package.exeExtension());
+        writeFile(src, source);
+        QStringList compile = QProcess::splitCommand(package.cppFlags() + ' ' + package.cFlags());
+        for (const QString& path : package.includePaths())
+            compile << "-I" + path;
+        compile << "-c" << src << "-o" << obj;
+        QStringList link = QProcess::splitCommand(package.ldFlags());
+        for (const QString& path : package.libraryPaths())
+            link << "-L" + path;
+        link << obj << "-o" << exe << QProcess::splitCommand(package.libs());
+
+        for (const auto& [program, arguments] : {std::pair{compiler, compile}, std::pair{linker, link}}) {
+            QProcess step;
+            step.start(program, arguments);
+            QVERIFY(step.waitForFinished(-1));
+            QVERIFY2(step.exitCode() == 0, step.readAllStandardError().constData());
+        }
+        QProcess run;
+        run.start(exe, {});
+        QVERIFY(run.waitForFinished(-1));
+        QCOMPARE(run.readAllStandardOutput(), QByteArray("7\n"));
+    }
 };
-
-// The process-wide list and the preferences go back to their defaults.
-void TestTargetPackages::cleanup()
-{
-    Package::terminate();
-    QAStData::preferences()->resetToDefaults();
-}
-
-void TestTargetPackages::readsEveryKey()
-{
-    RecordingHandler handler;
-    const std::unique_ptr<QARes> res(QARes::read(TestPaths::data("targets/full/full.ini")));
-    QVERIFY(res);
-    Package package;
-    QVERIFY(package.read(res.get(), TestPaths::data("targets/./full/"), "full.ini"));
-    QCOMPARE(handler.errors, QStringList());
-
-    QCOMPARE(package.name(), "Cross C++ for ARM");
-    QCOMPARE(package.language(), "cpp");
-    QCOMPARE(package.languageType(), int(Package::LanguageCpp));
-    const QStringList extensions{package.objExtension(), package.libExtension(), package.dllExtension(),
-                                 package.srcExtension(), package.exeExtension()};
-    QCOMPARE(extensions, (QStringList{".obj", ".lib", ".dll", ".cxx", ".elf"}));
-    const QStringList flags{package.cppFlags(), package.cFlags(), package.ldFlags(), package.libs(),
-                            package.defines()};
-    QCOMPARE(flags, (QStringList{"-E -P", "-g -O0 -mcpu=cortex-m4", "-Wl,--gc-sections", "-lc -lm",
-                                 "-DTARGET=ARM -DNDEBUG"}));
-    QCOMPARE(package.includePaths(), (QStringList{"/opt/arm/include", "$ZELTAHOME/targets/arm/lib"}));
-    QCOMPARE(package.libraryPaths(), QStringList{"/opt/arm/lib"});
-    QCOMPARE(package.bootClassPath(), QStringList{"/opt/arm/java/classes.zip"});
-    QVERIFY(package.j2meRestriction());
-    const QList<int> modes{package.featureMode(Package::CodeCoverage), package.featureMode(Package::RuntimeTracing),
-                           package.featureMode(Package::MemoryProfiling),
-                           package.featureMode(Package::PerformanceProfiling)};
-    QCOMPARE(modes, (QList<int>{1, 0, 0, 1}));
-    QCOMPARE(package.directory(), TestPaths::data("targets/full"));
-    QCOMPARE(package.iniName(), "full.ini");
-
-    // Only the DEFAULT_ keys outside the table stay, each with its type.
-    QCOMPARE(package.defaultValues().keys(),
-             (QStringList{"DEFAULT_OPTIMISATION", "DEFAULT_STACK_SIZE", "DEFAULT_THUMB", "DEFAULT_WARNINGS"}));
-    QCOMPARE(package.defaultValue("DEFAULT_OPTIMISATION"), QVariant("-O2"));
-    QCOMPARE(package.defaultValue("DEFAULT_STACK_SIZE"), QVariant(qlonglong(4096)));
-    QCOMPARE(package.defaultValue("DEFAULT_THUMB"), QVariant(true));
-    QCOMPARE(package.defaultValue("DEFAULT_WARNINGS"), QVariant(QStringList{"-Wall", "-Wextra"}));
-}
-
-void TestTargetPackages::readAgainStartsFromDefaults()
-{
-    Package package;
-    QVERIFY(readText(package, "NAME = first\nDEFAULT_INCLUDE_PATHS = ( /a )\nATC_MODE = 0\n"
-                              "J2ME_RESTRICTION = true\nDEFAULT_X = 1\n"));
-    QVERIFY(readText(package, QString()));
-    QVERIFY(package.name().isEmpty());
-    QVERIFY(package.includePaths().isEmpty());
-    QVERIFY(!package.j2meRestriction());
-    QVERIFY(package.defaultValues().isEmpty());
-    for (const char* mode : {"ATC_MODE", "ATT_MODE", "ATP_MODE", "ATQ_MODE"})
-        QCOMPARE(held(package, mode), QVariant(1));
-    QCOMPARE(package.languageType(), int(Package::LanguageC));
-    QCOMPARE(package.directory(), "/tdp/pkg");
-}
-
-void TestTargetPackages::valueForms_data()
-{
-    QTest::addColumn<QString>("entry");
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<QVariant>("value");
-    QTest::newRow("J2ME word true") << "J2ME_RESTRICTION = true" << "J2ME_RESTRICTION" << QVariant(true);
-    QTest::newRow("J2ME quoted true") << "J2ME_RESTRICTION = \"true\"" << "J2ME_RESTRICTION" << QVariant(true);
-    QTest::newRow("J2ME upper case") << "J2ME_RESTRICTION = TRUE" << "J2ME_RESTRICTION" << QVariant(false);
-    QTest::newRow("J2ME yes") << "J2ME_RESTRICTION = yes" << "J2ME_RESTRICTION" << QVariant(false);
-    QTest::newRow("mode 0") << "ATT_MODE = 0" << "ATT_MODE" << QVariant(0);
-    QTest::newRow("mode false") << "ATC_MODE = false" << "ATC_MODE" << QVariant(0);
-    QTest::newRow("mode quoted 0") << "ATP_MODE = \"0\"" << "ATP_MODE" << QVariant(0);
-    QTest::newRow("mode true") << "ATQ_MODE = true" << "ATQ_MODE" << QVariant(1);
-    QTest::newRow("one mode leaves the others") << "ATT_MODE = 0" << "ATQ_MODE" << QVariant(1);
-    QTest::newRow("word for a string") << "SRCEXT = .c" << "SRCEXT" << QVariant(".c");
-    QTest::newRow("integer for a string") << "DEFAULT_CFLAGS = 3" << "DEFAULT_CFLAGS" << QVariant("3");
-    QTest::newRow("string as a list") << "DEFAULT_INCLUDE_PATHS = \"/my include\"" << "DEFAULT_INCLUDE_PATHS"
-                                      << QVariant(QStringList{"/my include"});
-    QTest::newRow("word as a list") << "DEFAULT_LIBRARY_PATHS = /usr/lib" << "DEFAULT_LIBRARY_PATHS"
-                                    << QVariant(QStringList{"/usr/lib"});
-    QTest::newRow("empty string as a list") << "DEFAULT_INCLUDE_PATHS = \"\"" << "DEFAULT_INCLUDE_PATHS"
-                                            << QVariant(QStringList());
-    QTest::newRow("list of scalars") << "DEFAULT_INCLUDE_PATHS = ( /a, 2, true, )" << "DEFAULT_INCLUDE_PATHS"
-                                     << QVariant(QStringList{"/a", "2", "true"});
-    QTest::newRow("first entry counts") << "SRCEXT = .c\nSRCEXT = .cc" << "SRCEXT" << QVariant(".c");
-    QTest::newRow("first further default counts") << "DEFAULT_X = a\nDEFAULT_X = b" << "DEFAULT_X" << QVariant("a");
-    QTest::newRow("not a further default") << "DEFAULTS_X = a" << "DEFAULTS_X" << QVariant();
-}
-
-void TestTargetPackages::valueForms()
-{
-    QFETCH(QString, entry);
-    QFETCH(QString, key);
-    QFETCH(QVariant, value);
-    RecordingHandler handler;
-    Package package;
-    QVERIFY(readText(package, entry));
-    QCOMPARE(held(package, key), value);
-    QCOMPARE(handler.errors, QStringList());
-}
-
-void TestTargetPackages::wrongValueTypes_data()
-{
-    QTest::addColumn<QString>("entry");  // on line 3
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<QVariant>("kept");
-    QTest::newRow("group for a string") << "SRCEXT = { ext = .c }" << "SRCEXT" << QVariant(QString());
-    QTest::newRow("list for a string") << "DEFAULT_CFLAGS = ( -g )" << "DEFAULT_CFLAGS" << QVariant(QString());
-    QTest::newRow("group for a list") << "DEFAULT_INCLUDE_PATHS = { p = /usr }" << "DEFAULT_INCLUDE_PATHS"
-                                      << QVariant(QStringList());
-    QTest::newRow("list in a list") << "DEFAULT_LIBRARY_PATHS = ( /usr/lib, ( /lib ) )"
-                                    << "DEFAULT_LIBRARY_PATHS" << QVariant(QStringList());
-    QTest::newRow("group for J2ME") << "J2ME_RESTRICTION = { }" << "J2ME_RESTRICTION" << QVariant(false);
-    QTest::newRow("mode out of range") << "ATP_MODE = 2" << "ATP_MODE" << QVariant(1);
-    QTest::newRow("mode as a word") << "ATQ_MODE = off" << "ATQ_MODE" << QVariant(1);
-    QTest::newRow("group for a further default") << "DEFAULT_EXTRA = { a = 1 }" << "DEFAULT_EXTRA" << QVariant();
-}
-
-// Reported with file and line through the installed handler; the key keeps
-// its default and the keys around it are read.
-void TestTargetPackages::wrongValueTypes()
-{
-    QFETCH(QString, entry);
-    QFETCH(QString, key);
-    QFETCH(QVariant, kept);
-    RecordingHandler handler;
-    Package package;
-    QVERIFY(!readText(package, QStringLiteral("NAME = before\nLANGUAGE = C\n%1\nOBJEXT = .o\n").arg(entry)));
-    QCOMPARE(handler.errors.size(), 1);
-    QVERIFY2(handler.errors.first().startsWith("pkg.ini:3: "), qPrintable(handler.errors.first()));
-    QVERIFY(handler.errors.first().contains(key));
-    QCOMPARE(held(package, key), kept);
-    QCOMPARE(package.name(), "before");
-    QCOMPARE(package.objExtension(), ".o");
-}
-
-void TestTargetPackages::languageType_data()
-{
-    QTest::addColumn<QString>("language");
-    QTest::addColumn<int>("bit");
-    const QList<std::pair<const char*, int>> table{
-        {"C", 1}, {"c", 1}, {"CPP", 2}, {"cpp", 2}, {"C++", 2}, {"ADA", 4}, {"Ada83", 4}, {"ada95", 4},
-        {"JAVA", 8}, {"java", 8}, {"", 1}, {"Fortran", 1}, {"ADA2012", 1}, {" CPP", 1}};
-    for (const auto& [language, bit] : table)
-        QTest::newRow(*language ? language : "none") << QString(language) << bit;
-}
-
-void TestTargetPackages::languageType()
-{
-    QFETCH(QString, language);
-    QFETCH(int, bit);
-    QCOMPARE(Package::languageTypeOf(language), bit);
-    Package package;
-    QVERIFY(readText(package, QStringLiteral("LANGUAGE = \"%1\"").arg(language)));
-    QCOMPARE(package.languageType(), bit);
-}
-
-// Reported to the console and the monitor, logged, and passed over.
-void TestTargetPackages::missingDirectory()
-{
-    RecordingStudio studio;
-    RecordingMonitor monitor;
-    QTemporaryDir tmp;
-    const QString missing = tmp.filePath("missing");
-    const QString plainFile = tmp.filePath("file.txt");
-    writeFile(plainFile, "not a directory");
-    addPackage(tmp.filePath("good"), "gcc-c", "GNU C", "C");
-
-    QLoggingCategory::setFilterRules("sdk110.targetpackage.debug=true");
-    QTest::ignoreMessage(QtDebugMsg, qPrintable(missing + " directory doesn't exists"));
-    QTest::ignoreMessage(QtDebugMsg, qPrintable(plainFile + " directory doesn't exists"));
-    QTest::ignoreMessage(QtDebugMsg, qPrintable("scan " + tmp.filePath("good/gcc-c")));
-    QAStTargetPackageList list;
-    const bool clean = list.scan({missing, plainFile, tmp.filePath("good")}, &monitor);
-    QLoggingCategory::setFilterRules("sdk110.targetpackage.debug=false");
-
-    QVERIFY(!clean);
-    const QStringList expected{notReadable(missing), notReadable(plainFile)};
-    QCOMPARE(studio.messages(QAStData::MessageConsole), expected);
-    QCOMPARE(monitor.messages, expected);
-    QCOMPARE(namesOf(list), QStringList{"GNU C"});
-}
-
-void TestTargetPackages::unreadableDirectory()
-{
-    if (::geteuid() == 0)
-        QSKIP("root reads any directory");
-    RecordingStudio studio;
-    QTemporaryDir tmp;
-    const QString locked = tmp.filePath("locked");
-    addPackage(locked, "gcc-c", "GNU C", "C");
-    QVERIFY(QFile::setPermissions(locked, QFileDevice::Permissions()));
-    QAStTargetPackageList list;
-    const bool clean = list.scan({locked});
-    QFile::setPermissions(locked, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
-    QVERIFY(!clean);
-    QCOMPARE(studio.messages(QAStData::MessageConsole), QStringList{notReadable(locked)});
-    QVERIFY(list.isEmpty());
-}
-
-void TestTargetPackages::emptyDirectory()
-{
-    RecordingStudio studio;
-    RecordingMonitor monitor;
-    QTemporaryDir tmp;
-    QAStTargetPackageList list;
-    QVERIFY(!list.scan({tmp.path()}, &monitor));
-    const QStringList expected{QStringLiteral("The Target Package %1 directory is empty").arg(tmp.path())};
-    QCOMPARE(studio.messages(QAStData::MessageConsole), expected);
-    QCOMPARE(monitor.messages, expected);
-    QVERIFY(list.isEmpty());
-}
-
-void TestTargetPackages::directoryWithoutIniSaysNothing()
-{
-    RecordingStudio studio;
-    QTemporaryDir tmp;
-    writeFile(tmp.filePath("docs/readme.txt"), "no package here");
-    QVERIFY(QDir().mkpath(tmp.filePath("bare")));
-    writeFile(tmp.filePath("loose.ini"), "NAME = loose");  // not inside a package directory
-    writeFile(tmp.filePath("old/old.ini.bak"), "NAME = backup");
-    QVERIFY(QDir().mkpath(tmp.filePath("odd/dir.ini")));  // a directory, not a file
-    addPackage(tmp.path(), "gcc-c", "GNU C", "C");
-
-    QAStTargetPackageList list;
-    QVERIFY(list.scan({tmp.path()}));
-    QCOMPARE(studio.messages(QAStData::MessageConsole), QStringList());
-    QCOMPARE(namesOf(list), QStringList{"GNU C"});
-}
-
-void TestTargetPackages::iniWithErrors()
-{
-    RecordingStudio studio;
-    RecordingMonitor monitor;
-    RecordingHandler outer;
-    QTemporaryDir tmp;
-    const QString broken = tmp.filePath("a-broken/a-broken.ini");
-    writeFile(broken, "LANGUAGE = CPP\nNAME \"no equals\"\nSRCEXT = { }\nOBJEXT = .o\n");
-    addPackage(tmp.path(), "b-good", "Good", "C");
-
-    QAStTargetPackageList list;
-    QVERIFY(!list.scan({tmp.path()}, &monitor));
-
-    // Reader faults and wrong types alike, naming file and line.
-    const QStringList shown = studio.messages(QAStData::MessageConsole);
-    QCOMPARE(shown.size(), 2);
-    QVERIFY2(shown.at(0).startsWith(broken + ":2: "), qPrintable(shown.at(0)));
-    QVERIFY2(shown.at(1).startsWith(broken + ":3: ") && shown.at(1).contains("SRCEXT"), qPrintable(shown.at(1)));
-    QCOMPARE(monitor.messages, shown);
-
-    // The faulty package keeps what could be read; the scan went on.
-    QCOMPARE(list.count(), 2);
-    QCOMPARE(list.packages().at(0)->language(), "CPP");
-    QCOMPARE(list.packages().at(0)->objExtension(), ".o");
-    QCOMPARE(list.packages().at(1)->name(), "Good");
-
-    // The scan's handler was installed for the scan only.
-    QCOMPARE(QARes::errorHandler(), &outer);
-    QCOMPARE(outer.errors, QStringList());
-}
-
-// Directories as listed; inside one, package directories and ini files by name.
-void TestTargetPackages::scanOrder()
-{
-    RecordingStudio studio;
-    QTemporaryDir first, second;
-    addPackage(first.path(), "zeta", "Z", "C");
-    addPackage(first.path(), "alpha", "A2", "C", "second.ini");
-    addPackage(first.path(), "alpha", "A1", "C");
-    addPackage(second.path(), "beta", "B", "C");
-
-    QAStTargetPackageList list({second.path(), first.path()});
-    QCOMPARE(namesOf(list), (QStringList{"B", "A1", "A2", "Z"}));
-    QCOMPARE(list.packages().at(2)->iniName(), "second.ini");
-    QCOMPARE(list.packages().at(2)->directory(), first.filePath("alpha"));
-
-    QVERIFY(list.scan({second.path()}));  // a further scan appends
-    QCOMPARE(namesOf(list), (QStringList{"B", "A1", "A2", "Z", "B"}));
-}
-
-void TestTargetPackages::targetPackageByPath()
-{
-    RecordingStudio studio;
-    QTemporaryDir tmp;
-    addPackage(tmp.path(), "gcc-c", "GNU C", "C");
-    addPackage(tmp.path(), "gcc-cpp", "GNU C++", "CPP");
-    const QAStTargetPackageList list({tmp.path()});
-    const QString cpp = tmp.filePath("gcc-cpp");
-
-    QCOMPARE(dirName(list.targetPackage(cpp)), "gcc-cpp");
-    QCOMPARE(dirName(list.targetPackage(tmp.path() + "/./gcc-c/../gcc-cpp/")), "gcc-cpp");
-    QCOMPARE(dirName(list.targetPackage(QDir::current().relativeFilePath(cpp))), "gcc-cpp");
-    QVERIFY(!list.targetPackage(tmp.filePath("gcc")));
-    QVERIFY(!list.targetPackage(tmp.path()));
-    QVERIFY(!list.targetPackage(QString()));
-}
-
-void TestTargetPackages::findByName_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("language");  // empty: find, else findAssociated
-    QTest::addColumn<QString>("found");     // directory name; empty: none
-    QTest::newRow("by NAME") << "GNU C++" << "" << "gcc-cpp";
-    QTest::newRow("by directory") << "gcc-c" << "" << "gcc-c";
-    QTest::newRow("NAME before directory") << "clang-cpp" << "" << "old-cpp";
-    QTest::newRow("unknown") << "GNU Ada" << "" << "";
-    QTest::newRow("C++ to C") << "GNU C++" << "C" << "gcc-c";
-    QTest::newRow("C to C++ by directory") << "gcc-c" << "CPP" << "gcc-cpp";
-    QTest::newRow("language as users write it") << "gcc-c" << "c++" << "gcc-cpp";
-    QTest::newRow("same language: itself") << "gcc-cpp" << "cpp" << "gcc-cpp";
-    QTest::newRow("no sibling") << "Clang C++" << "C" << "";
-    QTest::newRow("gcc_12 is not gcc") << "GNU C 12" << "CPP" << "";
-    QTest::newRow("associated to nothing") << "GNU Ada" << "C" << "";
-}
-
-void TestTargetPackages::findByName()
-{
-    QFETCH(QString, name);
-    QFETCH(QString, language);
-    QFETCH(QString, found);
-    RecordingStudio studio;
-    QTemporaryDir tmp;
-    // gcc-c and gcc-cpp are one family; clang-cpp has no C sibling; the
-    // NAME of old-cpp is the directory name of another package.
-    addPackage(tmp.path(), "clang-cpp", "Clang C++", "CPP");
-    addPackage(tmp.path(), "gcc-c", "GNU C", "C");
-    addPackage(tmp.path(), "gcc-cpp", "GNU C++", "C++");
-    addPackage(tmp.path(), "gcc_12-c", "GNU C 12", "C");
-    addPackage(tmp.path(), "old-cpp", "clang-cpp", "CPP");
-    const QAStTargetPackageList list({tmp.path()});
-    QCOMPARE(dirName(language.isEmpty() ? list.find(name) : list.findAssociated(name, language)), found);
-}
-
-void TestTargetPackages::installedListFromPreferences()
-{
-    RecordingStudio studio;
-    QTemporaryDir tmp;
-    addPackage(tmp.path(), "gcc-c", "GNU C", "C");
-    addPackage(tmp.path(), "gcc-cpp", "GNU C++", "CPP");
-    QAStData::preferences()->setUseDefaultTdpDir(false);
-    QAStData::preferences()->setTdpDirList({tmp.path()});
-
-    QAStTargetPackageList* installed = QAStTargetPackageList::installTargetPackages();
-    QCOMPARE(namesOf(*installed), (QStringList{"GNU C", "GNU C++"}));
-    QCOMPARE(QAStTargetPackageList::installTargetPackages(), installed);
-    QVERIFY(Package::initialize());  // built already
-    QCOMPARE(dirName(QAStTargetPackageList::search("GNU C++")), "gcc-cpp");
-    QCOMPARE(dirName(QAStTargetPackageList::searchAssociated("gcc-cpp", "C")), "gcc-c");
-    QCOMPARE(studio.messages(QAStData::MessageConsole), QStringList());
-    QVERIFY(studio.requests().isEmpty());
-
-    // Released, the list is built again from the directories as they are now.
-    addPackage(tmp.path(), "gcc-ada", "GNU Ada", "ADA");
-    Package::terminate();
-    QCOMPARE(QAStTargetPackageList::installTargetPackages()->count(), 3);
-    QCOMPARE(dirName(QAStTargetPackageList::searchAssociated("GNU C", "Ada95")), "gcc-ada");
-}
-
-void TestTargetPackages::noPackageWarns()
-{
-    const QString warning = "Unable to find any Target Deployment port for your\nKorvil installation.\n"
-                            "Please check your Project's Preferences > TDP Directories";
-    RecordingStudio studio;
-    RecordingMonitor monitor;
-    QTemporaryDir tmp;
-    const QString missing = tmp.filePath("missing");
-    QAStData::preferences()->setUseDefaultTdpDir(false);
-    QAStData::preferences()->setTdpDirList({missing});
-
-    QVERIFY(!Package::initialize(&monitor));
-    const QStringList expected{notReadable(missing),
-                               "Error when initializing Target Package List, see the reason above"};
-    QCOMPARE(studio.messages(QAStData::MessageConsole), expected);
-    QCOMPARE(monitor.messages, expected);
-    QCOMPARE(studio.requestTexts(RecordingStudio::Request::Warning), QStringList{warning});
-    QVERIFY(QAStTargetPackageList::installTargetPackages()->isEmpty());
-    QVERIFY(!QAStTargetPackageList::search("GNU C"));
-
-    // Directories read without fault but holding no package: the box alone.
-    studio.reset();
-    Package::terminate();
-    QVERIFY(QDir().mkpath(tmp.filePath("tdp/bare")));
-    QAStData::preferences()->setTdpDirList({tmp.filePath("tdp")});
-    QVERIFY(!Package::initialize());
-    QCOMPARE(studio.messages(QAStData::MessageConsole), QStringList());
-    QCOMPARE(studio.requestTexts(RecordingStudio::Request::Warning), QStringList{warning});
-}
-
-void TestTargetPackages::shippedPackagesLoad()
-{
-    RecordingStudio studio;
-    const QAStTargetPackageList list({shippedTargets()});
-    QCOMPARE(studio.messages(QAStData::MessageConsole), QStringList());
-
-    const Package* c = list.targetPackage(shippedTargets() + "/gcc-c");
-    const Package* cpp = list.targetPackage(shippedTargets() + "/gcc-cpp");
-    QVERIFY(c && cpp);
-    QCOMPARE(c->languageType(), int(Package::LanguageC));
-    QCOMPARE(cpp->languageType(), int(Package::LanguageCpp));
-    QCOMPARE(c->srcExtension(), ".c");
-    QCOMPARE(cpp->srcExtension(), ".cpp");
-    QCOMPARE(list.findAssociated(c->name(), "CPP"), cpp);
-    QCOMPARE(list.findAssociated(cpp->name(), "C"), c);
-    for (const Package* package : {c, cpp}) {
-        QCOMPARE(package->iniName(), dirName(package) + ".ini");
-        QVERIFY(!package->name().isEmpty());
-        QCOMPARE((QStringList{package->objExtension(), package->libExtension(), package->dllExtension(),
-                              package->exeExtension()}),
-                 (QStringList{".o", ".a", ".so", ""}));
-        QVERIFY(!package->includePaths().isEmpty() && !package->libraryPaths().isEmpty());
-        for (const QString& path : package->includePaths() + package->libraryPaths())
-            QVERIFY2(QFileInfo(path).isDir(), qPrintable(path));
-    }
-}
-
-void TestTargetPackages::shippedPackagesBuild_data()
-{
-    QTest::addColumn<QString>("directory");
-    QTest::addColumn<QString>("compilerKey");
-    QTest::addColumn<QByteArray>("source");
-    QTest::newRow("gcc-c") << "gcc-c" << "CC"
-                           << QByteArray("#include <math.h>\n#include <stdio.h>\n"
-                                         "int main(void) { printf(\"%d\\n\", (int)sqrt(49.0)); return 0; }\n");
-    QTest::newRow("gcc-cpp") << "gcc-cpp" << "CXX"
-                             << QByteArray("#include <cmath>\n#include <iostream>\n"
-                                           "int main() { std::cout << int(std::sqrt(49.0)) << '\\n'; }\n");
-}
-
-// A program built with nothing but what the package says runs.
-void TestTargetPackages::shippedPackagesBuild()
-{
-    QFETCH(QString, directory);
-    QFETCH(QString, compilerKey);
-    QFETCH(QByteArray, source);
-    const QString packageDir = shippedTargets() + '/' + directory;
-    const std::unique_ptr<QARes> ini(QARes::read(packageDir + '/' + directory + ".ini"));
-    QVERIFY(ini);
-    Package package;
-    QVERIFY(package.read(ini.get(), packageDir, directory + ".ini"));
-    const QString compiler = ini->find(compilerKey)->toText();
-    const QString linker = ini->find("LD")->toText();
-    if (QStandardPaths::findExecutable(compiler).isEmpty() || QStandardPaths::findExecutable(linker).isEmpty())
-        QSKIP("the package's tools are not installed");
-
-    QTemporaryDir tmp;
-    const QString src = tmp.filePath("hello" + package.srcExtension());
-    const QString obj = tmp.filePath("hello" + package.objExtension());
-    const QString exe = tmp.filePath("hello" + package.exeExtension());
-    writeFile(src, source);
-    QStringList compile = QProcess::splitCommand(package.cppFlags() + ' ' + package.cFlags());
-    for (const QString& path : package.includePaths())
-        compile << "-I" + path;
-    compile << "-c" << src << "-o" << obj;
-    QStringList link = QProcess::splitCommand(package.ldFlags());
-    for (const QString& path : package.libraryPaths())
-        link << "-L" + path;
-    link << obj << "-o" << exe << QProcess::splitCommand(package.libs());
-
-    for (const auto& [program, arguments] : {std::pair{compiler, compile}, std::pair{linker, link}}) {
-        QProcess step;
-        step.start(program, arguments);
-        QVERIFY(step.waitForFinished(-1));
-        QVERIFY2(step.exitCode() == 0, step.readAllStandardError().constData());
-    }
-    QProcess run;
-    run.start(exe, {});
-    QVERIFY(run.waitForFinished(-1));
-    QCOMPARE(run.readAllStandardOutput(), QByteArray("7\n"));
-}
 
 QTEST_GUILESS_MAIN(TestTargetPackages)
 #include "tst_target_packages.moc"

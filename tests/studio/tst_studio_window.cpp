@@ -44,6 +44,8 @@
 #include <functional>
 #include <memory>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 // Answers the modal boxes as they come: each scripted handler takes the
@@ -94,7 +96,7 @@ public:
             QVERIFY(dialog);
             // Typed, as a user would: the dialog's own selection waits for
             // its file system model.
-            auto* edit = dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+            auto* edit = dialog->findChild<QLineEdit*>(u"fileNameEdit"_s);
             QVERIFY(edit);
             edit->setText(path);
             QMetaObject::invokeMethod(dialog, "accept");
@@ -166,13 +168,13 @@ private slots:
     void initTestCase()
     {
         m_dir = std::make_unique<QTemporaryDir>();
-        TestFiles::copyTree(TestPaths::sourceDir() + QStringLiteral("/examples/calculator"), m_dir->path());
+        TestFiles::copyTree(TestPaths::sourceDir() + u"/examples/calculator"_s, m_dir->path());
         m_boxes = std::make_unique<ModalAnswerer>();
         m_window = std::make_unique<StudioWindow>();
         QCOMPARE(QAStData::studioIFace(), static_cast<StudioInterface*>(m_window.get()));
         m_window->show();
         QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
-        QVERIFY(m_window->openProject(path(QStringLiteral("calculator.rtp"))));
+        QVERIFY(m_window->openProject(path(u"calculator.rtp"_s)));
     }
 
     void cleanup()
@@ -198,11 +200,11 @@ private slots:
         QCOMPARE(tree()->dataOf(tree()->topLevelItem(0)), m_window->project());
         QCOMPARE(childTexts(tree()->topLevelItem(0)),
                  (QStringList{"printer", "Build", "Unit tests", "System tests"}));
-        QVERIFY(row(tree(), QStringLiteral("Headers")));
-        QVERIFY(row(tree(), QStringLiteral("calc.h")));
+        QVERIFY(row(tree(), u"Headers"_s));
+        QVERIFY(row(tree(), u"calc.h"_s));
         QComboBox* chooser = m_window->configurationChooser();
         QCOMPARE(chooser->count(), 2);
-        QCOMPARE(chooser->currentText(), QStringLiteral("Debug"));
+        QCOMPARE(chooser->currentText(), u"Debug"_s);
         QVERIFY(m_window->windowTitle().startsWith(QLatin1String("calculator.rtp")));
         QVERIFY(!m_window->isModified());
     }
@@ -213,56 +215,55 @@ private slots:
     // elsewhere meanwhile, and a reset brings the inherited value back.
     void propertySheetEditsTheSelectedConfiguration()
     {
-        auto* library = qobject_cast<QAStNode*>(select(QStringLiteral("libcalc")));
+        auto* library = qobject_cast<QAStNode*>(select(u"libcalc"_s));
         QVERIFY(library);
         PropertySheet* sheet = m_window->propertySheet();
         QCOMPARE(sheet->node(), library);
         QAStConfiguration* config = library->currentConfiguration();
         QCOMPARE(sheet->configuration(), config);
-        QVERIFY(sheet->isMarkedOverridden(QStringLiteral("generationFormat")));
-        QVERIFY(sheet->rowOf(QStringLiteral("cflags")));
-        QVERIFY(!sheet->isMarkedOverridden(QStringLiteral("cflags")));
-        QVERIFY(!sheet->resetButtonOf(QStringLiteral("cflags"))->isEnabled());
+        QVERIFY(sheet->isMarkedOverridden(u"generationFormat"_s));
+        QVERIFY(sheet->rowOf(u"cflags"_s));
+        QVERIFY(!sheet->isMarkedOverridden(u"cflags"_s));
+        QVERIFY(!sheet->resetButtonOf(u"cflags"_s)->isEnabled());
 
         // Writing the project binds the descriptor to every configuration.
         QString text;
         QTextStream out(&text);
         m_window->project()->write(out, 0);
 
-        auto* editor = qobject_cast<QAPropertyTextWidget*>(sheet->editorOf(QStringLiteral("cflags")));
+        auto* editor = qobject_cast<QAPropertyTextWidget*>(sheet->editorOf(u"cflags"_s));
         QVERIFY(editor);
-        QCOMPARE(editor->lineEdit()->text(), QStringLiteral("-g -O0"));
+        QCOMPARE(editor->lineEdit()->text(), u"-g -O0"_s);
         editor->lineEdit()->setFocus();
         editor->lineEdit()->selectAll();
-        QTest::keyClicks(editor->lineEdit(), QStringLiteral("-g -O1"));
+        QTest::keyClicks(editor->lineEdit(), u"-g -O1"_s);
         QTest::keyClick(editor->lineEdit(), Qt::Key_Return);
-        QCOMPARE(config->localProperty(QStringLiteral("cflags")).toString(), QStringLiteral("-g -O1"));
-        QVERIFY(!m_window->project()->configuration(QStringLiteral("Debug"))->hasProperty(QStringLiteral("cflags")) ||
-                m_window->project()->configuration(QStringLiteral("Debug"))->localProperty(QStringLiteral("cflags")) ==
-                    QStringLiteral("-g -O0"));
-        QVERIFY(sheet->isMarkedOverridden(QStringLiteral("cflags")));
+        QCOMPARE(config->localProperty(u"cflags"_s).toString(), u"-g -O1"_s);
+        QVERIFY(!m_window->project()->configuration(u"Debug"_s)->hasProperty(u"cflags"_s) ||
+                m_window->project()->configuration(u"Debug"_s)->localProperty(u"cflags"_s) == u"-g -O0"_s);
+        QVERIFY(sheet->isMarkedOverridden(u"cflags"_s));
         QVERIFY(m_window->isModified());
 
-        QToolButton* reset = sheet->resetButtonOf(QStringLiteral("cflags"));
+        QToolButton* reset = sheet->resetButtonOf(u"cflags"_s);
         QVERIFY(reset->isEnabled());
         reset->click();
-        QVERIFY(!config->hasProperty(QStringLiteral("cflags")));
-        QVERIFY(!sheet->isMarkedOverridden(QStringLiteral("cflags")));
-        QCOMPARE(editor->lineEdit()->text(), QStringLiteral("-g -O0"));
+        QVERIFY(!config->hasProperty(u"cflags"_s));
+        QVERIFY(!sheet->isMarkedOverridden(u"cflags"_s));
+        QCOMPARE(editor->lineEdit()->text(), u"-g -O0"_s);
 
         // Another configuration: the sheet follows the chooser.
-        m_window->setCurrentConfiguration(QStringLiteral("Release"));
-        QCOMPARE(sheet->configuration(), library->configuration(QStringLiteral("Release")));
-        editor = qobject_cast<QAPropertyTextWidget*>(sheet->editorOf(QStringLiteral("cflags")));
-        QCOMPARE(editor->lineEdit()->text(), QStringLiteral("-O2"));
-        m_window->setCurrentConfiguration(QStringLiteral("Debug"));
+        m_window->setCurrentConfiguration(u"Release"_s);
+        QCOMPARE(sheet->configuration(), library->configuration(u"Release"_s));
+        editor = qobject_cast<QAPropertyTextWidget*>(sheet->editorOf(u"cflags"_s));
+        QCOMPARE(editor->lineEdit()->text(), u"-O2"_s);
+        m_window->setCurrentConfiguration(u"Debug"_s);
     }
 
     // Adding from the add menu, deleting, and both undone and redone
     // through the library's undo manager; the view follows each step.
     void addDeleteUndoRedo()
     {
-        QVERIFY(select(QStringLiteral("Build")));
+        QVERIFY(select(u"Build"_s));
         QMenu* add = m_window->addMenu();
         QVERIFY(add->isEnabled());
         QAction* library = nullptr;
@@ -275,29 +276,29 @@ private slots:
         QVERIFY(fresh && fresh->inherits("QAStNodeLibrary"));
         QCOMPARE(fresh->configurations(), (QStringList{"Debug", "Release"}));
         const QString name = fresh->name();
-        QTreeWidgetItem* build = row(tree(), QStringLiteral("Build"));
+        QTreeWidgetItem* build = row(tree(), u"Build"_s);
         QCOMPARE(childTexts(build).last(), name);
-        QVERIFY(m_window->action(QStringLiteral("undo"))->isEnabled());
+        QVERIFY(m_window->action(u"undo"_s)->isEnabled());
 
         m_window->undo();
         QVERIFY(!childTexts(build).contains(name));
-        QVERIFY(m_window->action(QStringLiteral("redo"))->isEnabled());
+        QVERIFY(m_window->action(u"redo"_s)->isEnabled());
         m_window->redo();
         QCOMPARE(childTexts(build).last(), name);
 
         QVERIFY(select(name));
         QVERIFY(m_window->deleteSelected());
         QVERIFY(!row(tree(), name));
-        QCOMPARE(m_window->selectedData()->name(), QStringLiteral("Build"));
+        QCOMPARE(m_window->selectedData()->name(), u"Build"_s);
         m_window->undo();
         QVERIFY(row(tree(), name));
         m_window->undo();
         QTRY_VERIFY(!row(tree(), name));
 
         // A row is renamed through the item, and only where it may be.
-        QAStData* headers = select(QStringLiteral("Headers"));
-        row(tree(), QStringLiteral("Headers"))->setText(0, QStringLiteral("Include files"));
-        QCOMPARE(headers->name(), QStringLiteral("Include files"));
+        QAStData* headers = select(u"Headers"_s);
+        row(tree(), u"Headers"_s)->setText(0, u"Include files"_s);
+        QCOMPARE(headers->name(), u"Include files"_s);
     }
 
     // Cut and paste move a node into a group and a file into another
@@ -305,31 +306,31 @@ private slots:
     // own subtree.
     void cutAndPasteMove()
     {
-        QAStData* system = select(QStringLiteral("System tests"));
+        QAStData* system = select(u"System tests"_s);
         QVERIFY(m_window->cutSelected());
-        QVERIFY(!row(tree(), QStringLiteral("System tests")));
-        QVERIFY(select(QStringLiteral("Build")));
+        QVERIFY(!row(tree(), u"System tests"_s));
+        QVERIFY(select(u"Build"_s));
         QAStData* pasted = m_window->pasteIntoSelected();
         QVERIFY(pasted);
-        QCOMPARE(pasted->parent()->name(), QStringLiteral("Build"));
-        QCOMPARE(row(tree(), QStringLiteral("System tests"))->parent(), row(tree(), QStringLiteral("Build")));
+        QCOMPARE(pasted->parent()->name(), u"Build"_s);
+        QCOMPARE(row(tree(), u"System tests"_s)->parent(), row(tree(), u"Build"_s));
         m_window->undo();
         m_window->undo();
-        QCOMPARE(row(tree(), QStringLiteral("System tests"))->parent(), tree()->topLevelItem(0));
+        QCOMPARE(row(tree(), u"System tests"_s)->parent(), tree()->topLevelItem(0));
         Q_UNUSED(system);
 
-        QAStData* header = select(QStringLiteral("calc.h"));
+        QAStData* header = select(u"calc.h"_s);
         QVERIFY(header->inherits("QAStFile"));
         QVERIFY(m_window->cutSelected());
         tree()->setCurrentItem(tree()->topLevelItem(1));
         QAStData* moved = m_window->pasteIntoSelected();
         QVERIFY(moved && moved->inherits("QAStFile"));
         QCOMPARE(moved->parent(), m_window->project()->rootFolder());
-        QCOMPARE(row(tree(), QStringLiteral("calc.h"))->parent(), tree()->topLevelItem(1));
+        QCOMPARE(row(tree(), u"calc.h"_s)->parent(), tree()->topLevelItem(1));
 
-        QAStData* build = m_window->project()->findNode(QStringLiteral("Build"));
-        QAStData* libcalc = m_window->project()->findNode(QStringLiteral("libcalc"));
-        QVERIFY(ProjectTree::canHold(build, m_window->project()->findNode(QStringLiteral("Unit tests"))));
+        QAStData* build = m_window->project()->findNode(u"Build"_s);
+        QAStData* libcalc = m_window->project()->findNode(u"libcalc"_s);
+        QVERIFY(ProjectTree::canHold(build, m_window->project()->findNode(u"Unit tests"_s)));
         QVERIFY(!ProjectTree::canHold(libcalc, build));
         QVERIFY(!ProjectTree::canHold(build, build));
     }
@@ -338,8 +339,8 @@ private slots:
     // console, opens the file read-only with the cursor on that line.
     void outputLineOpensTheFile()
     {
-        m_window->displayMessage(QAStData::OutputConsole, QStringLiteral("compiling\n"));
-        m_window->displayMessage(QAStData::OutputConsole, QStringLiteral("src/calc.c:12: error: expected ';'\n"));
+        m_window->displayMessage(QAStData::OutputConsole, u"compiling\n"_s);
+        m_window->displayMessage(QAStData::OutputConsole, u"src/calc.c:12: error: expected ';'\n"_s);
         QAStOutputWidget* console = m_window->console(QAStData::OutputConsole);
         QTextCursor cursor(console->document()->findBlockByNumber(console->document()->blockCount() - 1));
         while (cursor.block().text().isEmpty() && cursor.block().previous().isValid())
@@ -349,21 +350,21 @@ private slots:
         console->ensureCursorVisible();
         QTest::mouseDClick(console->viewport(), Qt::LeftButton, {}, console->cursorRect(cursor).center() + QPoint(4, 0));
 
-        QPlainTextEdit* editor = m_window->editorOf(path(QStringLiteral("src/calc.c")));
+        QPlainTextEdit* editor = m_window->editorOf(path(u"src/calc.c"_s));
         QVERIFY(editor);
         QVERIFY(editor->isReadOnly());
         QCOMPARE(m_window->editorTabs()->currentWidget(), editor);
         QCOMPARE(editor->textCursor().blockNumber(), 11);
-        QCOMPARE(editor->toPlainText(), QString::fromUtf8(TestFiles::readFile(path(QStringLiteral("src/calc.c")))));
+        QCOMPARE(editor->toPlainText(), QString::fromUtf8(TestFiles::readFile(path(u"src/calc.c"_s))));
 
         // Opening it again keeps one tab; a missing file is told in a box.
         const int tabs = m_window->editorTabs()->count();
-        m_window->editFile(path(QStringLiteral("src/calc.c")), 3);
+        m_window->editFile(path(u"src/calc.c"_s), 3);
         QCOMPARE(m_window->editorTabs()->count(), tabs);
         QCOMPARE(editor->textCursor().blockNumber(), 2);
         m_boxes->click(QMessageBox::Ok);
-        m_window->editFile(path(QStringLiteral("src/missing.c")), 1);
-        QVERIFY(m_boxes->texts().value(0).startsWith(path(QStringLiteral("src/missing.c")) + "\n\n"));
+        m_window->editFile(path(u"src/missing.c"_s), 1);
+        QVERIFY(m_boxes->texts().value(0).startsWith(path(u"src/missing.c"_s) + "\n\n"));
         QCOMPARE(m_window->editorTabs()->count(), tabs);
     }
 
@@ -372,46 +373,46 @@ private slots:
     // dialog hides the tags it refuses.
     void tagBrowserLayoutsAndFilters()
     {
-        if (QStandardPaths::findExecutable(QStringLiteral("ctags")).isEmpty())
+        if (QStandardPaths::findExecutable(u"ctags"_s).isEmpty())
             QSKIP("ctags is not installed");
         QString cancelText;
-        m_window->startProgress(QStringLiteral("probe"), QStringLiteral("Abort"), 3);
-        auto* progress = m_window->findChild<QProgressDialog*>(QStringLiteral("progress"));
+        m_window->startProgress(u"probe"_s, u"Abort"_s, 3);
+        auto* progress = m_window->findChild<QProgressDialog*>(u"progress"_s);
         QVERIFY(progress);
         const QList<QPushButton*> buttons = progress->findChildren<QPushButton*>();
         QVERIFY(!buttons.isEmpty());
-        QCOMPARE(buttons.first()->text(), QStringLiteral("Abort"));
+        QCOMPARE(buttons.first()->text(), u"Abort"_s);
         buttons.first()->click();
         QVERIFY(m_window->progressWasCanceled());
         m_window->finishProgress();
 
         QVERIFY(m_window->analyseSources());
-        QTRY_VERIFY_WITH_TIMEOUT(m_window->action(QStringLiteral("analyse"))->isEnabled(), 60000);
+        QTRY_VERIFY_WITH_TIMEOUT(m_window->action(u"analyse"_s)->isEnabled(), 60000);
         QAStObjectManager* browser = m_window->tagBrowser();
         QComboBox* layout = m_window->tagLayoutChooser();
 
         layout->setCurrentIndex(QAStObjectManager::SortByType);
         emit layout->activated(QAStObjectManager::SortByType);
         QCOMPARE(browser->sortMode(), int(QAStObjectManager::SortByType));
-        QCOMPARE(browser->topLevelItem(0)->text(0), QStringLiteral("Test Items"));
+        QCOMPARE(browser->topLevelItem(0)->text(0), u"Test Items"_s);
         const int functions = browser->topLevelItem(0)->child(1)->childCount();
         QVERIFY(functions > 4);
         QCOMPARE(m_window->project()->sortMethod(), int(QAStObjectManager::SortByType));
 
         emit layout->activated(QAStObjectManager::SortAlpha);
         QCOMPARE(browser->sortMode(), int(QAStObjectManager::SortAlpha));
-        QCOMPARE(browser->topLevelItem(0)->text(0), QStringLiteral("calc.c"));
+        QCOMPARE(browser->topLevelItem(0)->text(0), u"calc.c"_s);
         emit layout->activated(QAStObjectManager::SortByType);
 
         auto* filter = new QATagFilter;
-        filter->setFilterName(QStringLiteral("divide only"));
+        filter->setFilterName(u"divide only"_s);
         filter->setEnabled(true);
         QAFilterExprGroup* group = filter->createGroup();
-        group->addExpr(new QATagFilterExpr(QATagFilterExpr::Name, QStringLiteral("*divide*"), false));
+        group->addExpr(new QATagFilterExpr(QATagFilterExpr::Name, u"*divide*"_s, false));
         filter->addGroup(group);
         m_window->tagFilters()->addFilter(filter);
         m_boxes->then([](QWidget* dialog) { static_cast<QDialog*>(dialog)->accept(); });
-        m_window->action(QStringLiteral("filters"))->trigger();
+        m_window->action(u"filters"_s)->trigger();
         const QTreeWidgetItem* shown = browser->topLevelItem(0)->child(1);
         QCOMPARE(shown->childCount(), 2);
         QVERIFY(shown->child(0)->text(0).startsWith(QLatin1String("calc_divide")));
@@ -427,33 +428,30 @@ private slots:
     void hostBoxesAreAnswered()
     {
         m_boxes->click(QMessageBox::No);
-        QCOMPARE(m_window->question(nullptr, QStringLiteral("Q"), QStringLiteral("Go on?"),
+        QCOMPARE(m_window->question(nullptr, u"Q"_s, u"Go on?"_s,
                                     StudioInterface::Yes | StudioInterface::No, StudioInterface::Yes,
-                                    StudioInterface::Question),
-                 StudioInterface::No);
+                                    StudioInterface::Question), StudioInterface::No);
         m_boxes->then([](QWidget* box) { static_cast<QDialog*>(box)->reject(); });
-        QCOMPARE(m_window->question(nullptr, QStringLiteral("Q"), QStringLiteral("Go on?"),
+        QCOMPARE(m_window->question(nullptr, u"Q"_s, u"Go on?"_s,
                                     StudioInterface::Yes | StudioInterface::Cancel, StudioInterface::Yes,
-                                    StudioInterface::Question),
-                 StudioInterface::Cancel);
+                                    StudioInterface::Question), StudioInterface::Cancel);
         m_boxes->then([](QWidget* box) {
             auto* input = qobject_cast<QInputDialog*>(box);
             QVERIFY(input);
-            input->setTextValue(QStringLiteral("typed"));
+            input->setTextValue(u"typed"_s);
             input->accept();
         });
         bool ok = false;
-        QCOMPARE(m_window->getText(nullptr, QStringLiteral("T"), QStringLiteral("Name:"), QStringLiteral("proposed"), &ok),
-                 QStringLiteral("typed"));
+        QCOMPARE(m_window->getText(nullptr, u"T"_s, u"Name:"_s, u"proposed"_s, &ok), u"typed"_s);
         QVERIFY(ok);
         m_boxes->click(QMessageBox::Ok);
-        m_window->warning(nullptr, QStringLiteral("W"), QStringLiteral("careful"));
-        QCOMPARE(m_boxes->texts().last(), QStringLiteral("careful"));
+        m_window->warning(nullptr, u"W"_s, u"careful"_s);
+        QCOMPARE(m_boxes->texts().last(), u"careful"_s);
 
         // Closing a modified project: Cancel keeps it, Discard closes it
         // without writing; the file on disk is the one of before.
         QVERIFY(m_window->isModified());
-        const QByteArray before = TestFiles::readFile(path(QStringLiteral("calculator.rtp")));
+        const QByteArray before = TestFiles::readFile(path(u"calculator.rtp"_s));
         m_boxes->click(QMessageBox::Cancel);
         QVERIFY(!m_window->closeProject());
         QVERIFY(m_window->project());
@@ -461,40 +459,40 @@ private slots:
         QVERIFY(m_window->closeProject());
         QVERIFY(!m_window->project());
         QCOMPARE(tree()->topLevelItemCount(), 0);
-        QCOMPARE(TestFiles::readFile(path(QStringLiteral("calculator.rtp"))), before);
-        QVERIFY(m_window->openProject(path(QStringLiteral("calculator.rtp"))));
+        QCOMPARE(TestFiles::readFile(path(u"calculator.rtp"_s)), before);
+        QVERIFY(m_window->openProject(path(u"calculator.rtp"_s)));
     }
 
     // A node built for real: its row says how the walk went, and the
     // compiler's lines reach the output console.
     void buildShowsTheNodeState()
     {
-        if (QStandardPaths::findExecutable(QStringLiteral("gcc")).isEmpty() ||
-            QStandardPaths::findExecutable(QStringLiteral("perl")).isEmpty())
+        if (QStandardPaths::findExecutable(u"gcc"_s).isEmpty() ||
+            QStandardPaths::findExecutable(u"perl"_s).isEmpty())
             QSKIP("gcc or perl is not installed");
-        auto* library = qobject_cast<QAStNode*>(select(QStringLiteral("libcalc")));
+        auto* library = qobject_cast<QAStNode*>(select(u"libcalc"_s));
         QVERIFY(library);
         QSignalSpy finished(library, &QAStNode::buildExecuteFinished);
         QVERIFY(m_window->buildSelected());
-        QCOMPARE(row(tree(), QStringLiteral("libcalc"))->text(ProjectTree::StateColumn), ProjectTree::runningText());
-        QVERIFY(!m_window->action(QStringLiteral("build"))->isEnabled());
+        QCOMPARE(row(tree(), u"libcalc"_s)->text(ProjectTree::StateColumn), ProjectTree::runningText());
+        QVERIFY(!m_window->action(u"build"_s)->isEnabled());
         QVERIFY(finished.wait(180000));
         const QString output = m_window->console(QAStData::OutputConsole)->toPlainText();
         QVERIFY2(library->walkSucceeded(), qPrintable(output));
-        QCOMPARE(row(tree(), QStringLiteral("libcalc"))->text(ProjectTree::StateColumn), ProjectTree::succeededText());
-        QVERIFY(QFileInfo::exists(path(QStringLiteral("build/libcalc.a"))));
+        QCOMPARE(row(tree(), u"libcalc"_s)->text(ProjectTree::StateColumn), ProjectTree::succeededText());
+        QVERIFY(QFileInfo::exists(path(u"build/libcalc.a"_s)));
         QVERIFY(output.contains(QLatin1String("calc.c")));
-        QVERIFY(m_window->action(QStringLiteral("build"))->isEnabled());
+        QVERIFY(m_window->action(u"build"_s)->isEnabled());
     }
 
     // Executing right after a good build asks nothing; a source touched
     // since asks once whether to rebuild.
     void executeAfterABuildAsksNothing()
     {
-        if (QStandardPaths::findExecutable(QStringLiteral("gcc")).isEmpty() ||
-            QStandardPaths::findExecutable(QStringLiteral("perl")).isEmpty())
+        if (QStandardPaths::findExecutable(u"gcc"_s).isEmpty() ||
+            QStandardPaths::findExecutable(u"perl"_s).isEmpty())
             QSKIP("gcc or perl is not installed");
-        auto* project = qobject_cast<QAStNode*>(select(QStringLiteral("calculator")));
+        auto* project = qobject_cast<QAStNode*>(select(u"calculator"_s));
         QVERIFY(project);
         QSignalSpy finished(project, &QAStNode::buildExecuteFinished);
         QVERIFY(m_window->buildSelected());
@@ -508,7 +506,7 @@ private slots:
         QVERIFY(m_boxes->unexpected().isEmpty());
 
         QTest::qSleep(10);
-        QFile source(path(QStringLiteral("src/calc.c")));
+        QFile source(path(u"src/calc.c"_s));
         QVERIFY(source.open(QIODevice::Append));
         source.write("\n");
         source.close();
@@ -524,43 +522,43 @@ private slots:
     void createsAndImportsProjects()
     {
         QTemporaryDir work;
-        const QString file = work.filePath(QStringLiteral("demo/demo.rtp"));
-        QVERIFY(QDir().mkpath(work.filePath(QStringLiteral("demo/src"))));
-        TestFiles::writeFile(work.filePath(QStringLiteral("demo/src/main.c")), "int main(void) { return 0; }\n");
+        const QString file = work.filePath(u"demo/demo.rtp"_s);
+        QVERIFY(QDir().mkpath(work.filePath(u"demo/src"_s)));
+        TestFiles::writeFile(work.filePath(u"demo/src/main.c"_s), "int main(void) { return 0; }\n");
         if (m_window->project() && m_window->isModified())
             m_boxes->click(QMessageBox::Discard);
         m_boxes->choose(file);
-        m_boxes->pick(QStringLiteral("C"));
-        m_window->action(QStringLiteral("newProject"))->trigger();
+        m_boxes->pick(u"C"_s);
+        m_window->action(u"newProject"_s)->trigger();
         QVERIFY(m_window->project());
         QCOMPARE(m_window->project()->path(), file);
-        QVERIFY(QFileInfo::exists(work.filePath(QStringLiteral("demo/demo.inf"))));
+        QVERIFY(QFileInfo::exists(work.filePath(u"demo/demo.inf"_s)));
         QCOMPARE(m_window->project()->configurations(), (QStringList{"Debug", "Release"}));
 
-        m_boxes->choose(work.filePath(QStringLiteral("demo/src/main.c")));
-        m_window->action(QStringLiteral("addFiles"))->trigger();
+        m_boxes->choose(work.filePath(u"demo/src/main.c"_s));
+        m_window->action(u"addFiles"_s)->trigger();
         QVERIFY(m_boxes->idle());
-        QTRY_VERIFY(row(tree(), QStringLiteral("main.c")));
-        QVERIFY(row(tree(), QStringLiteral("src")));
+        QTRY_VERIFY(row(tree(), u"main.c"_s));
+        QVERIFY(row(tree(), u"src"_s));
         QVERIFY(m_window->isModified());
         QVERIFY(m_window->saveProject());
 
-        const QString imported = work.filePath(QStringLiteral("tool/tool.rtp"));
-        TestFiles::writeFile(work.filePath(QStringLiteral("tool/lib/greet.h")), "const char* greet(void);\n");
-        TestFiles::writeFile(work.filePath(QStringLiteral("tool/lib/greet.c")),
+        const QString imported = work.filePath(u"tool/tool.rtp"_s);
+        TestFiles::writeFile(work.filePath(u"tool/lib/greet.h"_s), "const char* greet(void);\n");
+        TestFiles::writeFile(work.filePath(u"tool/lib/greet.c"_s),
                              "#include \"greet.h\"\nconst char* greet(void) { return \"hi\"; }\n");
-        TestFiles::writeFile(work.filePath(QStringLiteral("tool/main.c")),
+        TestFiles::writeFile(work.filePath(u"tool/main.c"_s),
                              "#include \"greet.h\"\nint main(void) { return greet()[0] != 'h'; }\n");
-        m_boxes->choose(work.filePath(QStringLiteral("tool")));
+        m_boxes->choose(work.filePath(u"tool"_s));
         m_boxes->choose(imported);
-        m_window->action(QStringLiteral("importDirectory"))->trigger();
+        m_window->action(u"importDirectory"_s)->trigger();
         QVERIFY(m_window->project());
         QCOMPARE(m_window->project()->path(), imported);
         QStringList nodes;
         for (const QAStData* child = m_window->project()->child(); child; child = child->next())
             nodes << QLatin1String(child->metaObject()->className()) + u':' + child->name();
-        QCOMPARE(nodes, QStringList{QStringLiteral("QAStNodeApplication:tool")});
-        QTRY_VERIFY(row(tree(), QStringLiteral("greet.c")));
+        QCOMPARE(nodes, QStringList{u"QAStNodeApplication:tool"_s});
+        QTRY_VERIFY(row(tree(), u"greet.c"_s));
         QVERIFY(!m_window->isModified());
     }
 };

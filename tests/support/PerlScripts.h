@@ -8,6 +8,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+using namespace Qt::StringLiterals;
+
 // Generated Perl scripts as the real interpreter ("perl" on the PATH)
 // compiles and reads them.
 namespace PerlScripts {
@@ -15,7 +17,7 @@ namespace PerlScripts {
 inline bool perlPresent()
 {
     QProcess perl;
-    perl.start(QStringLiteral("perl"), {QStringLiteral("-v")});
+    perl.start(u"perl"_s, {u"-v"_s});
     return perl.waitForFinished(30000) && perl.exitCode() == 0;
 }
 
@@ -24,13 +26,13 @@ inline bool perlPresent()
 inline bool runPerl(QStringList args, const QByteArray& script, QByteArray* output = nullptr)
 {
     QTemporaryDir dir;
-    QFile file(dir.filePath(QStringLiteral("env.pl")));
+    QFile file(dir.filePath(u"env.pl"_s));
     if (!file.open(QIODevice::WriteOnly) || file.write(script) != script.size())
         return false;
     file.close();
-    args.replaceInStrings(QStringLiteral("<script>"), file.fileName());
+    args.replaceInStrings(u"<script>"_s, file.fileName());
     QProcess perl;
-    perl.start(QStringLiteral("perl"), args);
+    perl.start(u"perl"_s, args);
     if (!perl.waitForFinished(30000) || perl.exitStatus() != QProcess::NormalExit
         || perl.exitCode() != 0) {
         qWarning().noquote() << perl.readAllStandardError();
@@ -43,7 +45,7 @@ inline bool runPerl(QStringList args, const QByteArray& script, QByteArray* outp
 
 inline bool perlCompiles(const QByteArray& script)
 {
-    return runPerl({QStringLiteral("-c"), QStringLiteral("<script>")}, script);
+    return runPerl({u"-c"_s, u"<script>"_s}, script);
 }
 
 // Loads the script with do, then evaluates each Perl expression in list
@@ -58,7 +60,7 @@ inline bool evaluate(const QByteArray& script, const QStringList& expressions,
         "for my $e (@ARGV) { my @v = eval $e; die $@ if $@;"
         " print scalar(@v), \"\\n\", map({ unpack('H*', $_) . \"\\n\" } @v); }");
     QByteArray output;
-    if (!runPerl(QStringList{QStringLiteral("-e"), program, QStringLiteral("<script>")} + expressions,
+    if (!runPerl(QStringList{u"-e"_s, program, u"<script>"_s} + expressions,
                  script, &output))
         return false;
     const QList<QByteArray> lines = output.split('\n');
@@ -81,15 +83,15 @@ inline bool evaluate(const QByteArray& script, const QStringList& expressions,
 inline QStringList randomValues(quint32 seed, int count)
 {
     static const QStringList pieces{
-        QStringLiteral("\\"), QStringLiteral("\\\\"), QStringLiteral("'"), QStringLiteral("\""),
-        QStringLiteral("$"), QStringLiteral("@"), QStringLiteral("${x}"), QStringLiteral("%"),
-        QStringLiteral("#"), QStringLiteral(";"), QStringLiteral("="), QStringLiteral(" "),
-        QStringLiteral("a"), QStringLiteral("Z9"), QStringLiteral("\r"), QStringLiteral("\n"),
-        QStringLiteral("\r\n"), QStringLiteral("\t"), QString(QChar(0)), QStringLiteral("\x1b"),
-        QStringLiteral("\x04"), QStringLiteral("\x1a"), QStringLiteral("\x7f"), QStringLiteral("é"),
-        QStringLiteral("ÿ"), QStringLiteral("€"), QStringLiteral("Ω"), QStringLiteral("日本"),
-        QStringLiteral("😀"), QStringLiteral("'.\""), QStringLiteral("\n__END__\n"),
-        QStringLiteral("\n=pod\n")};
+        u"\\"_s, u"\\\\"_s, u"'"_s, u"\""_s,
+        u"$"_s, u"@"_s, u"${x}"_s, u"%"_s,
+        u"#"_s, u";"_s, u"="_s, u" "_s,
+        u"a"_s, u"Z9"_s, u"\r"_s, u"\n"_s,
+        u"\r\n"_s, u"\t"_s, QString(QChar(0)), u"\x1b"_s,
+        u"\x04"_s, u"\x1a"_s, u"\x7f"_s, u"é"_s,
+        u"ÿ"_s, u"€"_s, u"Ω"_s, u"日本"_s,
+        u"😀"_s, u"'.\""_s, u"\n__END__\n"_s,
+        u"\n=pod\n"_s};
     QRandomGenerator random(seed);
     QStringList values;
     for (int i = 0; i < count; ++i) {
