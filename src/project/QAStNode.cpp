@@ -1,4 +1,5 @@
 #include "QAStNode.h"
+#include "QAStNode_p.h"
 
 #include "QAFileUtil.h"
 #include "QAPropertyMapGroup.h"
@@ -34,28 +35,30 @@ bool isState(int value)
 // --- construction
 
 QAStNode::QAStNode(const QString& name, const QPixmap& icon, QAStData* parent, QAStData* after)
-    : QAStData(name, icon, parent, after)
+    : QAStData(name, icon, parent, after), d(std::make_unique<Private>())
 {
 }
 
 QAStNode::QAStNode(const QDomElement& e, int version, QAStData* parent, QAStData* after)
-    : QAStData(parent, after)
+    : QAStData(parent, after), d(std::make_unique<Private>())
 {
     init(e, version);
 }
 
-QAStNode::QAStNode(QARes* res, QAStData* parent, QAStData* after) : QAStData(res, parent, after)
+QAStNode::QAStNode(QARes* res, QAStData* parent, QAStData* after)
+    : QAStData(res, parent, after), d(std::make_unique<Private>())
 {
 }
 
-QAStNode::QAStNode(QAStData* parent, QAStData* after) : QAStData(parent, after)
+QAStNode::QAStNode(QAStData* parent, QAStData* after)
+    : QAStData(parent, after), d(std::make_unique<Private>())
 {
 }
 
 QAStNode::~QAStNode()
 {
     // Emptied first, so that no look-up made while they go finds them.
-    qDeleteAll(std::exchange(m_configurations, {}));
+    qDeleteAll(std::exchange(d->m_configurations, {}));
 }
 
 // --- configurations
@@ -63,15 +66,15 @@ QAStNode::~QAStNode()
 QStringList QAStNode::configurations() const
 {
     QStringList names;
-    names.reserve(m_configurations.size());
-    for (const QAStConfiguration* c : m_configurations)
+    names.reserve(d->m_configurations.size());
+    for (const QAStConfiguration* c : d->m_configurations)
         names.append(c->name());
     return names;
 }
 
 QAStConfiguration* QAStNode::configuration(const QString& name) const
 {
-    for (QAStConfiguration* c : m_configurations) {
+    for (QAStConfiguration* c : d->m_configurations) {
         if (c->name() == name)
             return c;
     }
@@ -80,13 +83,13 @@ QAStConfiguration* QAStNode::configuration(const QString& name) const
 
 void QAStNode::addConfiguration(QAStConfiguration* c)
 {
-    if (!c || m_configurations.contains(c))
+    if (!c || d->m_configurations.contains(c))
         return;
     if (c->m_node)
-        c->m_node->m_configurations.removeOne(c);
+        c->m_node->d->m_configurations.removeOne(c);
     delete takeConfiguration(c->name());
     c->m_node = this;
-    m_configurations.append(c);
+    d->m_configurations.append(c);
 }
 
 QAStConfiguration* QAStNode::addConfiguration(const QString& name)
@@ -109,24 +112,24 @@ QAStConfiguration* QAStNode::takeConfiguration(const QString& name)
 {
     QAStConfiguration* c = configuration(name);
     if (c)
-        m_configurations.removeOne(c);
+        d->m_configurations.removeOne(c);
     return c;
 }
 
 void QAStNode::setCurrentConfigurationName(const QString& name)
 {
-    m_currentConfigurationName = name;
+    d->m_currentConfigurationName = name;
 }
 
 QAStConfiguration* QAStNode::currentConfiguration() const
 {
-    return configuration(m_currentConfigurationName);
+    return configuration(d->m_currentConfigurationName);
 }
 
 QAStConfiguration* QAStNode::inheritConfiguration(const QAStConfiguration* c) const
 {
     // By identity: names are unique among a node's configurations.
-    if (!c || !m_configurations.contains(const_cast<QAStConfiguration*>(c)))
+    if (!c || !d->m_configurations.contains(const_cast<QAStConfiguration*>(c)))
         return nullptr;
     const QAStNode* parentNode = qobject_cast<const QAStNode*>(parent());
     return parentNode ? parentNode->configuration(c->name()) : nullptr;
@@ -207,20 +210,20 @@ QStringList QAStNode::libraryOutputs() const
 
 void QAStNode::setState(State state)
 {
-    if (state == m_state)
+    if (state == d->m_state)
         return;
-    m_state = state;
+    d->m_state = state;
     emit stateChanged(state);
 }
 
 void QAStNode::setBackground(bool background)
 {
-    m_background = background;
+    d->m_background = background;
 }
 
 QStringList QAStNode::outputFiles(const QString& filetype) const
 {
-    for (const OutputFile& file : m_outputFiles) {
+    for (const OutputFile& file : d->m_outputFiles) {
         if (file.filetype == filetype)
             return file.filepaths;
     }
@@ -230,11 +233,11 @@ QStringList QAStNode::outputFiles(const QString& filetype) const
 void QAStNode::addOutputFile(const QString& filetype, const QStringList& filepaths)
 {
     auto own =
-        std::find_if(m_outputFiles.begin(), m_outputFiles.end(),
+        std::find_if(d->m_outputFiles.begin(), d->m_outputFiles.end(),
                      [&filetype](const OutputFile& file) { return file.filetype == filetype; });
-    if (own == m_outputFiles.end()) {
-        m_outputFiles.append(OutputFile{filetype, QStringList()});
-        own = m_outputFiles.end() - 1;
+    if (own == d->m_outputFiles.end()) {
+        d->m_outputFiles.append(OutputFile{filetype, QStringList()});
+        own = d->m_outputFiles.end() - 1;
     }
     for (const QString& path : filepaths) {
         if (!own->filepaths.contains(path))
@@ -244,18 +247,18 @@ void QAStNode::addOutputFile(const QString& filetype, const QStringList& filepat
 
 void QAStNode::removeOutputFiles(const QString& filetype)
 {
-    m_outputFiles.removeIf(
+    d->m_outputFiles.removeIf(
         [&filetype](const OutputFile& file) { return file.filetype == filetype; });
 }
 
 void QAStNode::setPerlScriptBeforeChild(const QString& script)
 {
-    m_perlScriptBeforeChild = script;
+    d->m_perlScriptBeforeChild = script;
 }
 
 void QAStNode::setPerlScriptAfterChild(const QString& script)
 {
-    m_perlScriptAfterChild = script;
+    d->m_perlScriptAfterChild = script;
 }
 
 // --- writing
@@ -265,12 +268,12 @@ void QAStNode::write(QTextStream& s, int indent) const
     openElement(s, indent, "node");
     const int inner = indent + 1;
     QAStData::write(s, inner);
-    writeText(s, inner, "current_configuration", m_currentConfigurationName);
-    writeInt(s, inner, "state", m_state);
-    writeBool(s, inner, "background", m_background);
+    writeText(s, inner, "current_configuration", d->m_currentConfigurationName);
+    writeInt(s, inner, "state", d->m_state);
+    writeBool(s, inner, "background", d->m_background);
     writeOutputFiles(s, inner);
-    writeText(s, inner, "perlscript_before_child", m_perlScriptBeforeChild);
-    writeText(s, inner, "perlscript_after_child", m_perlScriptAfterChild);
+    writeText(s, inner, "perlscript_before_child", d->m_perlScriptBeforeChild);
+    writeText(s, inner, "perlscript_after_child", d->m_perlScriptAfterChild);
     writeConfigurationList(s, inner);
     closeElement(s, indent, "node");
 }
@@ -278,7 +281,7 @@ void QAStNode::write(QTextStream& s, int indent) const
 void QAStNode::writeOutputFiles(QTextStream& s, int indent) const
 {
     openElement(s, indent, "outfilename_list");
-    for (const OutputFile& file : m_outputFiles) {
+    for (const OutputFile& file : d->m_outputFiles) {
         openElement(s, indent + 1, "outfilename");
         writeText(s, indent + 2, "filetype", file.filetype);
         QAXML::toStream(s, "filepath", QAXML::stringListToXMLValue(file.filepaths), indent + 2);
@@ -290,7 +293,7 @@ void QAStNode::writeOutputFiles(QTextStream& s, int indent) const
 void QAStNode::writeConfigurationList(QTextStream& s, int indent) const
 {
     openElement(s, indent, "configuration_list");
-    for (const QAStConfiguration* c : m_configurations)
+    for (const QAStConfiguration* c : d->m_configurations)
         c->write(s, indent + 1);
     closeElement(s, indent, "configuration_list");
 }
@@ -303,13 +306,13 @@ bool QAStNode::init(const QDomElement& nodeElement, int version)
         return false;
     if (!QAStData::init(innerBlock(nodeElement, "data"), version))
         return false;
-    m_currentConfigurationName = readText(nodeElement, "current_configuration");
+    d->m_currentConfigurationName = readText(nodeElement, "current_configuration");
     const int state = readInt(nodeElement, "state", Selected);
-    m_state = isState(state) ? State(state) : Selected;
-    m_background = readBool(nodeElement, "background", false);
+    d->m_state = isState(state) ? State(state) : Selected;
+    d->m_background = readBool(nodeElement, "background", false);
     initOutputFiles(field(nodeElement, "outfilename_list"));
-    m_perlScriptBeforeChild = readText(nodeElement, "perlscript_before_child");
-    m_perlScriptAfterChild = readText(nodeElement, "perlscript_after_child");
+    d->m_perlScriptBeforeChild = readText(nodeElement, "perlscript_before_child");
+    d->m_perlScriptAfterChild = readText(nodeElement, "perlscript_after_child");
     initConfigurationList(field(nodeElement, "configuration_list"), version);
     return isValid();
 }
@@ -540,4 +543,71 @@ QList<QAProperty*> QAStNode::visibleSettings(const QAPropertyGroup* group) const
     if (!group)
         return {};
     return QAStPropertyFilters::visibleChildren(group, propertyContext());
+}
+
+// --- accessors
+
+const QList<QAStConfiguration*>& QAStNode::configurationList() const
+{
+    return d->m_configurations;
+}
+
+QString QAStNode::currentConfigurationName() const
+{
+    return d->m_currentConfigurationName;
+}
+
+QAStNode::State QAStNode::state() const
+{
+    return d->m_state;
+}
+
+bool QAStNode::isSelected() const
+{
+    return d->m_state == Selected;
+}
+
+bool QAStNode::isUnSelected() const
+{
+    return d->m_state != Selected;
+}
+
+bool QAStNode::provideReports() const
+{
+    return d->m_state != UnSelected;
+}
+
+bool QAStNode::background() const
+{
+    return d->m_background;
+}
+
+const QList<QAStNode::OutputFile>& QAStNode::outputFiles() const
+{
+    return d->m_outputFiles;
+}
+
+QString QAStNode::perlScriptBeforeChild() const
+{
+    return d->m_perlScriptBeforeChild;
+}
+
+QString QAStNode::perlScriptAfterChild() const
+{
+    return d->m_perlScriptAfterChild;
+}
+
+bool QAStNode::walkSucceeded() const
+{
+    return d->m_walkSucceeded;
+}
+
+QAStNode* QAStNode::buildExecuteChildNode() const
+{
+    return d->m_walkChild;
+}
+
+bool QAStNode::isWalking() const
+{
+    return d->m_walking;
 }

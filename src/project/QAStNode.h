@@ -3,9 +3,7 @@
 #include "QAStData.h"
 #include "QATr.h"
 
-#include <QDateTime>
 #include <QList>
-#include <QPointer>
 #include <QString>
 #include <QStringList>
 
@@ -14,9 +12,7 @@
 class QAProperty;
 class QAPropertyGroup;
 class QAStConfiguration;
-class QFile;
 class QMenu;
-class QTextStream;
 class QWidget;
 
 // An item that can be built and executed. It carries its own build
@@ -71,7 +67,7 @@ public:
     // The names of the node's own configurations, in the order added.
     QStringList configurations() const;
     // The node's own configurations, in the order added; owned by the node.
-    const QList<QAStConfiguration*>& configurationList() const { return m_configurations; }
+    const QList<QAStConfiguration*>& configurationList() const;
     // The node's own configuration of that name, or null.
     QAStConfiguration* configuration(const QString& name) const;
     // Takes ownership of c (from its former node, if any) and makes this
@@ -86,7 +82,7 @@ public:
 
     // The name of the configuration in use; it need not name one of the
     // node's configurations (currentConfiguration() is then null).
-    QString currentConfigurationName() const { return m_currentConfigurationName; }
+    QString currentConfigurationName() const;
     virtual void setCurrentConfigurationName(const QString& name);
     QAStConfiguration* currentConfiguration() const;
 
@@ -107,22 +103,22 @@ public:
 
     // --- state and run data
 
-    State state() const { return m_state; }
+    State state() const;
     // Emits stateChanged when the state changes.
     void setState(State state);
     // Built, executed and reported.
-    bool isSelected() const { return m_state == Selected; }
+    bool isSelected() const;
     // Left out of the run.
-    bool isUnSelected() const { return m_state != Selected; }
+    bool isUnSelected() const;
     // Its reports are provided.
-    bool provideReports() const { return m_state != UnSelected; }
+    bool provideReports() const;
 
     // Runs in the background.
-    bool background() const { return m_background; }
+    bool background() const;
     void setBackground(bool background);
 
     // The output files by kind, in the order their kinds were first added.
-    const QList<OutputFile>& outputFiles() const { return m_outputFiles; }
+    const QList<OutputFile>& outputFiles() const;
     // The paths of one kind; empty when the node has none of it.
     QStringList outputFiles(const QString& filetype) const;
     // Adds paths to the node's files of that kind (a path it has already is
@@ -132,9 +128,9 @@ public:
     void removeOutputFiles(const QString& filetype);
 
     // Perl text run before, and after, the node's children are processed.
-    QString perlScriptBeforeChild() const { return m_perlScriptBeforeChild; }
+    QString perlScriptBeforeChild() const;
     void setPerlScriptBeforeChild(const QString& script);
-    QString perlScriptAfterChild() const { return m_perlScriptAfterChild; }
+    QString perlScriptAfterChild() const;
     void setPerlScriptAfterChild(const QString& script);
 
     // --- XML
@@ -210,11 +206,11 @@ public:
     virtual void debug();
     virtual void clean();
     // The node's last walk ended without abort.
-    bool walkSucceeded() const { return m_walkSucceeded; }
+    bool walkSucceeded() const;
     // The child node whose walk runs now; null when none.
-    QAStNode* buildExecuteChildNode() const { return m_walkChild; }
+    QAStNode* buildExecuteChildNode() const;
     // A walk of this node runs.
-    bool isWalking() const { return m_walking; }
+    bool isWalking() const;
 
     // --- objects of a build
 
@@ -391,20 +387,8 @@ private:
     bool readBuildRecord(QDateTime& built, QString& digest) const;
     void endWalk(bool succeeded);
 
-    Command m_command = Command::Build;
-    bool m_walking = false;
-    bool m_walkSucceeded = false;
-    bool m_debugRun = false;
-    Then m_then = Then::Nothing;
-    QString m_savedDirectory;
-    QList<QPointer<QAStNode>> m_walkChildren;
-    qsizetype m_walkIndex = -1;
-    QPointer<QAStNode> m_walkChild;
-    std::unique_ptr<QFile> m_environmentFile;
-    std::unique_ptr<QTextStream> m_environmentStream;
-    QDateTime m_lastBuild;
-    QString m_lastBuildDigest;
-    bool m_buildRecorded = false;
+    struct Private;
+    std::unique_ptr<Private> d;
 
     // Takes the configuration of that name out of the list without deleting
     // it; null when the node has none.
@@ -415,11 +399,4 @@ private:
     // The kind's label, followed by a number when the tree has that name.
     QString freshChildName(const QString& tag) const;
 
-    QList<QAStConfiguration*> m_configurations;
-    QString m_currentConfigurationName;
-    State m_state = Selected;
-    bool m_background = false;
-    QList<OutputFile> m_outputFiles;
-    QString m_perlScriptBeforeChild;
-    QString m_perlScriptAfterChild;
 };

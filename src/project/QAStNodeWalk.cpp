@@ -1,6 +1,7 @@
 // The build, execution and clean walk of a node.
 #include "QALogging.h"
 #include "QAStNode.h"
+#include "QAStNode_p.h"
 
 #include "QAFileUtil.h"
 #include "QAHost.h"
@@ -108,7 +109,7 @@ bool QAStNode::hasSomethingToExecute() const
 
 bool QAStNode::isBuildingOrCleaning() const
 {
-    return m_walking && (m_command == Command::Build || m_command == Command::Clean);
+    return d->m_walking && (d->m_command == Command::Build || d->m_command == Command::Clean);
 }
 
 // --- starting a walk
@@ -122,9 +123,9 @@ void QAStNode::buildProcess(bool fromParent)
 // walk as its watchers see it, ending once.
 void QAStNode::rebuildProcess(bool fromParent)
 {
-    if (m_walking || isRunning())
+    if (d->m_walking || isRunning())
         return;
-    m_then = Then::Build;
+    d->m_then = Then::Build;
     cleanProcess(fromParent);
 }
 
@@ -140,11 +141,11 @@ void QAStNode::executeProcess(bool fromParent)
 
 void QAStNode::startWalk(Command command, bool fromParent)
 {
-    if (m_walking || isRunning())
+    if (d->m_walking || isRunning())
         return;
-    m_command = command;
-    m_walking = true;
-    m_walkSucceeded = false;
+    d->m_command = command;
+    d->m_walking = true;
+    d->m_walkSucceeded = false;
     emit buildExecuteInvoked();
     if (!fromParent)
         clearMessage(OutputConsole);
@@ -172,7 +173,7 @@ void QAStNode::startWalk(Command command, bool fromParent)
         break;
     case Command::Clean:
         cleanStartEvent();
-        m_savedDirectory = QDir::currentPath();
+        d->m_savedDirectory = QDir::currentPath();
         if (!directory().isEmpty())
             QDir::setCurrent(directory());
         buildFirstChild();
@@ -182,9 +183,9 @@ void QAStNode::startWalk(Command command, bool fromParent)
 
 void QAStNode::executeOrDebug(bool debug)
 {
-    if (m_walking || isRunning())
+    if (d->m_walking || isRunning())
         return;
-    m_debugRun = debug;
+    d->m_debugRun = debug;
     if (!QAStProject::modeBatch() && hasSomethingToExecute() && changedSinceBuild()) {
         const StudioInterface::StandardButton answer = [this] {
             StudioInterface* host = studioIFace();
@@ -199,13 +200,13 @@ void QAStNode::executeOrDebug(bool debug)
         }();
         if (answer == StudioInterface::Yes) {
             // Build, then execute when the build went well.
-            m_then = Then::Execute;
+            d->m_then = Then::Execute;
             buildProcess(false);
             return;
         }
         if (answer != StudioInterface::No) {
             // Canceled: the command ends at once, and says so.
-            m_walkSucceeded = false;
+            d->m_walkSucceeded = false;
             emit buildExecuteInvoked();
             emit buildExecuteFinished();
             return;
@@ -218,7 +219,7 @@ void QAStNode::executeOrDebug(bool debug)
 
 void QAStNode::buildNode()
 {
-    m_savedDirectory = QDir::currentPath();
+    d->m_savedDirectory = QDir::currentPath();
     if (!directory().isEmpty())
         QDir::setCurrent(directory());
     buildFirstChild();
@@ -226,31 +227,31 @@ void QAStNode::buildNode()
 
 void QAStNode::buildFirstChild()
 {
-    m_walkChildren.clear();
+    d->m_walkChildren.clear();
     for (QAStData* child = this->child(); child; child = child->next()) {
         if (auto* node = qobject_cast<QAStNode*>(child))
-            m_walkChildren.append(node);
+            d->m_walkChildren.append(node);
     }
-    m_walkIndex = -1;
-    m_walkChild = nextChildToBuild();
+    d->m_walkIndex = -1;
+    d->m_walkChild = nextChildToBuild();
     emit buildExecuteStarted();
-    if (m_walkChild)
-        m_command == Command::Execute ? executeCurrentChild() : buildCurrentChild();
-    else if (m_command == Command::Execute)
-        executeAfterChildren(m_debugRun);
+    if (d->m_walkChild)
+        d->m_command == Command::Execute ? executeCurrentChild() : buildCurrentChild();
+    else if (d->m_command == Command::Execute)
+        executeAfterChildren(d->m_debugRun);
     else
         buildAfterChildren();
 }
 
 QAStNode* QAStNode::nextChildToBuild()
 {
-    while (++m_walkIndex < m_walkChildren.size()) {
-        QAStNode* child = m_walkChildren.at(m_walkIndex);
+    while (++d->m_walkIndex < d->m_walkChildren.size()) {
+        QAStNode* child = d->m_walkChildren.at(d->m_walkIndex);
         if (!child)
             continue;
         if (child->isSelected())
             return child;
-        if (qobject_cast<QAStNodeUser*>(child) && m_command == Command::Build)
+        if (qobject_cast<QAStNodeUser*>(child) && d->m_command == Command::Build)
             displayMessage(OutputConsole, tr("%1: is up-to-date\n").arg(child->name()));
     }
     return nullptr;
@@ -265,23 +266,23 @@ void QAStNode::buildCurrentChild()
 // children that end at once does not deepen the stack.
 void QAStNode::walkCurrentChild()
 {
-    QAStNode* child = m_walkChild;
+    QAStNode* child = d->m_walkChild;
     // The walk goes through this node's own children only.
     if (!SDK110_CHECK(child && child->parent() == this)) {
         abortBuildExecute();
         return;
     }
     connect(child, &QAStNode::buildExecuteFinished, this,
-            m_command == Command::Execute ? &QAStNode::executeNextChild : &QAStNode::buildNextChild,
+            d->m_command == Command::Execute ? &QAStNode::executeNextChild : &QAStNode::buildNextChild,
             Qt::QueuedConnection);
-    switch (m_command) {
+    switch (d->m_command) {
     case Command::Build:
         buildChildStartEvent(child);
         child->buildProcess(true);
         break;
     case Command::Execute:
         executeChildStartEvent(child);
-        child->m_debugRun = m_debugRun;
+        child->d->m_debugRun = d->m_debugRun;
         child->executeProcess(true);
         break;
     case Command::Clean:
@@ -302,30 +303,30 @@ void QAStNode::executeNextChild()
 
 void QAStNode::childWalkEnded()
 {
-    QAStNode* child = m_walkChild;
+    QAStNode* child = d->m_walkChild;
     // Only the child being walked reports its end here.
     if (!SDK110_CHECK(!qobject_cast<QAStNode*>(sender()) || sender() == child))
         return;
     if (child) {
         disconnect(child, &QAStNode::buildExecuteFinished, this, nullptr);
-        if (m_command == Command::Execute)
+        if (d->m_command == Command::Execute)
             executeChildFinishEvent(child);
-        else if (m_command == Command::Build)
+        else if (d->m_command == Command::Build)
             buildChildFinishEvent(child);
     }
-    if (!m_walking)
+    if (!d->m_walking)
         return;
     if (!child || !child->walkSucceeded()) {
         abortBuildExecute();
         return;
     }
-    m_walkChild = m_command == Command::Execute ? nextChildToExecute() : nextChildToBuild();
-    if (m_walkChild) {
+    d->m_walkChild = d->m_command == Command::Execute ? nextChildToExecute() : nextChildToBuild();
+    if (d->m_walkChild) {
         walkCurrentChild();
         return;
     }
-    if (m_command == Command::Execute)
-        executeAfterChildren(m_debugRun);
+    if (d->m_command == Command::Execute)
+        executeAfterChildren(d->m_debugRun);
     else
         buildAfterChildren();
 }
@@ -337,7 +338,7 @@ void QAStNode::buildAfterChildren()
 
 void QAStNode::runOwnStep(bool endWithoutStep)
 {
-    const QString text = m_command == Command::Clean ? QString() : perlScriptAfterChild();
+    const QString text = d->m_command == Command::Clean ? QString() : perlScriptAfterChild();
     if (!text.trimmed().isEmpty()) {
         // The text is a Perl script of its own, written beside the
         // environment script.
@@ -357,17 +358,17 @@ void QAStNode::runOwnStep(bool endWithoutStep)
         return;
     }
     const bool hasDriver = !driverKind().isEmpty() &&
-                           (m_command != Command::Execute || executesDriver());
+                           (d->m_command != Command::Execute || executesDriver());
     if (hasDriver) {
         QStringList arguments{driverKind()};
         arguments << driverArguments();
-        if (!runWalkScript(QString::fromLatin1(driverOf(int(m_command))), arguments))
+        if (!runWalkScript(QString::fromLatin1(driverOf(int(d->m_command))), arguments))
             abortBuildExecute();
         return;
     }
-    if (m_command == Command::Clean)
+    if (d->m_command == Command::Clean)
         removeRunFiles();
-    if (endWithoutStep || m_command == Command::Clean)
+    if (endWithoutStep || d->m_command == Command::Clean)
         finishWalk();
     else
         abortBuildExecute();
@@ -383,31 +384,31 @@ bool QAStNode::runWalkScript(const QString& script, const QStringList& arguments
 {
     // The sources the build compiles, each with the environment of its own
     // configuration.
-    if (m_command == Command::Build && linksObjects() && !QAStNodeSource::writeSourceEnvironments(this))
+    if (d->m_command == Command::Build && linksObjects() && !QAStNodeSource::writeSourceEnvironments(this))
         return false;
     const QString path = environmentFileName();
     QDir().mkpath(QFileInfo(path).absolutePath());
-    m_environmentFile = std::make_unique<QFile>(path);
-    if (!m_environmentFile->open(QIODevice::WriteOnly | QIODevice::Truncate)) {
+    d->m_environmentFile = std::make_unique<QFile>(path);
+    if (!d->m_environmentFile->open(QIODevice::WriteOnly | QIODevice::Truncate)) {
         displayMessage(OutputConsole, tr("%1: cannot write the environment file %2: %3\n")
-                                          .arg(name(), path, m_environmentFile->errorString()));
+                                          .arg(name(), path, d->m_environmentFile->errorString()));
         return false;
     }
     QAStConfiguration* c = currentConfiguration();
     const bool holdsFlag = c && c->hasProperty(executionFlagKey);
     const QVariant kept = holdsFlag ? c->localProperty(executionFlagKey) : QVariant();
     const bool changeFlag =
-        c && (m_command == Command::Build || (m_command == Command::Execute && m_debugRun));
+        c && (d->m_command == Command::Build || (d->m_command == Command::Execute && d->m_debugRun));
     if (changeFlag) {
         int flag = QAStPerlGen::settingValue(c, executionFlagKey).toInt();
-        flag = m_command == Command::Build ? flag & ~executeStages : flag | debugBit;
+        flag = d->m_command == Command::Build ? flag & ~executeStages : flag | debugBit;
         c->setProperty(executionFlagKey, flag);
     }
-    m_environmentStream = std::make_unique<QTextStream>(m_environmentFile.get());
-    createEnvironmentFile(*m_environmentStream);
+    d->m_environmentStream = std::make_unique<QTextStream>(d->m_environmentFile.get());
+    createEnvironmentFile(*d->m_environmentStream);
     connect(this, &QAStData::perlScriptTerminated, this, &QAStNode::buildScriptTerminated,
             Qt::UniqueConnection);
-    executePerlScript(script, directory(), m_environmentStream.get(), true, OutputConsole, nullptr,
+    executePerlScript(script, directory(), d->m_environmentStream.get(), true, OutputConsole, nullptr,
                       arguments);
     // The flag as it was: the node's own value back, or inherited again.
     if (changeFlag) {
@@ -422,12 +423,12 @@ void QAStNode::buildScriptTerminated()
 {
     qCWarning(lcProject, "QAStNode::buildScriptTerminated [%s]", qUtf8Printable(name()));
     disconnect(this, &QAStData::perlScriptTerminated, this, &QAStNode::buildScriptTerminated);
-    m_environmentStream.reset();
-    m_environmentFile.reset();
-    if (!m_walking)
+    d->m_environmentStream.reset();
+    d->m_environmentFile.reset();
+    if (!d->m_walking)
         return;
     if (perlScriptSucceeded()) {
-        if (m_command == Command::Clean)
+        if (d->m_command == Command::Clean)
             removeRunFiles();
         finishWalk();
     } else {
@@ -457,7 +458,7 @@ void QAStNode::removeRunFiles()
 
 void QAStNode::executeNode()
 {
-    m_savedDirectory = QDir::currentPath();
+    d->m_savedDirectory = QDir::currentPath();
     if (!directory().isEmpty())
         QDir::setCurrent(directory());
     const int flag = QAStPerlGen::settingValue(currentConfiguration(), executionFlagKey).toInt();
@@ -501,27 +502,27 @@ void QAStNode::finishWalk()
 
 void QAStNode::abortBuildExecute()
 {
-    if (m_walking)
+    if (d->m_walking)
         displayMessage(OutputConsole, tr("%1: stopped\n").arg(name()));
     endWalk(false);
 }
 
 void QAStNode::endWalk(bool succeeded)
 {
-    if (!m_walking)
+    if (!d->m_walking)
         return;
-    m_walking = false;
-    m_walkSucceeded = succeeded;
-    m_walkChild = nullptr;
-    m_walkChildren.clear();
+    d->m_walking = false;
+    d->m_walkSucceeded = succeeded;
+    d->m_walkChild = nullptr;
+    d->m_walkChildren.clear();
     // Whether its own step ran a driver or only its children's did.
-    if (succeeded && m_command == Command::Build)
+    if (succeeded && d->m_command == Command::Build)
         recordBuild();
-    if (!m_savedDirectory.isEmpty()) {
-        QDir::setCurrent(m_savedDirectory);
-        m_savedDirectory.clear();
+    if (!d->m_savedDirectory.isEmpty()) {
+        QDir::setCurrent(d->m_savedDirectory);
+        d->m_savedDirectory.clear();
     }
-    switch (m_command) {
+    switch (d->m_command) {
     case Command::Build:
         buildFinishEvent();
         break;
@@ -534,7 +535,7 @@ void QAStNode::endWalk(bool succeeded)
     }
     // The second half of a rebuild, or of an execution that asked for a
     // build first.
-    const Then then = std::exchange(m_then, Then::Nothing);
+    const Then then = std::exchange(d->m_then, Then::Nothing);
     if (succeeded && then == Then::Build) {
         startWalk(Command::Build, true);
         return;
@@ -604,22 +605,22 @@ void QAStNode::recordBuild()
     // Only a node that executes something is ever asked about.
     if (!hasSomethingToExecute())
         return;
-    m_lastBuild = QDateTime::currentDateTimeUtc();
-    m_lastBuildDigest = settingsDigest();
+    d->m_lastBuild = QDateTime::currentDateTimeUtc();
+    d->m_lastBuildDigest = settingsDigest();
     const QString file = buildRecordFile();
     if (file.isEmpty())
         return;
-    const QJsonObject record{{QStringLiteral("built"), m_lastBuild.toString(Qt::ISODateWithMs)},
-                             {QStringLiteral("settings"), m_lastBuildDigest}};
+    const QJsonObject record{{QStringLiteral("built"), d->m_lastBuild.toString(Qt::ISODateWithMs)},
+                             {QStringLiteral("settings"), d->m_lastBuildDigest}};
     QDir().mkpath(QFileInfo(file).absolutePath());
-    m_buildRecorded = QAFileUtil::replaceFile(file, QJsonDocument(record).toJson());
+    d->m_buildRecorded = QAFileUtil::replaceFile(file, QJsonDocument(record).toJson());
 }
 
 void QAStNode::forgetBuild()
 {
-    m_lastBuild = QDateTime();
-    m_lastBuildDigest.clear();
-    m_buildRecorded = false;
+    d->m_lastBuild = QDateTime();
+    d->m_lastBuildDigest.clear();
+    d->m_buildRecorded = false;
     const QString file = buildRecordFile();
     if (file.isEmpty() || !QFile::remove(file))
         return;
@@ -644,10 +645,10 @@ bool QAStNode::readBuildRecord(QDateTime& built, QString& digest) const
         digest = record.value(QStringLiteral("settings")).toString();
         return built.isValid();
     }
-    if (m_buildRecorded)
+    if (d->m_buildRecorded)
         return false;
-    built = m_lastBuild;
-    digest = m_lastBuildDigest;
+    built = d->m_lastBuild;
+    digest = d->m_lastBuildDigest;
     return built.isValid();
 }
 
