@@ -1,28 +1,15 @@
 #include "Harness.h"
 
-#include "QAPropertyStore.h"
+#include "QAStConfiguration.h"
+#include "QAStNode.h"
 
 #include <QHash>
+#include <QPixmap>
 #include <QStringList>
 
 #include <memory>
-#include <vector>
 
 namespace {
-
-// A store inheriting from the one above it, as a node's configuration
-// inherits from its parent node's.
-class InheritingStore : public QAPropertyStore {
-public:
-    explicit InheritingStore(QAPropertyStore* inherit)
-        : m_inherit(inherit)
-    {
-    }
-    QAPropertyStore* inheritOf() const override { return m_inherit; }
-
-private:
-    QAPropertyStore* m_inherit;
-};
 
 constexpr int keysPerStore = 300;
 constexpr int chainLength = 5;
@@ -38,30 +25,34 @@ QString settingKey(int store, int i)
 
 SDK110_BENCHMARK(benchInheritedLookup, "properties: inherited look-up through five stores")
 {
-    // The top store holds the values looked up; each store below holds as
-    // many keys of its own, which the look-ups pass by.
-    auto stores = std::make_shared<std::vector<std::unique_ptr<QAPropertyStore>>>();
+    // Five nodes, each below the one before, each with its "Debug"
+    // configuration inheriting from the one above: the top one holds the
+    // values looked up, each one below as many keys of its own, which the
+    // look-ups pass by. The look-ups start at the lowest configuration.
+    auto top = std::make_shared<QAStNode>(QStringLiteral("n0"), QPixmap());
+    QAStNode* node = top.get();
     QStringList keys;
     auto baseline = std::make_shared<QHash<QString, QVariant>>();
+    QAStConfiguration* bottom = nullptr;
     for (int s = 0; s < chainLength; ++s) {
-        QAPropertyStore* above = stores->empty() ? nullptr : stores->back().get();
-        stores->push_back(std::make_unique<InheritingStore>(above));
+        if (s > 0)
+            node = new QAStNode(QStringLiteral("n%1").arg(s), QPixmap(), node);
+        bottom = node->addConfiguration(QStringLiteral("Debug"));
         for (int i = 0; i < keysPerStore; ++i) {
             const QString key = settingKey(s, i);
-            stores->back()->setProperty(key, QStringLiteral("value %1").arg(i));
+            bottom->setProperty(key, QStringLiteral("value %1").arg(i));
             if (s == 0) {
                 keys << key;
                 baseline->insert(key, QStringLiteral("value %1").arg(i));
             }
         }
     }
-    const QAPropertyStore* bottom = stores->back().get();
 
     Bench::Measure m;
-    m.subject = QStringLiteral("QAPropertyStore::property from the fifth store");
+    m.subject = QStringLiteral("QAStConfiguration::property from the fifth node's configuration");
     m.baseline = QStringLiteral("one QHash<QString,QVariant> look-up");
-    m.target = 6;
-    m.runSubject = [stores, bottom, keys] {
+    m.target = 4;
+    m.runSubject = [top, bottom, keys] {
         qsizetype found = 0;
         for (int r = 0; r < rounds; ++r) {
             for (const QString& key : keys)

@@ -4,6 +4,7 @@
 #include "QAInstall.h"
 #include "QALogging.h"
 #include "QAProcess.h"
+#include "QAPropertyStore.h"
 #include "QARes.h"
 #include "QAStDataFactory.h"
 #include "QAStDataUndoAction.h"
@@ -433,6 +434,8 @@ void QAStData::link(QAStData* child, QAStData* after)
     else
         d->m_first = child;
     ++d->m_childCount;
+    // Configurations inherit along the tree.
+    QAPropertyStore::inheritanceChanged();
 }
 
 void QAStData::unlink(QAStData* child)
@@ -451,6 +454,7 @@ void QAStData::unlink(QAStData* child)
         d->m_last = child->d->m_previous;
     child->d->m_next = child->d->m_previous = nullptr;
     --d->m_childCount;
+    QAPropertyStore::inheritanceChanged();
 }
 
 void QAStData::detach(QAStData* child)

@@ -90,6 +90,7 @@ void QAStNode::addConfiguration(QAStConfiguration* c)
     delete takeConfiguration(c->name());
     c->m_node = this;
     d->m_configurations.append(c);
+    QAPropertyStore::inheritanceChanged();
 }
 
 QAStConfiguration* QAStNode::addConfiguration(const QString& name)
@@ -111,8 +112,10 @@ bool QAStNode::removeConfiguration(const QString& name)
 QAStConfiguration* QAStNode::takeConfiguration(const QString& name)
 {
     QAStConfiguration* c = configuration(name);
-    if (c)
+    if (c) {
         d->m_configurations.removeOne(c);
+        QAPropertyStore::inheritanceChanged();
+    }
     return c;
 }
 

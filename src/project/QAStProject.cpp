@@ -874,6 +874,7 @@ void QAStProject::addInitialConfiguration(const QString& name)
     auto* initial = new QAStConfiguration(name, this);
     initial->init();
     m_initialConfigurations.append(initial);
+    QAPropertyStore::inheritanceChanged();
 }
 
 QAStConfiguration* QAStProject::initialConfiguration(const QString& name) const

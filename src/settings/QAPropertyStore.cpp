@@ -1,6 +1,34 @@
 #include "QAPropertyStore.h"
 
+#include <QList>
+#include <QPair>
+
 #include <atomic>
+
+namespace {
+
+// Every revision comes from one counter, so "no store changed" is one
+// comparison; the inheritance generation changes when a chain may have.
+std::atomic<quint64> revisions{0};
+std::atomic<quint64> inheritance{0};
+
+// Look-ups through a store before its merged view is built: a store
+// looked up through once or twice is not worth a copy of its chain.
+constexpr int lookupsBeforeMerging = 16;
+
+}
+
+struct QAPropertyStore::MergedView {
+    // The state of the process when last found valid: while neither counter
+    // moved, nothing in any chain did.
+    quint64 revisions = 0;
+    quint64 inheritance = 0;
+    // The chain (this store first) with each store's revision.
+    QList<QPair<const QAPropertyStore*, quint64>> stamps;
+    QHash<QString, QVariant> values;
+    bool built = false;
+    int lookups = 0;
+};
 
 QAPropertyStore::QAPropertyStore(QObject* parent, const char* name)
     : QObject(parent)
@@ -25,12 +53,20 @@ QAPropertyStore& QAPropertyStore::operator=(const QAPropertyStore& other)
     return *this;
 }
 
-QAPropertyStore::~QAPropertyStore() = default;
+// A chain holding this store changes with it.
+QAPropertyStore::~QAPropertyStore()
+{
+    inheritanceChanged();
+}
 
 void QAPropertyStore::touch()
 {
-    static std::atomic<quint64> counter{0};
-    m_revision = ++counter;
+    m_revision = ++revisions;
+}
+
+void QAPropertyStore::inheritanceChanged()
+{
+    ++inheritance;
 }
 
 QVariant QAPropertyStore::property(const QString& name) const
@@ -39,7 +75,52 @@ QVariant QAPropertyStore::property(const QString& name) const
     if (own != m_properties.cend())
         return *own;
     const QAPropertyStore* inherited = inheritOf();
-    return inherited ? inherited->property(name) : QVariant();
+    if (!inherited)
+        return QVariant();
+    if (const QHash<QString, QVariant>* merged = inherited->mergedValues())
+        return merged->value(name);
+    return inherited->property(name);
+}
+
+const QHash<QString, QVariant>* QAPropertyStore::mergedValues() const
+{
+    if (!m_merged)
+        m_merged = std::make_unique<MergedView>();
+    MergedView& m = *m_merged;
+    const quint64 nowRevisions = revisions;
+    const quint64 nowInheritance = inheritance;
+    if (m.revisions != nowRevisions || m.inheritance != nowInheritance) {
+        // Something changed somewhere: the view stands if its chain did not.
+        QList<QPair<const QAPropertyStore*, quint64>> stamps;
+        stamps.reserve(m.stamps.size());
+        for (const QAPropertyStore* s = this; s; s = s->inheritOf()) {
+            stamps.append({s, s->m_revision});
+            if (stamps.size() > 1000) // a chain that runs in a circle
+                return nullptr;
+        }
+        if (stamps != m.stamps) {
+            m.stamps = std::move(stamps);
+            m.values = QHash<QString, QVariant>();
+            m.built = false;
+            m.lookups = 0;
+        }
+        m.revisions = nowRevisions;
+        m.inheritance = nowInheritance;
+    }
+    if (m.built)
+        return &m.values;
+    // A store that inherits nothing is its own view.
+    if (m.stamps.size() < 2)
+        return &m_properties;
+    if (++m.lookups < lookupsBeforeMerging)
+        return nullptr;
+    for (auto s = m.stamps.crbegin(); s != m.stamps.crend(); ++s) {
+        const QHash<QString, QVariant>& own = s->first->m_properties;
+        for (auto it = own.cbegin(); it != own.cend(); ++it)
+            m.values.insert(it.key(), it.value());
+    }
+    m.built = true;
+    return &m.values;
 }
 
 QAPropertyStore* QAPropertyStore::inheritOf() const

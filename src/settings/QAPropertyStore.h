@@ -10,6 +10,8 @@
 #include <QStringList>
 #include <QVariant>
 
+#include <memory>
+
 // A map from setting key to value whose look-up falls back, key by key, to
 // the store it inherits from (inheritOf(), null in this class). Writes only
 // ever touch this store's own map.
@@ -26,8 +28,12 @@ public:
     // The effective value: the own entry, else the inherited store's
     // property(), else an invalid variant.
     virtual QVariant property(const QString& name) const;
-    // The store this one inherits from, or null.
+    // The store this one inherits from, or null. A subclass whose answer
+    // can change (its owner moved, a store added or removed) calls
+    // inheritanceChanged() when it does: stores keep what they inherit
+    // until then or until a value changes.
     virtual QAPropertyStore* inheritOf() const;
+    static void inheritanceChanged();
 
     // True when the key is in this store's own map (inheritance not consulted).
     bool hasProperty(const QString& name) const { return m_properties.contains(name); }
@@ -60,7 +66,13 @@ public:
 private:
     // A fresh revision from a process-wide counter.
     void touch();
+    // The values of this store and of every store it inherits from, the
+    // nearest winning, once looked up through often enough to pay for
+    // itself; null until then. Kept with the revisions of the chain.
+    const QHash<QString, QVariant>* mergedValues() const;
 
+    struct MergedView;
     QHash<QString, QVariant> m_properties;
     quint64 m_revision = 0;
+    mutable std::unique_ptr<MergedView> m_merged;
 };

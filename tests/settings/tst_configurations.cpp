@@ -162,6 +162,35 @@ private slots:
         QVERIFY(!own->property(u"sourceExt"_s).isValid()); // nor the initial defaults
     }
 
+    // Look-ups many enough to keep a merged view of the chain still see
+    // every change: a value above, a store added or removed on the way, the
+    // node moved under another parent.
+    void lookupsFollowEveryChange()
+    {
+        Tree tree;
+        auto* other = new QAStNodeContainer(u"G2"_s, QPixmap(), &tree.project);
+        other->addConfiguration(debug)->setProperty(u"cflags"_s, "-other");
+        QAStConfiguration* own = tree.node->configuration(debug);
+        const auto seen = [own] {
+            QString value;
+            for (int i = 0; i < 100; ++i)
+                value = own->property(u"cflags"_s).toString();
+            return value;
+        };
+        tree.project.configuration(debug)->setProperty(u"cflags"_s, "-project");
+        QCOMPARE(seen(), u"-project"_s);
+        tree.group->configuration(debug)->setProperty(u"cflags"_s, "-group");
+        QCOMPARE(seen(), u"-group"_s);
+        other->addChild(tree.node, nullptr);
+        QCOMPARE(seen(), u"-other"_s);
+        QVERIFY(other->removeConfiguration(debug));
+        QCOMPARE(seen(), QString());
+        other->addConfiguration(debug);
+        QCOMPARE(seen(), u"-project"_s);
+        tree.project.configuration(debug)->unsetProperty(u"cflags"_s);
+        QCOMPARE(seen(), tree.project.initialConfiguration(debug)->property(u"cflags"_s).toString());
+    }
+
     void resetShowsTheInheritedValue()
     {
         Tree tree;
