@@ -380,7 +380,7 @@ private:
     bool changedSinceBuild() const;
     QString settingsDigest() const;
     // The record of the node's last good build, beside its products:
-    // <intdir>/<name>.built (docs/formats/driver-scripts.md).
+    // <intdir>/<name>.built (docs/ARCHITECTURE.md, "Build and execution walk").
     QString buildRecordFile() const;
     void recordBuild();
     void forgetBuild();
