@@ -201,25 +201,29 @@ SDK110_BENCHMARK(splitAgainstAwk, "split: 256 MiB runtime output against awk")
     return m;
 }
 
-SDK110_BENCHMARK(splitAgainstCopy, "split: 1 GiB runtime output against cp")
+SDK110_BENCHMARK(splitAgainstCopy, "split: 1 GiB runtime output against cat")
 {
+    // A router reads and writes every byte, so a user-space copy is its
+    // bound: cat reads and writes the same bytes through its buffer (cp
+    // copies inside the kernel and is no fair bound).
     const std::shared_ptr<GeneratedOutput> generated = generatedOutput();
     const QString splitDir = generated->dir.filePath(QStringLiteral("split"));
     const QString copy = generated->dir.filePath(QStringLiteral("copy.out"));
-    std::printf("  a ratio r means cp runs at 1/r of the split's time: target 4x (0.25),"
-                " aim 2x (0.5)\n");
+    std::printf("  the goal: the split at 0.8x the speed of cat or better, a ratio of"
+                " 1.25x or less\n");
     std::fflush(stdout);
 
     Bench::Measure m;
     m.subject = QStringLiteral("QASTSplitSurvey::splitFile");
-    m.baseline = QStringLiteral("cp of the same file");
+    m.baseline = QStringLiteral("cat FILE > OUT of the same file");
     m.runSubject = [generated, splitDir] {
         QASTSplitSurvey::splitFile(generated->input, splitDir);
     };
     m.runBaseline = [generated, copy] {
-        run(QStringLiteral("cp"), {generated->input, copy});
+        run(QStringLiteral("sh"), {QStringLiteral("-c"), QStringLiteral("cat \"$0\" > \"$1\""),
+                                   generated->input, copy});
     };
-    m.target = 4.0;
+    m.target = 1.25;
     m.repetitions = 3;
     return m;
 }
