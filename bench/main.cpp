@@ -89,6 +89,16 @@ int main(int argc, char** argv)
     QApplication app(argc, argv);
     const QStringList filters = app.arguments().mid(1);
     QTextStream out(stdout);
+    if (filters == QStringList{QStringLiteral("--help")} || filters == QStringList{QStringLiteral("-h")}) {
+        out << "Usage: sdk110-bench [SUBSTRING...]\n"
+               "       sdk110-bench --list\n\n"
+               "Runs the benchmarks whose name holds one of the substrings (all without\n"
+               "one). Each times its subject and a baseline on the same input, alternating\n"
+               "them, and prints the medians in wall and processor time (its own and that\n"
+               "of the programs it ran) and the ratio against its target. Exit status 1\n"
+               "when a benchmark is over its target. --list prints every name.\n";
+        return 0;
+    }
     if (filters == QStringList{QStringLiteral("--list")}) {
         for (const Bench::Benchmark& b : Bench::registry())
             out << b.name << "\n";
