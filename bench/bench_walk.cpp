@@ -238,7 +238,7 @@ SDK110_BENCHMARK(walkBuild, "walk: build 200 nodes with drivers that do nothing"
     m.baseline = QStringLiteral("a shell loop running the same driver command 200 times");
     m.runSubject = [setup] { buildProject(*setup); };
     m.runBaseline = [setup, loopScript, workingDir] { runDriverLoop(loopScript, workingDir); };
-    m.target = 1.3;
+    m.target = 1.2;
     m.repetitions = 3;
     return m;
 }
