@@ -464,24 +464,17 @@ bool QAStProject::saveAs(const QString& file, const QString& extension, bool kee
 bool QAStProject::writeFiles(const QString& file)
 {
     // Both files are written in full before either is replaced, so a
-    // failure (a full disk) leaves the former pair whole.
-    QByteArray projectBytes;
-    {
-        QTextStream s(&projectBytes, QIODevice::WriteOnly);
-        QAStProject::write(s, 0);
-    }
+    // failure (a full disk) leaves the former pair whole. Each streams to
+    // its temporary file: a large project is never held as text.
     const QString objects = browseInformationFilePath();
     const QString formerDirectory = m_rootFolder->directory();
     // The file tree's paths are written against the place of its file.
     m_rootFolder->setDirectory(QFileInfo(objects).absolutePath());
-    QByteArray objectBytes;
-    {
-        QTextStream s(&objectBytes, QIODevice::WriteOnly);
-        m_rootFolder->writeDocument(s);
-    }
     QString failed;
     QString reason;
-    if (QAFileUtil::replaceFiles({{file, projectBytes}, {objects, objectBytes}}, &failed, &reason))
+    if (QAFileUtil::replaceFiles({{file, {}, [this](QTextStream& s) { QAStProject::write(s, 0); }},
+                                  {objects, {}, [this](QTextStream& s) { m_rootFolder->writeDocument(s); }}},
+                                 &failed, &reason))
         return true;
     m_rootFolder->setDirectory(formerDirectory);
     return reportSaveFailure(failed, reason);

@@ -8,6 +8,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+
 class QTextStream;
 
 // Path helpers shared by the items that store paths relative to a directory
@@ -55,10 +57,13 @@ public:
     static bool replaceFile(const QString& path, const QByteArray& bytes,
                             QString* reason = nullptr);
 
-    // One file of replaceFiles: its path and its whole new content.
+    // One file of replaceFiles: its path and its whole new content, or,
+    // when write is set, the function that streams the content as UTF-8
+    // text (a large file is never held in memory whole).
     struct FileContent {
         QString path;
         QByteArray bytes;
+        std::function<void(QTextStream&)> write;
     };
     // Replaces several files as one: every content is written in full to a
     // temporary file beside its file first; only then do they take the

@@ -3,6 +3,8 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
+#include <QIODevice>
+#include <QTextStream>
 
 #include <cerrno>
 #include <cstring>
@@ -68,6 +70,54 @@ bool writeWhole(QFile& file, const QByteArray& bytes, QString* reason)
     return true;
 }
 
+// A device in front of a file that writes every byte it is given as
+// writeWhole does, so that a short write is retried and a failure keeps
+// the system's reason (a file's own write reports a short write as done).
+class WholeWrites : public QIODevice {
+public:
+    explicit WholeWrites(QFile& file) : m_file(file) { open(QIODevice::WriteOnly); }
+    QString reason;
+
+protected:
+    qint64 readData(char*, qint64) override { return -1; }
+    qint64 writeData(const char* data, qint64 size) override
+    {
+        for (qint64 done = 0; done < size;) {
+            const qint64 count = reason.isEmpty() ? m_file.write(data + done, size - done) : -1;
+            if (count <= 0) {
+                if (reason.isEmpty())
+                    reason = m_file.errorString();
+                return -1;
+            }
+            done += count;
+        }
+        return size;
+    }
+
+private:
+    QFile& m_file;
+};
+
+// The text the writer streams, in UTF-8 through the stream's buffer,
+// every byte written; then flushed to the disk. The stream is flushed
+// here, so that a failure of its last buffer is seen too.
+bool streamWhole(QFile& file, const std::function<void(QTextStream&)>& write, QString* reason)
+{
+    WholeWrites device(file);
+    {
+        QTextStream stream(&device);
+        write(stream);
+        stream.flush();
+        if (stream.status() != QTextStream::Ok && device.reason.isEmpty())
+            device.reason = file.errorString();
+    }
+    if (!device.reason.isEmpty()) {
+        *reason = device.reason;
+        return false;
+    }
+    return writeWhole(file, QByteArray(), reason);
+}
+
 // One file on its way: the new content in temporary, the former file kept
 // in former until every file is in place.
 struct Staged {
@@ -98,7 +148,8 @@ public:
         if (staged.existed)
             file.setPermissions(QFile::permissions(content.path));
         QString why;
-        if (!writeWhole(file, content.bytes, &why))
+        if (content.write ? !streamWhole(file, content.write, &why)
+                          : !writeWhole(file, content.bytes, &why))
             return fail(content.path, why);
         file.close();
         return true;
