@@ -12,7 +12,7 @@
 #include "TestFiles.h"
 #include "TestPaths.h"
 
-#include <QProcess>
+#include <QSignalSpy>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -80,45 +80,6 @@ private slots:
         QVERIFY(m_dir->isValid());
     }
 
-    void driverMeasuresFunctions_data()
-    {
-        QTest::addColumn<int>("line");
-        QTest::addColumn<int>("vg");
-        QTest::addColumn<int>("statements");
-        QTest::addColumn<int>("nested");
-        QTest::addColumn<int>("code");
-        QTest::addColumn<int>("comments");
-
-        // one: a single return. sign: if, &&, else if. sum_to: for, while and
-        // a do-while; nested braces two deep. describe: two cases and a "?";
-        // the braces and "&&" of its string do not count.
-        QTest::newRow("one") << 5 << 1 << 1 << 0 << 1 << 0;
-        QTest::newRow("sign") << 9 << 4 << 5 << 0 << 8 << 1;
-        QTest::newRow("sum_to") << 18 << 4 << 8 << 2 << 14 << 0;
-        QTest::newRow("describe") << 33 << 4 << 8 << 1 << 15 << 1;
-    }
-    void driverMeasuresFunctions()
-    {
-        QFETCH(int, line);
-        QFETCH(int, vg);
-        QFETCH(int, statements);
-        QFETCH(int, nested);
-        QFETCH(int, code);
-        QFETCH(int, comments);
-        const QStringList files = runDriver({source("calc.c")});
-        REQUIRE_DRIVER(files);
-        QMetQuery query(files);
-        query.init();
-        const QString calc = source("calc.c");
-        QVERIFY(query.findLine(calc, line));
-        QCOMPARE(query.findLine(calc, line)->type(), u"FUNCTION"_s);
-        QCOMPARE(query.itemMetric(calc, line, "VG"), float(vg));
-        QCOMPARE(query.itemMetric(calc, line, "Statements"), float(statements));
-        QCOMPARE(query.itemMetric(calc, line, "NestedLevel"), float(nested));
-        QCOMPARE(query.itemMetric(calc, line, "Src1"), float(code));
-        QCOMPARE(query.itemMetric(calc, line, "Src2"), float(comments));
-    }
-
     void driverMeasuresTheFile()
     {
         const QString calc = source("calc.c");
@@ -126,7 +87,21 @@ private slots:
         REQUIRE_DRIVER(files);
         QMetQuery query(files);
         query.init();
-
+        // Each function by its line: VG, Statements, NestedLevel, Src1, Src2.
+        // one: a single return. sign: if, &&, else if. sum_to: for, while and
+        // a do-while; nested braces two deep. describe: two cases and a "?";
+        // the braces and "&&" of its string do not count.
+        const int functions[][6] = {{5, 1, 1, 0, 1, 0}, {9, 4, 5, 0, 8, 1}, {18, 4, 8, 2, 14, 0}, {33, 4, 8, 1, 15, 1}};
+        for (const auto& f : functions) {
+            const int line = f[0];
+            QVERIFY(query.findLine(calc, line));
+            QCOMPARE(query.findLine(calc, line)->type(), u"FUNCTION"_s);
+            QCOMPARE(query.itemMetric(calc, line, "VG"), float(f[1]));
+            QCOMPARE(query.itemMetric(calc, line, "Statements"), float(f[2]));
+            QCOMPARE(query.itemMetric(calc, line, "NestedLevel"), float(f[3]));
+            QCOMPARE(query.itemMetric(calc, line, "Src1"), float(f[4]));
+            QCOMPARE(query.itemMetric(calc, line, "Src2"), float(f[5]));
+        }
         // int one(void) { return 1; }: operators int ( void { return ; (6,
         // all distinct), operands one 1: E = 6/2 * 2/2 * 8 * log2(8) = 72.
         QCOMPARE(query.itemMetric(calc, 5, "Effort"), 72.0f);
@@ -148,7 +123,6 @@ private slots:
         REQUIRE_DRIVER(files);
         QMetQuery query(files);
         query.init();
-
         QMetElement* stack = query.root()->findClass(u"Stack"_s);
         QVERIFY(stack);
         QCOMPARE(stack->fileName(), u"stack.h"_s);
@@ -160,7 +134,6 @@ private slots:
         QCOMPARE(value(stack, "VG_SUM2"), 9.0f);
         QCOMPARE(query.itemMetric(header, stack->lineNumber(), "VG"), 9.0f);
         QCOMPARE(query.itemMetric(header, stack->lineNumber(), "Src1"), value(stack, "Src1"));
-
         QMetElement* file = query.fileElement(body);
         QVERIFY(file);
         QCOMPARE(child(file, "~Stack")->type(), u"DESTRUCTOR"_s);
@@ -175,7 +148,6 @@ private slots:
         tree.init();
         QMetElement* file = tree.fileElement(u"/src/partial.c"_s);
         QVERIFY(file);
-
         QCOMPARE(value(file, "Calls_SUM"), 12.0f);
         QCOMPARE(value(file, "Calls_MEAN"), 6.0f);
         QCOMPARE(file->counter(u"Calls_MEAN"_s), 2);
@@ -207,7 +179,6 @@ private slots:
             f = source(f);
         QMetQuery query(files);
         query.init();
-
         QCOMPARE(query.root()->type(), u"ROOT"_s);
         QCOMPARE(query.root()->name(), u"Root"_s);
         QCOMPARE(query.root()->children().size(), 2);
@@ -241,14 +212,12 @@ private slots:
         QCOMPARE(query.itemMetric(file, 8, "TestingTime"), 3.0f);
         QCOMPARE(query.fileMetric(file, "TestingTime_SUM"), 5.0f);
         QCOMPARE(query.fileElement(file)->metric("TestingTime_SUM")->name(), u"Sum of Testing Time"_s);
-
         query.stroudChange(9.0f);
         QCOMPARE(query.stroudNumber(), 9.0f);
         QCOMPARE(query.itemMetric(file, 3, "TestingTime"), 4.0f);
         QCOMPARE(query.fileMetric(file, "TestingTime_SUM"), 10.0f);
         query.init(); // a new reading keeps the number
         QCOMPARE(query.itemMetric(file, 8, "TestingTime"), 6.0f);
-
         query.stroudChange(0.0f);
         QCOMPARE(query.stroudNumber(), 9.0f);
         QCOMPARE(query.itemMetric(file, 3, "TestingTime"), 4.0f);
@@ -343,7 +312,6 @@ private slots:
         QMetQuery query(QStringList{broken, source("partial.met"), missing, source("effort.met")});
         query.init();
         QAStProject::setModeBatch(false);
-
         const QStringList expected{"Parsing error for file " + broken, "Parsing error for file " + missing};
         if (batch) {
             QCOMPARE(m_studio->requestTexts(RecordingStudio::Request::Warning), QStringList());
@@ -368,7 +336,6 @@ private slots:
         QVERIFY(errors.at(1).contains(u"\"1,5\""_s));
         QVERIFY(errors.at(2).contains(u"\"nan\""_s));
         QVERIFY(errors.at(3).contains(u"it has no key"_s));
-
         const QString file = u"/src/values.c"_s;
         QMetElement* f = query.findLine(file, 2);
         QVERIFY(f);
@@ -393,24 +360,12 @@ private:
     {
         if (QStandardPaths::findExecutable(u"perl"_s).isEmpty())
             return {};
-        const QString install = TestPaths::installTree();
-        const QString metdir = m_dir->filePath(u"met"_s);
-        QStringList written;
-        for (const QString& file : sources) {
-            const QString assignments = m_dir->filePath(u"assign.pl"_s);
-            TestFiles::writeFile(assignments,
-                                 (QAStMetricManager::assignments(metdir, file, m_dir->filePath("log")) + "1;\n")
-                                     .toUtf8());
-            QProcess perl;
-            perl.setProcessChannelMode(QProcess::MergedChannels);
-            perl.start(u"perl"_s, {"-I" + install + "/lib/perl", install + "/scripts/Metrics.pl", assignments});
-            if (!perl.waitForFinished(60000) || perl.exitCode() != 0) {
-                qWarning("Metrics.pl failed on %s: %s", qPrintable(file), perl.readAll().constData());
-                return {};
-            }
-            written << QAStMetricManager::metricFileName(metdir, file);
-        }
-        return written;
+        QAStMetricManager manager(m_dir->filePath(u"met"_s));
+        manager.setFileList(sources);
+        QSignalSpy ended(&manager, &QAStMetricManager::computeMetricTerminated);
+        if (!manager.start() || !ended.wait(60000) || !manager.failedFiles().isEmpty())
+            return {};
+        return manager.metricFiles();
     }
 
     std::unique_ptr<RecordingStudio> m_studio;

@@ -146,7 +146,6 @@ private slots:
             TestFiles::writeFile(source(s), TestFiles::readFile(example + s));
             copies << source(s);
         }
-
         QAStMetricManager manager(m_dir.filePath(u"metrics"_s));
         manager.setFileList(copies);
         QSignalSpy ended(&manager, &QAStMetricManager::computeMetricTerminated);
@@ -155,7 +154,6 @@ private slots:
         QVERIFY2(manager.failedFiles().isEmpty(), qPrintable(manager.failedFiles().join(", ")));
         QVERIFY(manager.state());
         QCOMPARE(manager.metricFiles().size(), sources.size());
-
         m_query = std::make_unique<QMetQuery>(manager.metricFiles());
         m_query->init();
         QVERIFY(m_query->reader()->errors().isEmpty());
@@ -317,7 +315,6 @@ private slots:
         QVERIFY(closeTo(value(calc, "TestingTime_SUM"), value(calc, "Effort_SUM") / 18.0, 1e-3));
         const QMetElement* root = m_query->root();
         QVERIFY(closeTo(value(root, "TestingTime_SUM"), value(root, "Effort_SUM") / 18.0, 1e-3));
-
         m_query->stroudChange(36);
         QCOMPARE(value(multiply, "TestingTime"), 20.0f);
         QVERIFY(closeTo(value(root, "TestingTime_SUM"), value(root, "Effort_SUM") / 36.0, 1e-3));

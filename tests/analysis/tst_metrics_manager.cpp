@@ -77,7 +77,6 @@ private slots:
                                       "end it's.c 1", "start stack.cpp", "end stack.cpp 1",
                                       "terminated canceled=0 state=1"}));
         QVERIFY(!manager.inProgress());
-
         QCOMPARE(m_studio->progressLabels(), QStringList({"Computing Metric in progress",
                               "Compute Metric for File:" + source("it's.c"),
                               "Compute Metric for File:" + source("stack.cpp")}));
@@ -142,7 +141,6 @@ private slots:
             measured << QFileInfo(file).fileName().section(u'.', 0, -3);
         }
         QCOMPARE(measured, computed);
-
         QTRY_VERIFY(manager.isNull()); // deleted once the run ended
     }
 

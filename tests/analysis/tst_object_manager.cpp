@@ -82,14 +82,12 @@ private slots:
         const QList<QAStFile*> files = m_browser->files();
         QCOMPARE(files.size(), 7);
         QCOMPARE(files.last()->name(), u"printer.c"_s);
-
         QAStFileAnalyse run(files);
         QSignalSpy finished(&run, &QAStFileAnalyse::finished);
         QVERIFY(run.start());
         QVERIFY(finished.wait(60000));
         QCOMPARE(run.analysedFiles().size(), 6);
         QVERIFY(run.failedFiles().isEmpty());
-
         QCOMPARE(topTexts(*m_browser), QStringList{"Test Items"});
         const QTreeWidgetItem* top = m_browser->topLevelItem(0);
         QCOMPARE(texts(top), (QStringList{"Classes", "Functions", "Packages"}));
@@ -212,7 +210,6 @@ private slots:
         QVERIFY(before.contains(u"  function evaluate(const std::string & expression)"_s));
         QVERIFY(m_project->save());
         QVERIFY(TestFiles::readFile(path(u"sub/printer/printer.inf"_s)).contains("<function>"));
-
         QAStProject reloaded(u"calculator"_s, QPixmap());
         QVERIFY(reloaded.open(path(u"calculator.rtp"_s)));
         QAStObjectManager browser(&reloaded);

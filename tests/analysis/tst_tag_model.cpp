@@ -106,7 +106,6 @@ private slots:
         area->setSignature(u"(int a, T<b>&) const"_s);
         new QAStAStructTag(u"Point"_s, file->filePath(), 12, ns, shape);
         new QAStAFunctionTag(u"counter"_s, file->filePath(), -1, ns, ns->last());
-
         const QString text = file->toString();
         std::unique_ptr<QAStData> back = buildItem(text);
         auto* read = qobject_cast<QAStFile*>(back.get());
@@ -114,7 +113,6 @@ private slots:
         QCOMPARE(QAStData::loadReport(), QString());
         QCOMPARE(read->toString(), text);
         QCOMPARE(TagFixtures::dump(read), TagFixtures::dump(file));
-
         const auto* readShape = qobject_cast<QAStAClassTag*>(read->descendants().at(1));
         QCOMPARE(readShape->inherits(), shape->inherits());
         QCOMPARE(readShape->iconFileName(), u"class_protected_xpm"_s);
@@ -133,7 +131,6 @@ private slots:
         QCOMPARE(lines.mid(0, 4), (QStringList{"<method>", "  <function>", "    <tested_tag>", "      <tag>"}));
         QCOMPARE(lines.mid(lines.size() - 6), (QStringList{"      </tag>", "    </tested_tag>", "  </function>",
                               "  <complete_name>A::f</complete_name>", "</method>", ""}));
-
         QAStAClassTag c(u"A"_s, u"/a.h"_s, 1);
         c.setInherits({u"B"_s, u"C"_s});
         QVERIFY(c.toString().endsWith("  </tested_tag>\n  <inherits>B,C</inherits>\n</class>\n"));
@@ -141,49 +138,23 @@ private slots:
         QVERIFY(p.toString().endsWith("  </tested_tag>\n  <complete_name></complete_name>\n</package>\n"));
         QAStAStructTag s(u"S"_s, u"/a.h"_s, 1);
         QVERIFY(s.toString().startsWith("<struct>\n  <tested_tag>\n    <tag>\n"));
+        QAStFile file(u"/src/a.c"_s);
+        QCOMPARE(file.name(), u"a.c"_s);
+        QCOMPARE(file.line(), -1);
+        QVERIFY(file.toString().startsWith(u"<file>\n  <tested_tag>\n    <tag>\n"_s));
+        QVERIFY(file.toString().endsWith(u"  </tested_tag>\n</file>\n"_s));
 
         // Without a line element, a kind reads -1 as the plain tag does.
         std::unique_ptr<QAStData> noLine = buildItem(QStringLiteral(
             "<class><tested_tag><tag><data><name>A</name><quid>3</quid></data></tag></tested_tag>" "</class>"));
         QCOMPARE(qobject_cast<QAStATag*>(noLine.get())->line(), -1);
         QVERIFY(noLine->isValid());
-    }
-
-    void wrongInnerElementMakesTheTagInvalid()
-    {
-        std::unique_ptr<QAStData> method = buildItem(QStringLiteral(
+        // A wrong inner element makes the tag invalid.
+        std::unique_ptr<QAStData> wrong = buildItem(QStringLiteral(
             "<method><tested_tag><tag><data><name>f</name><quid>3</quid></data></tag></tested_tag>"
             "<complete_name>A::f</complete_name></method>"));
-        QVERIFY(method && !method->isValid());
+        QVERIFY(wrong && !wrong->isValid());
         QVERIFY(QAStData::loadReport().contains(u"function"_s));
-    }
-
-    void iconsFollowTheQualifier_data()
-    {
-        QTest::addColumn<bool>("isClass");
-        QTest::addColumn<int>("qualifier");
-        QTest::addColumn<QString>("icon");
-        QTest::newRow("class") << true << 1 << "class_xpm";
-        QTest::newRow("protected class") << true << 2 << "class_protected_xpm";
-        QTest::newRow("private class") << true << 4 << "class_private_xpm";
-        QTest::newRow("class both private and protected") << true << 6 << "class_private_xpm";
-        QTest::newRow("method") << false << 65 << "function_xpm";
-        QTest::newRow("protected method") << false << 2 << "method_protected_xpm";
-        QTest::newRow("private method") << false << 4 << "method_private_xpm";
-        QTest::newRow("method both private and protected") << false << 6 << "method_private_xpm";
-    }
-    void iconsFollowTheQualifier()
-    {
-        QFETCH(bool, isClass);
-        QFETCH(int, qualifier);
-        std::unique_ptr<QAStATag> tag;
-        if (isClass)
-            tag = std::make_unique<QAStAClassTag>(u"C"_s, u"/a.h"_s, 1);
-        else
-            tag = std::make_unique<QAStAMethodTag>(u"m"_s, u"/a.h"_s, 1);
-        tag->setQualifier(4);
-        tag->setQualifier(qualifier);
-        QTEST(tag->iconFileName(), "icon");
     }
 
     void testabilityRules_data()
@@ -253,7 +224,6 @@ private slots:
         auto* defined = new QAStAMethodTag(u"f"_s, body->filePath(), 5, body);
         defined->setCompleteName(u"A::f"_s);
         defined->setSignature(u"(int y)"_s);
-
         declared->setQualifier(QAStATag::Public | QAStATag::Virtual);
         QVERIFY(declared->isDirectlyTestable());
         // The body has no access words: its declaration answers for it.
@@ -266,7 +236,6 @@ private slots:
         defined->setQualifier(QAStATag::Declaration | QAStATag::Public);
         QVERIFY(defined->isDirectlyTestable());
         defined->setQualifier(0);
-
         declared->setQualifier(QAStATag::Public | QAStATag::PureVirtual);
         QVERIFY(!declared->isDirectlyTestable());
         QVERIFY(!defined->isDirectlyTestable());
@@ -329,18 +298,15 @@ private slots:
         QVERIFY(findTag<QAStAMethodTag>(body, "geo::Shape::Visitor::visit")->isDirectlyTestable());
         QCOMPARE(findTag<QAStAFunctionTag>(body, "geo::detail::counter")->declaration(),
                  findTag<QAStAFunctionTag>(header, "geo::detail::counter"));
-
         const QAStFile* cHeader = m_project->file(m_dir.filePath(u"c/ledger.h"_s));
         const QAStFile* cBody = m_project->file(m_dir.filePath(u"c/ledger.c"_s));
         QCOMPARE(findTag<QAStAFunctionTag>(cBody, "ledger_total")->declaration(),
                  findTag<QAStAFunctionTag>(cHeader, "ledger_total"));
         QVERIFY(!findTag<QAStAFunctionTag>(cBody, "checked")->declaration());
-
         const QAStFile* spec = m_project->file(m_dir.filePath(u"ada/stacks.ads"_s));
         const QAStFile* adaBody = m_project->file(m_dir.filePath(u"ada/stacks.adb"_s));
         QCOMPARE(findTag<QAStAFunctionTag>(spec, "Stacks.Inner.Reset")->implementation(),
                  findTag<QAStAFunctionTag>(adaBody, "Stacks.Inner.Reset"));
-
         const QAStFile* java = m_project->file(m_dir.filePath(u"java/Account.java"_s));
         auto* render = findTag<QAStAMethodTag>(java, "Account.Statement.render");
         QVERIFY(render && !render->declaration());
@@ -350,25 +316,12 @@ private slots:
         QCOMPARE(render->language(), int(QAStFile::LanguageJava));
     }
 
-    void editGoesThroughTheHost()
-    {
-        const QAStFile* body = m_project->file(m_dir.filePath(u"cpp/shapes.cpp"_s));
-        auto* move = findTag<QAStAMethodTag>(body, "geo::Shape::move");
-        move->doubleClickAction();
-        move->editDeclaration();
-        QAStATag unknownLine(u"x"_s, QPixmap(), u"/a.c"_s, -1);
-        unknownLine.edit();
-        QCOMPARE(m_studio->editedFiles(),
-                 (QStringList{body->filePath() + ":9", m_dir.filePath("cpp/shapes.h") + ":17", "/a.c:0"}));
-    }
-
     void testCreatesANodeOfTheLanguage()
     {
         const QAStFile* header = m_project->file(m_dir.filePath(u"cpp/shapes.h"_s));
         const QAStFile* cHeader = m_project->file(m_dir.filePath(u"c/ledger.h"_s));
         const QAStFile* java = m_project->file(m_dir.filePath(u"java/Account.java"_s));
         const QAStFile* spec = m_project->file(m_dir.filePath(u"ada/stacks.ads"_s));
-
         struct Expected {
             QAStATag* tag;
             const char* kind;
@@ -410,6 +363,7 @@ private slots:
         QCOMPARE(m_project->childCount(), nodes);
     }
 
+    // The menu of a tag, its edits going through the host.
     void popupMenuOffersTheTagsActions()
     {
         const QAStFile* header = m_project->file(m_dir.filePath(u"cpp/shapes.h"_s));
@@ -418,12 +372,18 @@ private slots:
         QCOMPARE(actionTexts(menu.get()),
                  (QStringList{"Edit", "Edit Declaration", "Edit Implementation", "|", "Test"}));
         action(menu.get(), "Edit Implementation")->trigger();
-        QCOMPARE(m_studio->editedFiles(), QStringList{m_dir.filePath("cpp/shapes.cpp") + ":34"});
+        // Double click, declaration and a tag of no known line through the host too.
+        const QAStFile* body = m_project->file(m_dir.filePath(u"cpp/shapes.cpp"_s));
+        auto* move = findTag<QAStAMethodTag>(body, "geo::Shape::move");
+        move->doubleClickAction();
+        move->editDeclaration();
+        QAStATag(u"x"_s, QPixmap(), u"/a.c"_s, -1).edit();
+        QCOMPARE(m_studio->editedFiles(), (QStringList{body->filePath() + ":34", body->filePath() + ":9",
+                                                       m_dir.filePath("cpp/shapes.h") + ":17", "/a.c:0"}));
         const int nodes = m_project->childCount();
         action(menu.get(), "Test")->trigger();
         QCOMPARE(m_project->childCount(), nodes + 1);
         QCOMPARE(m_project->last()->name(), u"Test geo::Circle::area"_s);
-
         auto* pure = findTag<QAStAMethodTag>(header, "geo::Shape::area");
         menu.reset(pure->popupMenu(nullptr, m_project.get()));
         QCOMPARE(actionTexts(menu.get()), (QStringList{"Edit", "Edit Declaration", "Edit Implementation (off)"}));
@@ -456,7 +416,6 @@ private slots:
         tag.setSignature(u"(int a, T<b>&)"_s);
         auto* inner = new QAStATag(u"push"_s, QPixmap(), u"/src/stack.h"_s, -1, &tag, nullptr);
         inner->setQuid(71);
-
         const QString expected = "<tag>\n" + dataBlock("Stack", 70, 1) + "  <filepath>/src/stack.h</filepath>\n"
             "  <line>12</line>\n"
             "  <qualifier>5</qualifier>\n"
@@ -473,7 +432,6 @@ private slots:
                                        "  </tag_child>\n"
                                        "</tag>\n";
         QCOMPARE(tag.toString(), expected);
-
         std::unique_ptr<QAStData> back = buildItem(expected);
         auto* read = qobject_cast<QAStATag*>(back.get());
         QVERIFY(read && read->isValid());
@@ -481,16 +439,6 @@ private slots:
         QCOMPARE(read->qualifier(), 5);
         QCOMPARE(read->children().size(), 1);
         QCOMPARE(read->toString(), expected);
-    }
-
-    void fileWrapsTheTestedTag()
-    {
-        QAStFile file(u"/src/a.c"_s);
-        QCOMPARE(file.name(), u"a.c"_s);
-        QCOMPARE(file.line(), -1);
-        const QString fileText = file.toString();
-        QVERIFY(fileText.startsWith(u"<file>\n  <tested_tag>\n    <tag>\n"_s));
-        QVERIFY(fileText.endsWith(u"  </tested_tag>\n</file>\n"_s));
     }
 
     void lineIsMinusOneWhenAbsentOrBad_data()
@@ -525,7 +473,6 @@ private slots:
         QCOMPARE(QAStData::loadReport(), u"folder bad place\n"_s);
         QCOMPARE(m_studio->messages(QAStData::MessageConsole),
                  QStringList{u"Tag ignored in the group: folder"_s});
-
         std::unique_ptr<QAStData> broken = buildItem(u"<tag><filepath>/a.c</filepath></tag>"_s);
         QVERIFY(broken && !broken->isValid());
     }
@@ -542,7 +489,6 @@ private slots:
         QFETCH(bool, useRelativePath);
         QFETCH(QString, written);
         QAStData::preferences()->setUseRelativePath(useRelativePath);
-
         QAStRootFolder root(u"files"_s);
         root.setDirectory(u"/project"_s);
         auto* file = new QAStFile(u"src/a.c"_s, &root, nullptr);

@@ -52,7 +52,6 @@ private slots:
     {
         QTest::addColumn<QString>("source");
         QTest::addColumn<QStringList>("tree");
-
         QTest::newRow("C++ header") << "cpp/shapes.h" << QStringList{
             "package geo",
             "  struct Point",
@@ -141,7 +140,6 @@ private slots:
         QVERIFY(lines.contains("area\t" + path + "\t16;\"\tprototype\tclass:geo::Shape\taccess:public"
             "\tsignature:() const\timplementation:pure virtual"));
         QVERIFY(lines.contains("Circle\t" + path + "\t34;\"\tclass\tnamespace:geo\tinherits:Shape"));
-
         const auto* circle = qobject_cast<QAStAClassTag*>(file->descendants().at(12));
         QVERIFY(circle);
         QCOMPARE(circle->line(), 34);
@@ -159,7 +157,6 @@ private slots:
         QTest::addColumn<QString>("source");
         QTest::addColumn<QByteArray>("text");
         QTest::addColumn<QStringList>("tree");
-
         QTest::newRow("typedef of an anonymous struct") << "c/point.c"
             << QByteArray("typedef struct {\n    int x;\n} point;\n"
                           "typedef struct { int y; } *point_ptr, point_alias;\n"
@@ -299,7 +296,6 @@ private slots:
         QTest::addColumn<QString>("encoding");
         QTest::addColumn<QByteArray>("text");
         QTest::addColumn<QStringList>("tree");
-
         const QByteArray utf8Line = "Gr\xc3\xb6\xc3\x9f" "e\ta.h\t1;\"\tfunction\tsignature:(int ma\xc3\x9f)\n";
         const QByteArray latin1Line = "Ma\xdf\ta.h\t2;\"\tfunction\n";
         const QString utf8Tag = u"function Gr\u00f6\u00dfe(int ma\u00df)"_s;
@@ -461,7 +457,6 @@ private slots:
         auto* script = new QAStFile(m_dir->filePath(u"run.sh"_s), m_tree.get());
         QVERIFY(!script->isSourceFile());
         QVERIFY(!script->taggingInformation(true));
-
         QSignalSpy started(QAStFile::taggingNotifier(), &QAStFileTaggingNotifier::taggingStarted);
         QSignalSpy ended(header, &QAStFile::taggingTerminated);
         QVERIFY(header->taggingInformation(true));

@@ -170,7 +170,6 @@ private slots:
         QVERIFY2(command.startsWith("gcc -std=c99 '-DMSG=\"two words\"' -g -O0 -DFROM_PACKAGE=1 -DOTHER -I"), command);
         QVERIFY(command.contains(" -I" + path("include").toUtf8() + " -fPIC -c "));
         QVERIFY(command.endsWith(" -o obj/calc.o"));
-
         write("src/shape.cpp", "namespace shapes { constexpr int area(int w) { return w * w; } }\n"
                                "static_assert(shapes::area(3) == 9, \"C++\");\n");
         v = vars("shape.cpp");
@@ -193,7 +192,6 @@ private slots:
         QVERIFY2(QRegularExpression(R"(src/bad\.c:3:\d+: error: .undeclared_name)").match(QString::fromUtf8(r.output)).hasMatch(), r.output);
         QCOMPARE(r.lastLine(), "bad.c: compilation of " + path("src/bad.c").toUtf8() + " failed (status 1)");
         QVERIFY(!QFileInfo::exists(path("obj/bad.o")));
-
         v["FILENAME"] = path("src/none.c");
         r = run("Build", v, "source");
         QVERIFY(r.code != 0);
@@ -254,7 +252,6 @@ private slots:
         v["OBJECTS"] = QStringList{"obj/b.o"};
         QCOMPARE(run("Build", v, "library").code, 0);
         QCOMPARE(members("lib/out/libab.a"), QByteArray("b.o\n"));
-
         v["STAGE"] = "cpter";
         v["LIBRARY_FILE_ABS"] = path("lib/libab.so");
         QCOMPARE(run("Build", v, "library").code, 0);
@@ -264,7 +261,6 @@ private slots:
         QVERIFY2(r.code == 0, r.output);
         QVERIFY(r.output.startsWith("gcc -shared -fPIC -g -o " + path("lib/libab.so").toUtf8() + " obj/b.o"));
         QVERIFY(TestFiles::readFile(path("lib/libab.so")).startsWith("\x7f" "ELF"));
-
         v["OBJECTS"] = QStringList();
         r = run("Build", v, "library");
         QVERIFY(r.code != 0);
@@ -303,18 +299,15 @@ private slots:
         QCOMPARE(r.output.count("-c " + path("src/").toUtf8()), 2);
         for (const QString& object : objects)
             QVERIFY2(QFileInfo::exists(path(object)), qPrintable(object));
-
         r = run("Build", v, "library");
         QVERIFY2(r.code == 0, r.output);
         QCOMPARE(r.output, QByteArray("lib: is up-to-date\n"));
-
         QTest::qSleep(10);
         write("include/other.h", "#define OTHER 3\n");
         r = run("Build", v, "library");
         QCOMPARE(r.output.count(" -c "), 1);
         QVERIFY(r.has("-c " + path("src/b/x.c").toUtf8()));
         QVERIFY(r.has("ar "));
-
         v["SOURCE_ENVIRONMENTS"] = QStringList{sourceEnv("a/x.c", "-g -O1"), sourceEnv("b/x.c", "-g")};
         r = run("Build", v, "library");
         QCOMPARE(r.output.count(" -c "), 1);
@@ -334,7 +327,6 @@ private slots:
                      r.output);
         }
         QVERIFY(r.lastLine().startsWith("lib: compilation of 2 of 2 sources failed"));
-
         r = run("Clean", v, "library");
         QCOMPARE(r.code, 0);
         QVERIFY(!QFileInfo::exists(path("obj")));
@@ -365,7 +357,6 @@ private slots:
         Run r = run("Build", v, "application");
         QVERIFY2(r.code == 0, r.output);
         QVERIFY(QFileInfo(program).isExecutable());
-
         for (int pass = 0; pass < 2; ++pass) { // the second run replaces the first's records
             r = run("Execute", v, "application");
             QVERIFY2(r.code == 0, r.output);
@@ -381,7 +372,6 @@ private slots:
                                              R"(SM "calc app" 0 6 0 0)", R"(td "calc app" 0 1 0)"};
             QCOMPARE(records.mid(1), expected);
         }
-
         QFile::remove(path("obj/calc app.spt"));
         v["STAGE"] = "cptl";
         r = run("Execute", v, "application");
@@ -412,7 +402,6 @@ private slots:
         Run r = run("Build", v, "unit_testing");
         QVERIFY2(r.code == 0, r.output);
         QVERIFY(QFileInfo::exists(path("obj/test_calc.o")));
-
         r = run("Execute", v, "unit_testing");
         QCOMPARE(r.code, 1);
         QCOMPARE(r.lastLine(), QByteArray("Unit tests: test program failed with status 1"));
@@ -425,12 +414,10 @@ private slots:
                                                     R"(PL "test_calc.c:9:test_zero:PASS")", R"(FL "not ok 3 - negative")",
                                                     R"(PL "ok 4 - zero")", R"(RL "2 checks, 1 failed")",
                                                     R"(SM "Unit tests" 1 6 3 2)", R"(td "Unit tests" 1 1 1)"}));
-
         v["STAGE"] = "r"; // a report alone fails on the failed test it reads
         r = run("Execute", v, "unit_testing");
         QVERIFY(r.code != 0);
         QCOMPARE(r.lastLine(), QByteArray("Unit tests: 1 of 1 test(s) failed"));
-
         v["STAGE"] = "c";
         v["UNITTESTING_TESTSCRIPTNAME"] = path("tests/missing.c");
         r = run("Build", v, "unit_testing");
@@ -452,7 +439,6 @@ private slots:
         Run r = run("Build", v, "system_testing", {pass, path("scripts/missing.sh")});
         QVERIFY(r.code != 0);
         QVERIFY(r.has(path("scripts/missing.sh").toUtf8() + ":1: no such file\n"));
-
         r = run("Execute", v, "system_testing", {fail, pass});
         QCOMPARE(r.code, 3);
         QVERIFY(r.has("sh " + fail.toUtf8() + " value\n") && r.has("pass got value\n"));
@@ -465,7 +451,6 @@ private slots:
         QCOMPARE(records.mid(1), (QList<QByteArray>{R"(FL "FAILED: nothing works")", R"(RE "oops")",
                                                     R"(SM "fail.sh" 3 2 1 0)", R"(RL "pass got value")",
                                                     R"(SM "pass.sh" 0 1 0 0)", R"(td "System tests" 3 2 1)"}));
-
         QCOMPARE(run("Execute", v, "system_testing", {pass}).code, 0);
         r = run("Execute", v, "system_testing");
         QVERIFY(r.code != 0);
@@ -487,7 +472,6 @@ private slots:
         r = run("Clean", v, "source");
         QCOMPARE(r.code, 0);
         QCOMPARE(r.output, QByteArray());
-
         v = vars("app");
         v["OBJECTS"] = QStringList{"obj/main.o"};
         v["TESTPROGRAM_ABS"] = path("bin/app");
@@ -502,7 +486,6 @@ private slots:
         for (const QString& file : made.mid(1))
             QVERIFY2(!QFileInfo::exists(path(file)), qPrintable(file));
         QVERIFY(QFileInfo::exists(path("obj/main.o")));
-
         v["LIBRARY_FILE_ABS"] = path("lib/libx.a");
         write("lib/libx.a", "x");
         write("obj/app.spt", "x");
@@ -529,7 +512,6 @@ private slots:
         r = run("Build", v, "source");
         QVERIFY(r.code != 0);
         QVERIFY(r.has("nowhere does not exist"));
-
         v["LP_TARGETDIR"] = testPackage("CXX g++\n");
         for (const char* driver : {"Build", "Execute", "Clean"}) {
             for (const char* kind : {"object_testing", "java_testing"}) {
@@ -541,7 +523,6 @@ private slots:
         r = run("Build", v, "source");
         QVERIFY2(r.code == 0, r.output);
         QVERIFY2(r.has(path("pkg/a-first.ini").toUtf8() + ":12: '=' expected after 'CXX'\n"), r.output);
-
         write("bad-env.pl", "$NAME='x';\n$STAGE=;\n1;\n");
         QProcess perl;
         perl.setWorkingDirectory(m_dir->path());

@@ -21,7 +21,6 @@
 #include "TestFiles.h"
 #include "TestPaths.h"
 
-#include <QDirIterator>
 #include <QRegularExpression>
 #include <QScopeGuard>
 #include <QSettings>
@@ -29,6 +28,8 @@
 #include <QtTest>
 
 #include <memory>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -126,13 +127,6 @@ struct Tree {
     }
 };
 
-QStringList capturedWarnings;
-void captureWarnings(QtMsgType type, const QMessageLogContext&, const QString& text)
-{
-    if (type != QtDebugMsg && type != QtInfoMsg)
-        capturedWarnings.append(text);
-}
-
 // A map setting: no property kind of the descriptor holds one.
 class MapProperty : public QAProperty {
 public:
@@ -216,12 +210,7 @@ private slots:
     void exampleProject()
     {
         QTemporaryDir dir;
-        const QString example = TestPaths::sourceDir() + QStringLiteral("/examples/calculator");
-        for (QDirIterator it(example, QDir::Files, QDirIterator::Subdirectories); it.hasNext();) {
-            const QString source = it.next();
-            TestFiles::writeFile(dir.filePath(QDir(example).relativeFilePath(source)),
-                                 TestFiles::readFile(source));
-        }
+        TestFiles::copyTree(TestPaths::sourceDir() + QStringLiteral("/examples/calculator"), dir.path());
         QAStProject::setModeBatch(true);
         const auto batchOff = qScopeGuard([] { QAStProject::setModeBatch(false); });
         QAStProject project(QStringLiteral("x"), QPixmap());
@@ -229,10 +218,7 @@ private slots:
         QList<QAStData*> items = project.childrenOfClass("QAStNode", true);
         items.prepend(&project);
         QVERIFY(!project.childrenOfClass("QAStSubProject", true).isEmpty());
-
-        capturedWarnings.clear();
-        const QtMessageHandler previous = qInstallMessageHandler(captureWarnings);
-        const auto restore = qScopeGuard([previous] { qInstallMessageHandler(previous); });
+        QTest::failOnWarning(QRegularExpression(QStringLiteral(".")));
         QHash<QString, QString> scripts;
         for (QAStData* item : items) {
             const QByteArray script = scriptOf(item);
@@ -240,9 +226,6 @@ private slots:
             if (m_perl)
                 QVERIFY2(perlCompiles(script), qPrintable(item->name()));
         }
-        qInstallMessageHandler(previous);
-        QCOMPARE(capturedWarnings, QStringList());
-
         const QStringList names = variableNames(scripts.value(QStringLiteral("Build")));
         const QStringList start{
             "OSNAME", "PATH_SEPARATOR", "ZELTAHOME", "BINDIR", "SCRIPTDIR", "WORKING_DIR", "CMSTOOL",
@@ -292,7 +275,6 @@ private slots:
             if (line.key)
                 variablesOf[line.key].append(line.variable);
         }
-
         QStringList documented;
         QString section;
         bool inPart = false;
@@ -311,7 +293,6 @@ private slots:
             }
         }
         QCOMPARE(documented, table);
-
         QHash<QString, QString> described;
         QList<const QAPropertyGroup*> groups{QAStConfiguration::propertyDescriptor()};
         while (!groups.isEmpty()) {
@@ -328,82 +309,41 @@ private slots:
 
     // Quotes, backslashes, blanks and non-ASCII text as perl reads them
     // from a UTF-8 script: exactly as set.
-    void valuesReadBack_data()
-    {
-        QTest::addColumn<QString>("expression");
-        QTest::addColumn<QStringList>("read");
-        QTest::newRow("text, quotes, trailing backslash") << "$CFLAGS" << QStringList{R"(-DX='a b' C:\dir\)"};
-        QTest::newRow("text, backslash before quote") << "$CPPFLAGS" << QStringList{R"(-DM=\'hi\' -I\d)"};
-        QTest::newRow("text, non-ASCII") << "$HOSTNAME" << QStringList{"hôte Ω"};
-        QTest::newRow("path list") << "@INCLUDE_DIR_LIST"
-                                   << QStringList{R"(C:\Program Files\inc\)", "/opt/my dir/it's", R"(ü\\x)"};
-        QTest::newRow("path") << "$INTDIR" << QStringList{R"(C:\it's dir\Ω)"};
-        QTest::newRow("path joined") << "$ATL_OUT_FILE" << QStringList{R"(C:\it's dir\Ω/atlout.spt)"};
-        QTest::newRow("project name") << "$PROJECT_NAME" << QStringList{"Projet d'été"};
-        QTest::newRow("node name") << "$NAME" << QStringList{R"(grüppe \)"};
-        QTest::newRow("environment")
-            << "map { \"$_=$ENV{$_}\" } sort grep { /^ZT_/ } keys %ENV"
-            << QStringList{"ZT_BARE=", "ZT_BLANK= a b ", "ZT_EMPTY=", R"(ZT_PATH=C:\x\d)",
-                           R"(ZT_QUOTE=it's \)", "ZT_UNI=Ωmega"};
-    }
     void valuesReadBack()
     {
-        QFETCH(QString, expression);
-        QFETCH(QStringList, read);
         if (!m_perl)
             QSKIP("perl is not installed");
         Encoding utf8(QStringLiteral("UTF-8"));
         Tree tree;
         tree.project.setName(QStringLiteral("Projet d'été"));
+        const QStringList includes{R"(C:\Program Files\inc\)", "/opt/my dir/it's", R"(ü\\x)"};
         QAStNode* group = tree.add(
             "group", QStringLiteral(R"(grüppe \)"), nullptr,
             {{"cflags", R"(-DX='a b' C:\dir\)"},
              {"cppFlags", R"(-DM=\'hi\' -I\d)"},
              {"computerName", "hôte Ω"},
-             {"ge_incdir", QStringList{R"(C:\Program Files\inc\)", "/opt/my dir/it's", R"(ü\\x)"}},
+             {"ge_incdir", includes},
              {"intdir", R"(C:\it's dir\Ω)"},
              {"envVariables", QStringList{R"(ZT_QUOTE=it's \)", "ZT_BLANK= a b ", "ZT_EMPTY=", "ZT_BARE",
                                           R"(ZT_PATH=C:\x\d)", "ZT_UNI=Ωmega"}}});
+        const QList<std::pair<QString, QStringList>> expected{
+            {"$CFLAGS", {R"(-DX='a b' C:\dir\)"}}, // quotes, trailing backslash
+            {"$CPPFLAGS", {R"(-DM=\'hi\' -I\d)"}}, // backslash before quote
+            {"$HOSTNAME", {"hôte Ω"}},
+            {"@INCLUDE_DIR_LIST", includes},
+            {"$INTDIR", {R"(C:\it's dir\Ω)"}},
+            {"$ATL_OUT_FILE", {R"(C:\it's dir\Ω/atlout.spt)"}}, // path joined
+            {"$PROJECT_NAME", {"Projet d'été"}},
+            {"$NAME", {R"(grüppe \)"}},
+            {"map { \"$_=$ENV{$_}\" } sort grep { /^ZT_/ } keys %ENV",
+             {"ZT_BARE=", "ZT_BLANK= a b ", "ZT_EMPTY=", R"(ZT_PATH=C:\x\d)", R"(ZT_QUOTE=it's \)", "ZT_UNI=Ωmega"}}};
+        QStringList expressions;
+        for (const auto& [expression, read] : expected)
+            expressions << expression;
         QList<QStringList> values;
-        QVERIFY(evaluate(scriptOf(group), {expression}, &values));
-        QCOMPARE(values.value(0), read);
-    }
-
-    void executionFlags_data()
-    {
-        QTest::addColumn<int>("flags");
-        QTest::addColumn<QString>("lines");
-        QTest::newRow("debug, every stage") << 0x13F << "$EXECMODE='DEBUG';\n$STAGE='cptler';\n";
-        QTest::newRow("nothing") << 0 << "$EXECMODE='NORMAL';\n$STAGE='';\n";
-        QTest::newRow("debug alone") << 0x100 << "$EXECMODE='DEBUG';\n$STAGE='';\n";
-        QTest::newRow("execute, report") << 0x30 << "$EXECMODE='NORMAL';\n$STAGE='er';\n";
-        QTest::newRow("compile, link") << 0x09 << "$EXECMODE='NORMAL';\n$STAGE='cl';\n";
-    }
-    void executionFlags()
-    {
-        QFETCH(int, flags);
-        QFETCH(QString, lines);
-        Tree tree;
-        QVERIFY(textOf(tree.add("group", QStringLiteral("g"), nullptr, {{"executionFlag", flags}}))
-                    .contains(u'\n' + lines));
-    }
-
-    void edgeLines()
-    {
-        Tree tree;
-        QAStNode* group = tree.add("group", QStringLiteral("g"), nullptr, {{"intdir", "out"}});
-        QAStNode* app = tree.add("application", QStringLiteral("calcapp"), group);
-        const QString outside = textOf(group);
-        const QString inside = textOf(tree.add("user", QStringLiteral("u"), app));
-        QCOMPARE(scalarLine(outside, "TEST_NAME"), QStringLiteral("$TEST_NAME='atlout';"));
-        QCOMPARE(scalarLine(outside, "ATL_OUT_FILE"), QStringLiteral("$ATL_OUT_FILE='out/atlout.spt';"));
-        QCOMPARE(scalarLine(inside, "TEST_NAME"), QStringLiteral("$TEST_NAME='calcapp';"));
-        QCOMPARE(scalarLine(inside, "ATL_OUT_FILE"), QStringLiteral("$ATL_OUT_FILE='out/calcapp.spt';"));
-
-        // No environment variables: the verbosity is the only entry of %ENV.
-        QCOMPARE(outside.count(QStringLiteral("\n$ENV{'")), 1);
-        QVERIFY2(outside.endsWith(u'\n' + commonTail() + QStringLiteral("\n\n1;\n")),
-                 qPrintable(outside.right(500)));
+        QVERIFY(evaluate(scriptOf(group), expressions, &values));
+        for (qsizetype i = 0; i < expected.size(); ++i)
+            QCOMPARE(values.value(i), expected.at(i).second);
     }
 
     // Random values through every form of setting, the environment lines,
@@ -441,7 +381,6 @@ private slots:
         out << "1;\n";
         out.flush();
         QVERIFY(perlCompiles(script));
-
         QStringList mapped;
         for (auto it = map.cbegin(); it != map.cend(); ++it)
             mapped << it.key() << it.value().toString();
@@ -538,11 +477,14 @@ private slots:
         QVERIFY(text.contains(empty.path()));
         QCOMPARE(scalarLine(script, "TARGETDIR"), "$TARGETDIR='" + text + "';");
         QCOMPARE(scalarLine(script, "LP_TARGETDIR"), "$LP_TARGETDIR='" + text + "';");
+        // No environment variables: the verbosity is the only entry of %ENV.
+        QCOMPARE(script.count(QStringLiteral("\n$ENV{'")), 1);
         QVERIFY(script.endsWith(commonTail() + QStringLiteral("\n\n1;\n")));
         if (m_perl)
             QVERIFY(perlCompiles(script.toLatin1()));
     }
 
+    // Without a node only the installation's lines; Windows has its own.
     void withoutNode()
     {
         QByteArray bytes;
@@ -554,6 +496,11 @@ private slots:
                  (QStringList{"OSNAME", "PATH_SEPARATOR", "ZELTAHOME", "BINDIR", "SCRIPTDIR", "WORKING_DIR",
                               "CMSTOOL"}));
         QCOMPARE(bytes.count('\n'), 7);
+        QString text;
+        QTextStream windows(&text);
+        QAStPerlGen::writeHeader(windows, QAInstall::Windows);
+        windows.flush();
+        QCOMPARE(text, QStringLiteral("$OSNAME='win32';\n$PATH_SEPARATOR='\\\\';\n"));
     }
 
     // A node using a configuration name it does not own: the project lines
@@ -606,7 +553,6 @@ private slots:
         st->addOutputFile(QStringLiteral("RIO"), {QStringLiteral("a.rio"), QStringLiteral(R"(C:\r\b.rio)")});
         st->addOutputFile(QStringLiteral("TDC"), {QStringLiteral("t.tdc")});
         vt1->addOutputFile(QStringLiteral("RIO"), {QStringLiteral("vt.rio"), QStringLiteral("a.rio")});
-
         const QByteArray stScript = scriptOf(st);
         QVERIFY(perlCompiles(stScript));
         QList<QStringList> v;
@@ -619,7 +565,6 @@ private slots:
                                        "1", "0", ""}));
         QCOMPARE(v.at(3), (QStringList{"a.rio", R"(C:\r\b.rio)", "vt.rio", ""}));
         QCOMPARE(v.at(4), (QStringList{"t.tdc", ""}));
-
         const QByteArray vtScript = scriptOf(vt1);
         QVERIFY(perlCompiles(vtScript));
         QVERIFY(vtScript.contains("\n## Virtual Tester Properties\n$VT_INSTANCE=0;\n"));
@@ -630,73 +575,73 @@ private slots:
         QCOMPARE(v.at(1), (QStringList{"start:2", "end'x:3"}));
     }
 
-    void libraryFile_data()
+    // Lines of a node computed from its settings and kind: the stages of
+    // the execution flags, the library file of the generation format, the
+    // analysis modes (a switch, a target supporting it and the language it
+    // is made for; the test modes the test node around), the test name.
+    void nodeLines_data()
     {
-        QTest::addColumn<QString>("format");
-        QTest::addColumn<QString>("file");
-        QTest::newRow("shared") << "DLL" << "out/mylib.so";
-        QTest::newRow("shared, lower case") << "dll" << "out/mylib.so";
-        QTest::newRow("static") << "LIB" << "out/mylib.a";
-        QTest::newRow("executable") << "EXE" << "out/mylib.elf";
-    }
-    void libraryFile()
-    {
-        QFETCH(QString, format);
-        QFETCH(QString, file);
-        Tree tree;
-        Tree::configure(&tree.project, {{"intdir", "out"}, {"libraryDynamicExt", ".so"},
-                                        {"libraryStaticExt", ".a"}, {"binaryExt", ".elf"}});
-        const QString script = textOf(tree.add("library", QStringLiteral("mylib"), nullptr,
-                                               {{"generationFormat", format}}));
-        QCOMPARE(scalarLine(script, "LIBRARY_FILE"), "$LIBRARY_FILE='" + file + "';");
-        QCOMPARE(scalarLine(script, "LIBRARY_FILE_ABS"),
-                 "$LIBRARY_FILE_ABS='" + tree.dir.filePath(file) + "';");
-    }
-
-    // An analysis mode needs its switch, a target supporting it and the
-    // language it is made for; the test modes the test node around.
-    void modes_data()
-    {
+        QTest::addColumn<QString>("tag");
         QTest::addColumn<QString>("parentTag");
         QTest::addColumn<QVariantMap>("settings");
-        QTest::addColumn<QString>("line");
-        QTest::newRow("coverage, gcc-c") << "" << QVariantMap{{"codeCoverage", true}} << "$ATCMODE=1;";
-        QTest::newRow("coverage off") << "" << QVariantMap{{"codeCoverage", false}} << "$ATCMODE=0;";
-        QTest::newRow("coverage, target without it")
-            << "" << QVariantMap{{"codeCoverage", true}, {"targetPath", "<no coverage>"}} << "$ATCMODE=0;";
-        QTest::newRow("contract check, C")
-            << "" << QVariantMap{{"contractCheck", true}, {"sourceLanguage", "C"}} << "$ATKMODE=0;";
-        QTest::newRow("contract check, C++")
-            << "" << QVariantMap{{"contractCheck", true}, {"sourceLanguage", "CPP"}} << "$ATKMODE=1;";
-        QTest::newRow("in object testing") << "object_testing" << QVariantMap() << "$ATOMODE=1;";
-        QTest::newRow("in unit testing") << "unit_testing" << QVariantMap() << "$ATUMODE=1;";
-        QTest::newRow("in a group") << "group" << QVariantMap() << "$ATOMODE=0;";
+        QTest::addColumn<QStringList>("lines"); // <dir>: the project's directory
+        const auto flags = [](const char* row, int flags, const char* mode, const char* stage) {
+            QTest::newRow(row) << "group" << "" << QVariantMap{{"executionFlag", flags}}
+                               << QStringList{u"$EXECMODE='%1';"_s.arg(mode), u"$STAGE='%1';"_s.arg(stage)};
+        };
+        flags("debug, every stage", 0x13F, "DEBUG", "cptler");
+        flags("nothing", 0, "NORMAL", "");
+        flags("debug alone", 0x100, "DEBUG", "");
+        flags("execute, report", 0x30, "NORMAL", "er");
+        flags("compile, link", 0x09, "NORMAL", "cl");
+        const auto library = [](const char* row, const char* format, const char* file) {
+            QTest::newRow(row) << "library" << "" << QVariantMap{{"generationFormat", format}}
+                               << QStringList{u"$LIBRARY_FILE='%1';"_s.arg(file),
+                                              u"$LIBRARY_FILE_ABS='<dir>/%1';"_s.arg(file)};
+        };
+        library("shared", "DLL", "out/mylib.so");
+        library("shared, lower case", "dll", "out/mylib.so");
+        library("static", "LIB", "out/mylib.a");
+        library("executable", "EXE", "out/mylib.elf");
+        const auto mode = [](const char* row, const char* parent, const QVariantMap& settings, const char* line) {
+            QTest::newRow(row) << "user" << parent << settings << QStringList{QString::fromUtf8(line)};
+        };
+        mode("coverage, gcc-c", "", {{"codeCoverage", true}}, "$ATCMODE=1;");
+        mode("coverage off", "", {{"codeCoverage", false}}, "$ATCMODE=0;");
+        mode("coverage, target without it", "", {{"codeCoverage", true}, {"targetPath", "<no coverage>"}},
+             "$ATCMODE=0;");
+        mode("contract check, C", "", {{"contractCheck", true}, {"sourceLanguage", "C"}}, "$ATKMODE=0;");
+        mode("contract check, C++", "", {{"contractCheck", true}, {"sourceLanguage", "CPP"}}, "$ATKMODE=1;");
+        mode("in object testing", "object_testing", {}, "$ATOMODE=1;");
+        mode("in unit testing", "unit_testing", {}, "$ATUMODE=1;");
+        mode("in a group", "group", {}, "$ATOMODE=0;");
+        QTest::newRow("outside a test") << "group" << "" << QVariantMap()
+                                        << QStringList{"$TEST_NAME='atlout';", "$ATL_OUT_FILE='out/atlout.spt';"};
+        QTest::newRow("inside an application")
+            << "user" << "application" << QVariantMap()
+            << QStringList{"$TEST_NAME='calcapp';", "$ATL_OUT_FILE='out/calcapp.spt';"};
     }
-    void modes()
+    void nodeLines()
     {
+        QFETCH(QString, tag);
         QFETCH(QString, parentTag);
         QFETCH(QVariantMap, settings);
-        QFETCH(QString, line);
+        QFETCH(QStringList, lines);
         Tree tree;
-        if (settings.value(QStringLiteral("targetPath")) == QLatin1String("<no coverage>")) {
-            const QString ini = tree.dir.filePath(QStringLiteral("nocov/nocov.ini"));
-            const QString shipped = TestPaths::installTree() + QStringLiteral("/targets/gcc-c/gcc-c.ini");
+        const std::pair<const char*, const char*> common[] = {
+            {"intdir", "out"}, {"libraryDynamicExt", ".so"}, {"libraryStaticExt", ".a"}, {"binaryExt", ".elf"}};
+        for (const auto& [key, value] : common)
+            tree.project.currentConfiguration()->setProperty(QString::fromLatin1(key), QString::fromLatin1(value));
+        if (settings.value(u"targetPath"_s) == QLatin1String("<no coverage>")) {
+            const QString ini = tree.dir.filePath(u"nocov/nocov.ini"_s);
+            const QString shipped = TestPaths::installTree() + u"/targets/gcc-c/gcc-c.ini"_s;
             TestFiles::writeFile(ini, TestFiles::readFile(shipped).replace("ATC_MODE = 1", "ATC_MODE = 0"));
-            settings.insert(QStringLiteral("targetPath"), QFileInfo(ini).path());
+            settings.insert(u"targetPath"_s, QFileInfo(ini).path());
         }
-        QAStNode* parent =
-            parentTag.isEmpty() ? nullptr : tree.add(qPrintable(parentTag), QStringLiteral("t"));
-        const QString script = textOf(tree.add("user", QStringLiteral("u"), parent, settings));
-        QCOMPARE(scalarLine(script, line.section(u'=', 0, 0).mid(1)), line);
-    }
-
-    void windowsHeader()
-    {
-        QString text;
-        QTextStream out(&text);
-        QAStPerlGen::writeHeader(out, QAInstall::Windows);
-        out.flush();
-        QCOMPARE(text, QStringLiteral("$OSNAME='win32';\n$PATH_SEPARATOR='\\\\';\n"));
+        QAStNode* parent = parentTag.isEmpty() ? nullptr : tree.add(qPrintable(parentTag), u"calcapp"_s);
+        const QString script = textOf(tree.add(qPrintable(tag), u"mylib"_s, parent, settings));
+        for (QString line : lines)
+            QCOMPARE(scalarLine(script, line.section(u'=', 0, 0).mid(1)), line.replace(u"<dir>"_s, tree.dir.path()));
     }
 
     // A plug-in's settings follow the common part in the scripts of the

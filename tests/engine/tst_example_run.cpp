@@ -238,7 +238,6 @@ private slots:
         library->build();
         QVERIFY(finished.wait(120000));
         QVERIFY(!library->walkSucceeded());
-
         QAStOutputWidget window(nullptr, "output");
         window.resize(900, 400);
         window.show();
@@ -328,7 +327,6 @@ private slots:
             QVERIFY2(wholeLinesOf(result(index), index, &fault), qPrintable(u"file %1: %2"_s.arg(index).arg(fault)));
         }
         QCOMPARE(result(Output::Rejected), QByteArray());
-
         const QStringList results = codesOf(result(Output::Results));
         QCOMPARE(results.first(), u"BT"_s);
         QCOMPARE(results.count(u"RL"_s), 2);

@@ -117,7 +117,8 @@ private slots:
         QVERIFY(m_studio->requests().isEmpty());
     }
 
-    void withoutSettingsOnlyTheEnvironment()
+    // Without settings only the environment.
+    void environment()
     {
         const QString text = u"${cflags}|${MACRO_VAR}|${intdir}"_s;
         const QString expected = u"env-cflags|from-env|"_s;
@@ -128,10 +129,7 @@ private slots:
         QAStAnalyseMacro::analyse(u"x %2 @@BAR"_s, nullptr, title);
         QCOMPARE(m_studio->messages(QAStData::MessageConsole),
                  QStringList{u"x %2 @@BAR: Unknown macro @@BAR"_s});
-    }
-
-    void editorFallsBackToEDITOR()
-    {
+        // @@EDITOR falls back to $EDITOR, then to nothing.
         qunsetenv("VISUAL");
         QCOMPARE(QAStAnalyseMacro::analyse(u"@@EDITOR a.c"_s, m_node, title), u"vi a.c"_s);
         qunsetenv("EDITOR");

@@ -14,8 +14,6 @@
 
 #include <QtTest>
 
-#include <optional>
-
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -54,15 +52,6 @@ using Script = QAStWizardScript;
 // Variables as "$NAME" or "@NAME" with their values, in the script's order.
 using Vars = QList<std::pair<QString, QStringList>>;
 
-// Loads the script with "do", which must return true, and prints each
-// variable named on the command line as: name, count, values, each ended by
-// a NUL byte. The bytes are printed as read: the test decodes UTF-8.
-const char* const readBack = "my ($file, @vars) = @ARGV; do $file or die($@ || $! || 'do returned false');"
-    "for my $var (@vars) { my ($sigil, $name) = $var =~ /^(.)(.*)$/;"
-    "  my @v = $sigil eq '@' ? @{\"main::$name\"} : (${\"main::$name\"});"
-    "  defined $v[0] or $sigil eq '@' or die(\"$var unset\");"
-    "  print join(\"\\0\", $var, scalar(@v), @v), \"\\0\"; }";
-
 // Paths, each holding a "\\" that free-text quoting would not keep.
 const QString winPath = QStringLiteral(R"(\\host\C$\it's é\log.txt)");
 const QString uncDir = QStringLiteral(R"(\\srv\share Ω\dir\)");
@@ -78,40 +67,32 @@ const QStringList items{QStringLiteral(R"(C:\a b\x.c)"), u"it's Ω"_s, uncDir,
 template <typename Form>
 void checkReadBack(const Form& form, const Vars& expected)
 {
+    if (!PerlScripts::perlPresent())
+        QSKIP("perl is not installed");
     QTemporaryDir dir;
     const QString path = dir.filePath(u"wizard script.pl"_s);
-    QFile old(path);
-    QVERIFY(old.open(QIODevice::WriteOnly) && old.write(QByteArray(4096, '#')) == 4096);
-    old.close();
+    TestFiles::writeFile(path, QByteArray(4096, '#'));
     QString error;
     QVERIFY2(Script::writeFile(path, form, &error), qPrintable(error));
-
     QByteArray lines;
     QTextStream out(&lines);
     Script::write(out, form);
     out.flush();
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    QCOMPARE(file.readAll(), lines + "1;\n");
+    const QByteArray written = TestFiles::readFile(path);
+    QCOMPARE(written, lines + "1;\n");
 
     QStringList order, names;
     for (const QByteArray& line : lines.split('\n'))
         if (!line.isEmpty())
             order << QString::fromUtf8(line.left(line.indexOf('=')));
-    QStringList args{u"-e"_s, QString::fromLatin1(readBack), path};
-    QStringList wanted;
+    QList<QStringList> wanted;
     for (const auto& [name, values] : expected) {
         names << name;
-        wanted << name << QString::number(values.size()) << values;
+        wanted << values;
     }
     QCOMPARE(order, names);
-
-    QProcess perl;
-    perl.start(u"perl"_s, args + names);
-    QVERIFY(perl.waitForFinished(30000));
-    QVERIFY2(perl.exitCode() == 0, perl.readAllStandardError().constData());
-    QStringList got = QString::fromUtf8(perl.readAllStandardOutput()).split(QChar(0));
-    QCOMPARE(got.takeLast(), QString());
+    QList<QStringList> got;
+    QVERIFY(PerlScripts::evaluate(written, names, &got));
     QCOMPARE(got, wanted);
 }
 
@@ -154,42 +135,6 @@ private slots:
         QCOMPARE(QAStPerlGen::safePath(value, node), QStringLiteral(R"(C:\\it\'s\\x)"));
         QCOMPARE(QAStPerlGen::safeStr(value, node), QStringLiteral(R"(C:\\it\'s\\x)"));
         QCOMPARE(QAStPerlGen::safeStr(value), QStringLiteral(R"(${PERL_VALUES_DIR}\\x)"));
-    }
-
-    void lines_data()
-    {
-        QTest::addColumn<QString>("form");
-        QTest::addColumn<QStringList>("values");
-        QTest::addColumn<QString>("line");
-        QTest::newRow("S path") << "path" << QStringList{R"(C:\My 'dir')"}
-                                << "$V0='C:\\\\My \\'dir\\'';\n";
-        QTest::newRow("S empty") << "path" << QStringList{QString()} << "$V0='';\n";
-        QTest::newRow("S text") << "text" << QStringList{R"(-I\inc \)"}
-                                << "$V0='-I\\\\inc \\\\';\n";
-        QTest::newRow("S text, line end") << "text" << QStringList{"a\r\n"}
-                                          << "$V0='a'.\"\\r\\n\".'';\n";
-        QTest::newRow("N") << "number" << QStringList{"-42"} << "$V0=-42;\n";
-        QTest::newRow("L") << "list" << QStringList{"a", R"(b\'c)"}
-                           << "@V=('a', 'b\\\\\\'c');\n";
-        QTest::newRow("L empty") << "list" << QStringList() << "@V=();\n";
-    }
-    void lines()
-    {
-        QFETCH(QString, form);
-        QFETCH(QStringList, values);
-        QFETCH(QString, line);
-        QCOMPARE(QString::fromUtf8(script(form, values)), line);
-    }
-
-    void shortPath()
-    {
-        const QString path = u"/opt/my sdk/bin"_s;
-        QCOMPARE(QAFileUtil::shortPath(path, QAInstall::Posix), path);
-#ifndef Q_OS_WIN
-        // Without Windows there is no 8.3 name to ask for.
-        QCOMPARE(QAFileUtil::shortPath(R"(C:\Program Files\x)", QAInstall::Windows),
-                 QStringLiteral(R"(C:\Program Files\x)"));
-#endif
     }
 
     // The script passes perl -c, and perl reads back every value byte for
@@ -249,8 +194,6 @@ private slots:
     {
         QFETCH(bool, insertion);
         QFETCH(QString, options);
-        if (!PerlScripts::perlPresent())
-            QSKIP("perl is not installed");
         const Script::UnitTesting form{winPath, uncDir, longPath, text, items, {u"é"_s}, {}, text, insertion};
         checkReadBack(form, {{"$LOGFILENAME2", {winPath}}, {"$SCRIPTFILE", {uncDir}},
                              {"$TESTEDFILE", {longPath}}, {"$TESTEDCOMPONENT", {text}},
@@ -260,8 +203,6 @@ private slots:
 
     void objectTesting()
     {
-        if (!PerlScripts::perlPresent())
-            QSKIP("perl is not installed");
         const QStringList one{posixPath};
         const Script::ObjectTesting form{winPath, items, one,  {},    {uncDir},
                                          longPath, text,  uncDir, items};
@@ -284,8 +225,6 @@ private slots:
     {
         QFETCH(int, profile);
         QFETCH(QString, options);
-        if (!PerlScripts::perlPresent())
-            QSKIP("perl is not installed");
         const Script::JavaTesting form{winPath, items,  {},   {posixPath}, uncDir, items, longPath,
                                        text,    text, Script::JavaTesting::Profile(profile)};
         checkReadBack(form, {{"$LOGFILENAME2", {winPath}}, {"@COMPONENTS", items}, {"@METHODS", {}},
@@ -294,24 +233,8 @@ private slots:
                              {"$JPREFIX", {text}}, {"$OPTIONS", {options}}});
     }
 
-    // Into a missing directory every form fails, names the file and
-    // leaves nothing behind.
-    void writeFileIntoMissingDirectory()
-    {
-        QTemporaryDir dir;
-        const QString path = dir.filePath(u"missing/wizard.pl"_s);
-        const auto fails = [&](const auto& form) {
-            QString error;
-            QVERIFY(!Script::writeFile(path, form, &error));
-            QVERIFY2(error.contains(path), qPrintable(error));
-            QVERIFY(!Script::writeFile(path, form, nullptr));
-            QVERIFY(QDir(dir.path()).isEmpty());
-        };
-        fails(Script::UnitTesting{});
-        fails(Script::ObjectTesting{});
-        fails(Script::JavaTesting{});
-    }
-
+    // A write that fails, with or without a place for the reason, leaves
+    // the old script whole, or nothing where its directory went.
     void oldScriptStaysWhole_data()
     {
         QTest::addColumn<QString>("mechanism");
@@ -337,24 +260,14 @@ private slots:
         // of the buffers written.
         for (int i = 0; i < 1500; ++i)
             script.integratedFiles << u"/src/module-%1.c"_s.arg(i);
-        std::optional<FailingStorage::FileSizeLimit> limit;
-        std::optional<FailingStorage::PermissionsEnforced> enforced;
-        if (mechanism.startsWith(QLatin1String("limit:"))) {
-            limit.emplace(mechanism.mid(6).toInt());
-            QVERIFY(limit->active());
-        } else if (mechanism == QLatin1String("read-only")) {
-            QVERIFY(QFile::setPermissions(dir, QFileDevice::ReadOwner | QFileDevice::ExeOwner));
-            enforced.emplace();
-            if (!enforced->active())
-                QSKIP("running as root without the right to drop capabilities: permission bits bind nothing");
-        } else {
-            QVERIFY(QDir(dir).removeRecursively());
-        }
+        FailingStorage::Failure failure(mechanism, dir);
+        QVERIFY(failure.ready());
+        if (failure.powerless())
+            QSKIP("running as root without the right to drop capabilities: permission bits bind nothing");
         QString message;
+        QVERIFY(!Script::writeFile(path, script, nullptr));
         const bool written = Script::writeFile(path, script, &message);
-        limit.reset();
-        enforced.reset();
-        QFile::setPermissions(dir, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+        failure.end();
         QVERIFY(!written);
         QVERIFY2(message.contains(path), qPrintable(message));
         QVERIFY2(message.contains(FailingStorage::reason(error)), qPrintable(message));

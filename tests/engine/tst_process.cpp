@@ -64,64 +64,52 @@ double cpuSeconds()
 
 class TestProcess : public QObject {
     Q_OBJECT
+    // How the last synchronous run ended.
+    bool normal = false;
+    int status = -1;
+
 private slots:
+    void init()
+    {
+        normal = false;
+        status = -1;
+    }
+    // Long lines are a bounded amount of work: each match of the splitter
+    // at successive offsets used to check the whole line's UTF-16 again, so
+    // a line of a few hundred thousand characters took minutes. A lone
+    // surrogate (not valid UTF-16) reads as a replacement character.
     void splitter_data()
     {
         QTest::addColumn<QString>("line");
         QTest::addColumn<QStringList>("args");
-        QTest::newRow("words") << " perl.exe\t-I/a/b  C:\\x\\y.pl k=v,w;(1) "
-                               << QStringList{"perl.exe", "-I/a/b", "C:\\x\\y.pl", "k=v,w;(1)"};
-        QTest::newRow("double quotes") << "a \"b  c\" d" << QStringList{"a", "b  c", "d"};
-        QTest::newRow("single quotes") << "perl.exe x.pl 'a b' &"
-                                       << QStringList{"perl.exe", "x.pl", "a b", "&"};
-        QTest::newRow("ampersand") << "a & b&" << QStringList{"a", "&", "b&"};
-        QTest::newRow("two strings") << "\"a b\" \"c d\" 'e' 'f g'" << QStringList{"a b", "c d", "e", "f g"};
-        QTest::newRow("escaped quote kept inside") << "\"say \\\"hi\\\"\" 'it\\'s' x"
-                                                   << QStringList{"say \\\"hi\\\"", "it\\'s", "x"};
-        QTest::newRow("backslash before the only closing quote") << "\"C:\\dir\\\" x"
-                                                                 << QStringList{"C:\\dir\\", "x"};
-        QTest::newRow("empty string") << "a \"\" b" << QStringList{"a", "", "b"};
-        QTest::newRow("forms side by side") << "-I\"a b\"x" << QStringList{"-I", "a b", "x"};
-        QTest::newRow("unclosed quote dropped") << "\"a b" << QStringList{"a", "b"};
-        QTest::newRow("characters outside every form") << "a^b `c` caf\u00e9"
-                                                        << QStringList{"a", "b", "c", "caf"};
-        QTest::newRow("blank") << " \t\n " << QStringList();
+        const auto row = [](const char* tag, const QString& line, const QStringList& args) {
+            QTest::newRow(tag) << line << args;
+        };
+        row("words", " perl.exe\t-I/a/b  C:\\x\\y.pl k=v,w;(1) ", {"perl.exe", "-I/a/b", "C:\\x\\y.pl", "k=v,w;(1)"});
+        row("double quotes", "a \"b  c\" d", {"a", "b  c", "d"});
+        row("single quotes", "perl.exe x.pl 'a b' &", {"perl.exe", "x.pl", "a b", "&"});
+        row("ampersand", "a & b&", {"a", "&", "b&"});
+        row("two strings", "\"a b\" \"c d\" 'e' 'f g'", {"a b", "c d", "e", "f g"});
+        row("escaped quote kept inside", "\"say \\\"hi\\\"\" 'it\\'s' x", {"say \\\"hi\\\"", "it\\'s", "x"});
+        row("backslash before the only closing quote", "\"C:\\dir\\\" x", {"C:\\dir\\", "x"});
+        row("empty string", "a \"\" b", {"a", "", "b"});
+        row("forms side by side", "-I\"a b\"x", {"-I", "a b", "x"});
+        row("unclosed quote dropped", "\"a b", {"a", "b"});
+        row("characters outside every form", "a^b `c` caf\u00e9", {"a", "b", "c", "caf"});
+        row("blank", " \t\n ", {});
+        const QChar lone(char16_t(0xD800));
+        row("lone surrogate", u"a "_s + lone + u" \"x"_s + lone + u"y\" b"_s, {"a", "x\uFFFDy", "b"});
+        row("long: words", u"ab "_s.repeated(150000), QStringList(150000, u"ab"_s));
+        row("long: empty strings", u"\"\""_s.repeated(200000), QStringList(200000, QString()));
+        row("long: a quote never closed", u"\""_s + u"x "_s.repeated(100000), QStringList(100000, u"x"_s));
+        row("long: single-quoted strings", u"'a b' "_s.repeated(100000), QStringList(100000, u"a b"_s));
     }
-
     void splitter()
     {
         QFETCH(QString, line);
-        QFETCH(QStringList, args);
         QStringList split{u"left over"_s};
         QAProcess::commandLineToArgs(line, split);
-        QCOMPARE(split, args);
-    }
-
-    // Long lines are a bounded amount of work: each match of the splitter
-    // at successive offsets used to check the whole line's UTF-16 again, so
-    // a line of a few hundred thousand characters took minutes.
-    void longCommandLines_data()
-    {
-        QTest::addColumn<QString>("line");
-        QTest::addColumn<int>("count");
-        QTest::addColumn<QString>("last");
-        QTest::newRow("words") << u"ab "_s.repeated(150000) << 150000 << "ab";
-        QTest::newRow("empty strings") << u"\"\""_s.repeated(200000) << 200000 << "";
-        QTest::newRow("a quote never closed") << u"\""_s + u"x "_s.repeated(100000) << 100000 << "x";
-        QTest::newRow("single-quoted strings") << u"'a b' "_s.repeated(100000) << 100000 << "a b";
-    }
-    void longCommandLines()
-    {
-        QFETCH(QString, line);
-        QFETCH(int, count);
-        QStringList args;
-        QAProcess::commandLineToArgs(line, args);
-        QCOMPARE(args.size(), count);
-        QTEST(args.last(), "last");
-        // A lone surrogate (not valid UTF-16) reads as a replacement character.
-        const QChar lone(char16_t(0xD800));
-        QAProcess::commandLineToArgs(u"a "_s + lone + u" \"x"_s + lone + u"y\" b"_s, args);
-        QCOMPARE(args, QStringList({u"a"_s, u"x\uFFFDy"_s, u"b"_s}));
+        QTEST(split, "args");
     }
 
     // A last argument holding "&" is dropped and makes the start
@@ -145,8 +133,6 @@ private slots:
         QAProcess process;
         process.setLinePerLine(true);
         Recorder recorder(&process);
-        bool normal = false;
-        int status = -1;
         QVERIFY(process.start(line, QDir(), normal, status, nullptr, false));
         QCOMPARE(process.isAsynchronous(), asynchronous);
         QCOMPARE(process.isFinished(), !asynchronous);
@@ -199,8 +185,6 @@ private slots:
             "my $n = 0;"
             "until (-e $flag) { select(undef, undef, undef, 0.05); exit 9 if ++$n > 600 }"
             "print 'c';");
-        bool normal = false;
-        int status = -1;
         QVERIFY(process.start(QStringList{"perl", "-e", child, flag, errorStream ? "1" : ""},
                               QDir(), normal, status, nullptr, false));
         QCOMPARE(recorder.events, events << "exited:1,0");
@@ -269,8 +253,6 @@ private slots:
             QTest::qWait(20);
             --depth;
         });
-        bool normal = false;
-        int status = -1;
         QVERIFY(process.start(sh("echo 1; n=0; until [ -e flag ] || [ $n -gt 500 ]; do sleep 0.02; "
                                  "n=$((n+1)); done; echo 2; echo e >&2; : > done"),
                               QDir(dir.path()), normal, status, nullptr, asynchronous));
@@ -314,13 +296,10 @@ private slots:
     void killAll()
     {
         QAProcess ended;
-        bool normal = false;
-        int status = -1;
         QVERIFY(ended.start(sh("exit 0"), QDir(), normal, status, nullptr, false));
         QAProcess::killAll();
         QVERIFY(QAProcess::listOfProcess().isEmpty());
         QVERIFY(ended.isFinished() && ended.normalExit());
-
         QAProcess first;
         QAProcess second;
         Recorder firstRecorder(&first);
@@ -385,8 +364,6 @@ private slots:
     void waitDoesNotSpin()
     {
         QAProcess process;
-        bool normal = false;
-        int status = -1;
         QElapsedTimer wall;
         const double cpuBefore = cpuSeconds();
         wall.start();
@@ -480,8 +457,6 @@ private slots:
         QAProcess process;
         process.setLinePerLine(true);
         Recorder recorder(&process);
-        bool normal = false;
-        int status = -1;
         QVERIFY(process.start(QAInstall::perlCommand(home) << "-e" << program,
                               QDir(), normal, status, &variables, false));
         QCOMPARE(recorder.of("out"), QStringList{output});

@@ -24,6 +24,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <memory>
+
 using namespace Qt::StringLiterals;
 using TestFiles::readFile;
 
@@ -80,6 +82,21 @@ for my $run (1 .. $runs) {
 }
 )perl";
 
+// Runs the writer (file, expected, mode, runs, lines, maxLength, seed,
+// partial, big) to its end while the event loop turns.
+void runWriter(const QStringList& args)
+{
+    QProcess writer;
+    writer.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    writer.start(u"perl"_s, QStringList{u"-e"_s, QString::fromLatin1(writerScript)} + args);
+    QVERIFY(writer.waitForStarted());
+    QSignalSpy finished(&writer, &QProcess::finished);
+    QVERIFY(finished.wait(120000));
+    QCOMPARE(writer.exitCode(), 0);
+}
+
+using Lines = QList<QByteArray>;
+
 // Everything a survey emits.
 struct Recorder {
     explicit Recorder(QAFileSurvey* survey)
@@ -98,52 +115,28 @@ struct Recorder {
         log(&QAFileSurvey::fileShrink, "shrink");
         log(&QAFileSurvey::fileGrow, "grow");
     }
-    // The lines of one tick and its events, forgotten afterwards.
-    QList<QByteArray> take()
-    {
-        QList<QByteArray> taken = lines;
-        lines.clear();
-        return taken;
-    }
-    QStringList takeEvents()
-    {
-        QStringList taken = events;
-        events.clear();
-        return taken;
-    }
+    // The lines and the events of one tick, forgotten afterwards.
+    Lines take() { return std::exchange(lines, {}); }
+    QStringList takeEvents() { return std::exchange(events, {}); }
 
-    QByteArray received;      // newLines, joined
-    QList<QByteArray> blocks; // newLines, one entry each
-    QList<QByteArray> lines;  // hasNewLine
+    QByteArray received; // newLines, joined
+    Lines blocks;        // newLines, one entry each
+    Lines lines;         // hasNewLine
     QStringList events;
     QObject context;
 };
 
-void write(const QString& path, const QByteArray& bytes, QIODevice::OpenMode mode)
+void append(const QString& path, const QByteArray& bytes, QIODevice::OpenMode mode = QIODevice::Append)
 {
     QFile file(path);
     QVERIFY(file.open(mode));
     QCOMPARE(file.write(bytes), bytes.size());
 }
 
-void append(const QString& path, const QByteArray& bytes)
-{
-    write(path, bytes, QIODevice::Append);
-}
-
 void rewrite(const QString& path, const QByteArray& bytes)
 {
-    write(path, bytes, QIODevice::WriteOnly | QIODevice::Truncate);
+    append(path, bytes, QIODevice::WriteOnly | QIODevice::Truncate);
 }
-
-// Every emitted block holds whole lines only.
-bool wholeLines(const QList<QByteArray>& blocks)
-{
-    return std::all_of(blocks.begin(), blocks.end(),
-                       [](const QByteArray& block) { return block.endsWith('\n'); });
-}
-
-using Lines = QList<QByteArray>;
 
 // Where two texts first differ, with the line around it in each.
 QString firstDifference(const QByteArray& received, const QByteArray& written)
@@ -152,25 +145,19 @@ QString firstDifference(const QByteArray& received, const QByteArray& written)
     while (at < received.size() && at < written.size() && received.at(at) == written.at(at))
         ++at;
     const auto around = [at](const QByteArray& text) {
-        const qsizetype begin = text.lastIndexOf('\n', at - 1) + 1;
-        return QString::fromLatin1(text.mid(begin, 80).toPercentEncoding(" =\"", "\n"));
+        return QString::fromLatin1(text.mid(text.lastIndexOf('\n', at - 1) + 1, 80).toPercentEncoding(" =\"", "\n"));
     };
-    return QStringLiteral("%1 bytes received, %2 written, first difference at %3:\n  received %4\n"
-                          "  written  %5").arg(received.size()).arg(written.size()).arg(at)
-        .arg(around(received), around(written));
+    return u"%1 bytes received, %2 written, first difference at %3:\n  received %4\n  written  %5"_s
+        .arg(received.size()).arg(written.size()).arg(at).arg(around(received), around(written));
 }
-
-}
-
-namespace {
 
 const char* const names[] = {"atlout.rio",    "mendralt.tpf", "tallivexlt.tqf", "zeltacov.tio",
                              "tracer.tdf",    "atlendtest.txt", "atlout.rej"};
 
 // The seven files of a directory, by index.
-QList<QByteArray> outputsIn(const QString& dir)
+Lines outputsIn(const QString& dir)
 {
-    QList<QByteArray> outputs;
+    Lines outputs;
     for (const char* name : names)
         outputs << readFile(QDir(dir).filePath(QLatin1String(name)));
     return outputs;
@@ -181,30 +168,10 @@ const QString timePattern = QStringLiteral(
     "(Mon|Tue|Wed|Thu|Fri|Sat|Sun) (Jan|Feb|Mar|Apr|May|Jun|Jul|Aug|Sep|Oct|Nov|Dec) [ 123]\\d "
     "[012]\\d:[0-5]\\d:[0-6]\\d \\d{4}");
 
-// Appends records whose code tells the file they belong in, in chunks cut
-// at random bytes, for a few thousand records.
-const char* const recordWriterScript = R"perl(
-use strict; use warnings; use Time::HiRes qw(usleep);
-my ($file, $records, $seed) = @ARGV;
-srand($seed);
-my @codes = ('SF', 'CO', 'PU', 'QT', 'tb', 'ZZ', 'Ok', 'te', 'CI', 'NT');
-open(my $out, '>>', $file) or die; binmode $out;
-my $text = '';
-$text .= $codes[rand @codes] . " record $_ " . ('.' x int(rand(70))) . "\n" for 1 .. $records;
-my $pos = 0;
-while ($pos < length $text) {
-    my $n = 1 + int(rand(rand() < 0.1 ? 3000 : 60));
-    syswrite($out, substr($text, $pos, $n));
-    $pos += $n;
-    usleep(int(rand(2000))) if rand() < 0.3;
-}
-)perl";
-
-// The file of a writer record, by its code: an oracle apart from the table.
+// The file of a writer's line, by its code: an oracle apart from the table.
 int expectedIndex(const QByteArray& line)
 {
-    static const QHash<QByteArray, int> byCode = {{"SF", 4}, {"CI", 4}, {"CO", 3}, {"NT", 3},
-                                                  {"PU", 1}, {"QT", 2}, {"tb", 5}};
+    static const QHash<QByteArray, int> byCode = {{"SF", 4}, {"CO", 3}, {"PU", 1}, {"QT", 2}, {"tb", 5}};
     return byCode.value(line.left(2), 0);
 }
 
@@ -212,7 +179,17 @@ int expectedIndex(const QByteArray& line)
 
 class TestSplitSurvey : public QObject {
     Q_OBJECT
+    std::unique_ptr<QTemporaryDir> m_dir;
+    QString m_input; // runtime.out in the test's directory
+    QString path(const QString& name) const { return m_dir->filePath(name); }
+
 private slots:
+    void init()
+    {
+        m_dir = std::make_unique<QTemporaryDir>();
+        m_input = path(u"runtime.out"_s);
+    }
+
     void followsWriter_data()
     {
         QTest::addColumn<QString>("mode");
@@ -224,67 +201,46 @@ private slots:
         QTest::addColumn<bool>("big");
         QTest::newRow("one run, short lines") << "append" << 1 << 3000 << 20 << 5 << false << false;
         QTest::newRow("one run, last line unfinished") << "append" << 1 << 1000 << 60 << 10 << true << false;
-        QTest::newRow("lines longer than a read block")
-            << "append" << 1 << 40 << 400000 << 10 << false << false;
+        QTest::newRow("lines longer than a read block") << "append" << 1 << 40 << 400000 << 10 << false << false;
         QTest::newRow("new runs truncate the file") << "truncate" << 4 << 400 << 50 << 10 << false << false;
         QTest::newRow("a new run writes past the old end at once")
             << "truncate" << 3 << 300 << 50 << 40 << false << true;
-        QTest::newRow("new runs remove and create the file")
-            << "remove" << 4 << 400 << 50 << 10 << true << false;
-        QTest::newRow("new runs rename another file over it")
-            << "replace" << 4 << 400 << 50 << 10 << false << true;
+        QTest::newRow("new runs remove and create the file") << "remove" << 4 << 400 << 50 << 10 << true << false;
+        QTest::newRow("new runs rename another file over it") << "replace" << 4 << 400 << 50 << 10 << false << true;
     }
     // The lines received equal the lines written, whatever the cuts and
     // the runs; every emission holds whole lines.
     void followsWriter()
     {
-        QFETCH(QString, mode);
         QFETCH(int, runs);
-        QFETCH(int, lines);
-        QFETCH(int, maxLength);
         QFETCH(int, delay);
         QFETCH(bool, partial);
-        QFETCH(bool, big);
-        QTemporaryDir dir;
-        const QString file = dir.filePath(u"runtime.out"_s);
-        const QString expected = dir.filePath(u"expected.out"_s);
-
-        QAFileSurvey survey(file, delay);
+        const QString expected = path(u"expected.out"_s);
+        QAFileSurvey survey(m_input, delay);
         Recorder recorder(&survey);
         int acknowledged = 1;
         // A new run may begin once everything of the last one was read.
         connect(&survey, &QAFileSurvey::surveyDone, &recorder.context, [&] {
-            const QString ready = file + u".ready%1"_s.arg(acknowledged + 1);
-            if (QFile::exists(ready) && survey.offset() == QFileInfo(file).size()) {
+            const QString ready = m_input + u".ready%1"_s.arg(acknowledged + 1);
+            if (QFile::exists(ready) && survey.offset() == QFileInfo(m_input).size()) {
                 ++acknowledged;
-                QFile ack(file + u".ack%1"_s.arg(acknowledged));
+                QFile ack(m_input + u".ack%1"_s.arg(acknowledged));
                 QVERIFY(ack.open(QIODevice::WriteOnly));
             }
         });
         survey.start();
-
-        QProcess writer;
-        writer.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        writer.start(u"perl"_s, {u"-e"_s, QString::fromLatin1(writerScript), file, expected, mode,
-                      QString::number(runs), QString::number(lines), QString::number(maxLength),
-                      QString::number(qHash(QByteArray(QTest::currentDataTag())) % 1000),
-                      QString::number(partial), QString::number(big)});
-        QVERIFY(writer.waitForStarted());
-        QSignalSpy finished(&writer, &QProcess::finished);
-        QVERIFY(finished.wait(120000));
-        QCOMPARE(writer.exitCode(), 0);
+        QFETCH(QString, mode);
+        QFETCH(int, lines);
+        QFETCH(int, maxLength);
+        QFETCH(bool, big);
+        runWriter({m_input, expected, mode, QString::number(runs), QString::number(lines),
+                   QString::number(maxLength), QString::number(qHash(QByteArray(QTest::currentDataTag())) % 1000),
+                   QString::number(partial), QString::number(big)});
         survey.finish();
-
-        QByteArray written;
-        {
-            QFile all(expected);
-            QVERIFY(all.open(QIODevice::ReadOnly));
-            written = all.readAll();
-        }
-        if (partial)
-            written += '\n';
+        const QByteArray written = readFile(expected) + (partial ? "\n" : "");
         QVERIFY2(recorder.received == written, qPrintable(firstDifference(recorder.received, written)));
-        QVERIFY(wholeLines(recorder.blocks));
+        QVERIFY(std::all_of(recorder.blocks.begin(), recorder.blocks.end(),
+                            [](const QByteArray& block) { return block.endsWith('\n'); }));
         // One hasNewLine per line, the same bytes.
         QCOMPARE(recorder.lines.size(), written.count('\n'));
         QVERIFY(recorder.lines.join() == written);
@@ -295,42 +251,33 @@ private slots:
     // The signals of each change, in a survey ticked by hand.
     void signalsOfChanges()
     {
-        QTemporaryDir dir;
-        const QString file = dir.filePath(u"runtime.out"_s);
-        QAFileSurvey survey(file, 1000);
+        QAFileSurvey survey(m_input, 1000);
         Recorder r(&survey);
         QSignalSpy done(&survey, &QAFileSurvey::surveyDone);
-
         survey.survey(); // absent from the start: waited for, nothing said
         QCOMPARE(r.takeEvents(), QStringList());
         QCOMPARE(done.count(), 1);
-
-        append(file, "a\nb");
+        append(m_input, "a\nb");
         survey.survey();
         QCOMPARE(r.takeEvents(), (QStringList{"appear", "grow"}));
         QCOMPARE(r.take(), Lines{"a\n"});
-
         survey.survey(); // nothing new
         QCOMPARE(r.takeEvents(), QStringList());
-
-        append(file, "c\n");
+        append(m_input, "c\n");
         survey.survey();
         QCOMPARE(r.takeEvents(), QStringList{"grow"});
         QCOMPARE(r.take(), Lines{"bc\n"});
-
-        rewrite(file, "x\ny"); // a new run, shorter
+        rewrite(m_input, "x\ny"); // a new run, shorter
         survey.survey();
         QCOMPARE(r.takeEvents(), (QStringList{"shrink", "grow"}));
         QCOMPARE(r.take(), Lines{"x\n"});
-
-        QVERIFY(QFile::remove(file)); // the unfinished line ends with its file
+        QVERIFY(QFile::remove(m_input)); // the unfinished line ends with its file
         survey.survey();
         QCOMPARE(r.takeEvents(), QStringList{"disappear"});
         QCOMPARE(r.take(), Lines{"y\n"});
         survey.survey();
         QCOMPARE(r.takeEvents(), QStringList());
-
-        append(file, "z\n");
+        append(m_input, "z\n");
         survey.survey();
         QCOMPARE(r.takeEvents(), (QStringList{"appear", "grow"}));
         QCOMPARE(r.take(), Lines{"z\n"});
@@ -344,39 +291,24 @@ private slots:
         QTest::addColumn<Lines>("atChange");   // lines of the tick that sees it
         QTest::addColumn<bool>("active");      // after that tick
         QTest::addColumn<Lines>("afterwards"); // "ial\n" appended, start(), a tick
-        using P = QAFileSurvey;
-        QTest::newRow("shrink, stop") << "shrink" << P::Stop << Lines{} << false
-                                      << Lines{"3\n", "4\n", "partial\n"};
-        QTest::newRow("shrink, from start") << "shrink" << P::FromStart << Lines{"3\n", "4\n"}
-                                            << true << Lines{"partial\n"};
-        QTest::newRow("shrink, from end") << "shrink" << P::FromEnd << Lines{} << true << Lines{"partial\n"};
-        QTest::newRow("disappear, stop") << "disappear" << P::Stop << Lines{} << false
-                                         << Lines{"3\n", "4\n", "partial\n"};
-        QTest::newRow("disappear, from start") << "disappear" << P::FromStart << Lines{"3\n", "4\n"}
-                                               << true << Lines{"partial\n"};
-        // Absent at the restart: nothing of it to skip.
-        QTest::newRow("disappear, from end") << "disappear" << P::FromEnd << Lines{"3\n", "4\n"}
-                                             << true << Lines{"partial\n"};
-        QTest::newRow("replace, stop") << "replace" << P::Stop << Lines{} << false
-                                       << Lines{"3\n", "4\n", "partial\n"};
-        QTest::newRow("replace, from start") << "replace" << P::FromStart << Lines{"3\n", "4\n"}
-                                             << true << Lines{"partial\n"};
-        QTest::newRow("replace, from end") << "replace" << P::FromEnd << Lines{} << true
-                                           << Lines{"partial\n"};
+        const Lines both{"3\n", "4\n"}, all{"3\n", "4\n", "partial\n"}, last{"partial\n"};
+        for (const char* change : {"shrink", "disappear", "replace"}) {
+            QTest::addRow("%s, stop", change) << change << QAFileSurvey::Stop << Lines{} << false << all;
+            QTest::addRow("%s, from start", change) << change << QAFileSurvey::FromStart << both << true << last;
+            // Absent at the restart: nothing of it to skip.
+            QTest::addRow("%s, from end", change) << change << QAFileSurvey::FromEnd
+                                                  << (qstrcmp(change, "disappear") == 0 ? both : Lines{}) << true
+                                                  << last;
+        }
     }
     void policies()
     {
         QFETCH(QString, change);
         QFETCH(QAFileSurvey::Policy, policy);
-        QFETCH(Lines, atChange);
-        QFETCH(bool, active);
-        QFETCH(Lines, afterwards);
-        QTemporaryDir dir;
-        const QString file = dir.filePath(u"runtime.out"_s);
         // A replacing file is longer than what was read: no shrink to see.
         const QByteArray first = change == QLatin1String("shrink") ? "one\ntwo\nthree\n" : "1\n";
-        append(file, first);
-        QAFileSurvey survey(file, 60000);
+        append(m_input, first);
+        QAFileSurvey survey(m_input, 60000);
         survey.setShrinkPolicy(policy);
         survey.setDisappearPolicy(policy);
         Recorder r(&survey);
@@ -384,48 +316,43 @@ private slots:
         survey.survey();
         QCOMPARE(r.take().join(), first);
         r.takeEvents();
-
         const QByteArray next = "3\n4\npart";
         if (change == QLatin1String("disappear")) {
-            QVERIFY(QFile::remove(file));
+            QVERIFY(QFile::remove(m_input));
             survey.survey();
             QCOMPARE(r.takeEvents(), QStringList{"disappear"});
-            append(file, next);
+            append(m_input, next);
             if (survey.isActive())
                 survey.survey();
         } else {
             if (change == QLatin1String("shrink")) {
-                rewrite(file, next);
+                rewrite(m_input, next);
             } else {
-                const QString other = dir.filePath(u"other.out"_s);
-                append(other, next);
-                QVERIFY(QFile::rename(file, dir.filePath(u"old.out"_s)));
-                QVERIFY(QFile::rename(other, file));
+                append(path(u"other.out"_s), next);
+                QVERIFY(QFile::rename(m_input, path(u"old.out"_s)));
+                QVERIFY(QFile::rename(path(u"other.out"_s), m_input));
             }
             survey.survey();
             QCOMPARE(r.takeEvents().value(0), change == QLatin1String("shrink") ? "shrink" : "disappear");
         }
-        QCOMPARE(r.take(), atChange);
-        QCOMPARE(survey.isActive(), active);
-
-        append(file, "ial\n");
+        QTEST(r.take(), "atChange");
+        QTEST(survey.isActive(), "active");
+        append(m_input, "ial\n");
         survey.start();
         survey.survey();
-        QCOMPARE(r.take(), afterwards);
+        QTEST(r.take(), "afterwards");
     }
 
     // A burst of changes is told once, when it has settled.
     void modificationSettles()
     {
-        QTemporaryDir dir;
-        const QString file = dir.filePath(u"runtime.out"_s);
-        QAFileSurvey survey(file, 60000);
+        QAFileSurvey survey(m_input, 60000);
         QCOMPARE(survey.modificationDelay(), 500);
         survey.setModificationDelay(100);
         QSignalSpy settled(&survey, &QAFileSurvey::fileModified);
         QSignalSpy modified(&survey, &QAFileSurvey::modified);
         for (int i = 0; i < 3; ++i) {
-            append(file, "line\n");
+            append(m_input, "line\n");
             survey.survey();
         }
         QVERIFY(survey.modificationTime().isValid());
@@ -434,22 +361,19 @@ private slots:
         QTest::qWait(300);
         QCOMPARE(settled.count(), 1);
         QCOMPARE(modified.count(), 1);
-        QCOMPARE(modified.at(0).at(0).toString(), file);
+        QCOMPARE(modified.at(0).at(0).toString(), m_input);
     }
 
     // The final pass reads what remains, then the unfinished line.
     void finishEndsTheLastLine()
     {
-        QTemporaryDir dir;
-        const QString file = dir.filePath(u"runtime.out"_s);
-        QAFileSurvey survey(file, 60000);
-        Recorder r(&survey);
+        QAFileSurvey survey(m_input, 60000);
         QStringList order;
-        connect(&survey, &QAFileSurvey::surveyDone, &r.context, [&] { order << "done"; });
-        connect(&survey, &QAFileSurvey::hasNewLine, &r.context,
+        connect(&survey, &QAFileSurvey::surveyDone, &survey, [&] { order << "done"; });
+        connect(&survey, &QAFileSurvey::hasNewLine, &survey,
                 [&](const char* line) { order << QString::fromLatin1(line); });
         survey.start();
-        append(file, "x\ny");
+        append(m_input, "x\ny");
         survey.finish();
         QCOMPARE(order, (QStringList{"x\n", "y\n", "done"}));
         QVERIFY(!survey.isActive());
@@ -458,43 +382,33 @@ private slots:
     }
 
     // Lines longer than the bound go out in pieces; the memory held stays
-    // bounded while the line is still unfinished.
+    // bounded while the line is still unfinished. A line of exactly the
+    // bound stays whole.
     void longLinesAreCut()
     {
-        QTemporaryDir dir;
-        const QString file = dir.filePath(u"runtime.out"_s);
         const qsizetype max = QAFileSurvey::MaxLineLength;
-        QAFileSurvey survey(file, 60000);
+        QAFileSurvey survey(m_input, 60000);
         Recorder r(&survey);
-        append(file, QByteArray(max - 1, 'a'));
-        survey.survey();
-        append(file, QByteArray(12, 'b'));
-        survey.survey();
-        append(file, "\nend\n");
-        survey.survey();
-        QCOMPARE(r.blocks.size(), 3);
+        for (const QByteArray& bytes : {QByteArray(max - 1, 'a'), QByteArray(12, 'b'), QByteArray("\nend\n"),
+                                        QByteArray(max, 'c') + "\n"}) {
+            append(m_input, bytes);
+            survey.survey();
+        }
+        QCOMPARE(r.blocks.size(), 4);
         QCOMPARE(r.blocks.at(0), QByteArray(max - 1, 'a') + "b\n");
         QCOMPARE(r.blocks.at(1), QByteArray(11, 'b') + "\n");
         QCOMPARE(r.blocks.at(2), QByteArray("end\n"));
-
-        // A line of exactly the bound stays whole.
-        r.blocks.clear();
-        append(file, QByteArray(max, 'c') + "\n");
-        survey.survey();
-        QCOMPARE(r.blocks.size(), 1);
-        QCOMPARE(r.blocks.at(0).size(), max + 1);
+        QCOMPARE(r.blocks.at(3).size(), max + 1);
     }
 
     // Any byte passes unchanged through newLines; hasNewLine ends at a NUL.
     void binaryBytes()
     {
-        QTemporaryDir dir;
-        const QString file = dir.filePath(u"runtime.out"_s);
         QByteArray bytes; // 0 to 255: a "\n" at 10
         for (int i = 0; i < 256; ++i)
             bytes += char(i);
-        append(file, bytes + "\r\n" + bytes);
-        QAFileSurvey survey(file, 60000);
+        append(m_input, bytes + "\r\n" + bytes);
+        QAFileSurvey survey(m_input, 60000);
         Recorder r(&survey);
         survey.finish();
         QCOMPARE(r.received, bytes + "\r\n" + bytes + "\n");
@@ -504,19 +418,15 @@ private slots:
     // Receivers may restart the survey or tick it again from a signal.
     void receiversMayRestart()
     {
-        QTemporaryDir dir;
-        const QString file = dir.filePath(u"runtime.out"_s);
-        append(file, "a\nb\nc\n");
-        QAFileSurvey survey(file, 60000);
+        append(m_input, "a\nb\nc\n");
+        QAFileSurvey survey(m_input, 60000);
         Lines lines;
         bool restarted = false;
         connect(&survey, &QAFileSurvey::hasNewLine, &survey, [&](const char* line) {
             lines << QByteArray(line);
             survey.survey(); // ignored: a tick is running
-            if (!restarted) {
-                restarted = true;
+            if (!std::exchange(restarted, true))
                 survey.restart(true);
-            }
         });
         survey.survey();
         QCOMPARE(lines, Lines{"a\n"});
@@ -527,7 +437,6 @@ private slots:
 
     // --- the split
 
-private slots:
     void routing_data()
     {
         QTest::addColumn<QByteArray>("line");
@@ -539,25 +448,28 @@ private slots:
         for (int index = 1; index <= 4; ++index)
             for (const QByteArray& code : QByteArray(tables[index - 1]).split(' '))
                 QTest::newRow(code.constData()) << code + "-record 1 2\n" << index;
-        QTest::newRow("pair outside the table") << QByteArray("ZZ top\n") << 0;
-        QTest::newRow("upper-case and digit") << QByteArray("P1 x\n") << 0;
-        QTest::newRow("upper-case and lower-case") << QByteArray("Pt x\n") << 0;
-        QTest::newRow("upper-case alone") << QByteArray("P\n") << 0;
-        QTest::newRow("lower-case pair") << QByteArray("pt x\n") << 0;
-        QTest::newRow("t and b") << QByteArray("tb end\n") << 5;
-        QTest::newRow("t and d") << QByteArray("td end\n") << 5;
-        QTest::newRow("t and a") << QByteArray("ta\n") << 5;
-        QTest::newRow("t and upper-case") << QByteArray("tX\n") << 5;
-        QTest::newRow("t and digit") << QByteArray("t0\n") << 5;
-        QTest::newRow("t alone") << QByteArray("t\n") << 5;
-        QTest::newRow("t and e") << QByteArray("te end\n") << 0;
-        QTest::newRow("t and z") << QByteArray("tz\n") << 0;
-        QTest::newRow("t and a byte above 127") << QByteArray("t\xe9t\xe9\n") << 0;
-        QTest::newRow("T and e") << QByteArray("Te\n") << 0;
-        QTest::newRow("empty line") << QByteArray("\n") << 0;
-        QTest::newRow("blank first") << QByteArray(" SF\n") << 0;
-        QTest::newRow("a byte above 127 first") << QByteArray("\xc9SF\n") << 0;
-        QTest::newRow("NUL first") << QByteArray("\0SF\n", 4) << 0;
+        const auto row = [](const char* tag, const QByteArray& line, int index) {
+            QTest::newRow(tag) << line << index;
+        };
+        row("pair outside the table", "ZZ top\n", 0);
+        row("upper-case and digit", "P1 x\n", 0);
+        row("upper-case and lower-case", "Pt x\n", 0);
+        row("upper-case alone", "P\n", 0);
+        row("lower-case pair", "pt x\n", 0);
+        row("t and b", "tb end\n", 5);
+        row("t and d", "td end\n", 5);
+        row("t and a", "ta\n", 5);
+        row("t and upper-case", "tX\n", 5);
+        row("t and digit", "t0\n", 5);
+        row("t alone", "t\n", 5);
+        row("t and e", "te end\n", 0);
+        row("t and z", "tz\n", 0);
+        row("t and a byte above 127", "t\xe9t\xe9\n", 0);
+        row("T and e", "Te\n", 0);
+        row("empty line", "\n", 0);
+        row("blank first", " SF\n", 0);
+        row("a byte above 127 first", "\xc9SF\n", 0);
+        row("NUL first", QByteArray("\0SF\n", 4), 0);
     }
     // The index of each line, and the file it lands in through a split.
     void routing()
@@ -566,12 +478,9 @@ private slots:
         QFETCH(int, index);
         QCOMPARE(QASTSplitSurvey::recordIndex(line.constData(), line.size()), index);
         QCOMPARE(QASTSplitSurvey::recordIndex(line.constData(), line.size() - 1), index);
-
-        QTemporaryDir dir;
-        const QString input = dir.filePath(u"runtime.out"_s);
-        append(input, "ZZ before\n" + line + "ZZ after\n");
-        QVERIFY(QASTSplitSurvey::splitFile(input, dir.path()));
-        const QList<QByteArray> outputs = outputsIn(dir.path());
+        append(m_input, "ZZ before\n" + line + "ZZ after\n");
+        QVERIFY(QASTSplitSurvey::splitFile(m_input, m_dir->path()));
+        const Lines outputs = outputsIn(m_dir->path());
         if (index == 0) {
             QCOMPARE(outputs.at(0), "ZZ before\n" + line + "ZZ after\n");
         } else {
@@ -580,7 +489,7 @@ private slots:
         }
         for (int other = 1; other < QASTSplitSurvey::OutputCount; ++other)
             if (other != index)
-                QVERIFY2(!QFile::exists(dir.filePath(QLatin1String(names[other]))), names[other]);
+                QVERIFY2(!QFile::exists(path(QLatin1String(names[other]))), names[other]);
     }
 
     void stamps_data()
@@ -588,23 +497,23 @@ private slots:
         QTest::addColumn<QByteArray>("line");
         QTest::addColumn<int>("index");
         QTest::addColumn<QString>("written"); // a pattern; TIME stands for the time
-        QTest::newRow("PT bare") << QByteArray("PT \n") << 1 << "PT \"\" \"TIME\"";
-        QTest::newRow("PT one field") << QByteArray("PT \"main\"\n") << 1 << "PT \"\" \"TIME\"";
-        QTest::newRow("PT two fields, one quoted with blanks")
-            << QByteArray("PT \"a b c\" d\n") << 1 << "PT \"\" \"TIME\"";
-        QTest::newRow("PT three fields") << QByteArray("PT \"a\" 12 \"b c\"\n") << 1
-                                         << "PT \"a\" 12 \"b c\" \"TIME\"";
-        QTest::newRow("PT three fields, an escaped quote")
-            << QByteArray("PT \"a \\\" b\" c d\n") << 1 << "PT \"a \\\" b\" c d \"TIME\"";
-        QTest::newRow("PT three fields, CRLF") << QByteArray("PT 1 2 3\r\n") << 1 << "PT 1 2 3 \"TIME\"";
-        QTest::newRow("PT without blank") << QByteArray("PT\n") << 1 << "PT";
-        QTest::newRow("QD") << QByteArray("QD 12 13\n") << 2 << "QD \"TIME\"";
-        QTest::newRow("QD without blank") << QByteArray("QDx\n") << 2 << "QDx";
-        QTest::newRow("DT of 0") << QByteArray("DT \"0\"\n") << 3 << "DT \"TIME\"";
-        QTest::newRow("DT of 0, more after") << QByteArray("DT \"0\" x\n") << 3 << "DT \"TIME\"";
-        QTest::newRow("DT of 01") << QByteArray("DT \"01\"\n") << 3 << "DT \"01\"";
-        QTest::newRow("DT of a date") << QByteArray("DT \"Mon\"\n") << 3 << "DT \"Mon\"";
-        QTest::newRow("DT unquoted 0") << QByteArray("DT 0\n") << 3 << "DT 0";
+        const auto row = [](const char* tag, const QByteArray& line, int index, const char* written) {
+            QTest::newRow(tag) << line << index << QString::fromLatin1(written);
+        };
+        row("PT bare", "PT \n", 1, "PT \"\" \"TIME\"");
+        row("PT one field", "PT \"main\"\n", 1, "PT \"\" \"TIME\"");
+        row("PT two fields, one quoted with blanks", "PT \"a b c\" d\n", 1, "PT \"\" \"TIME\"");
+        row("PT three fields", "PT \"a\" 12 \"b c\"\n", 1, "PT \"a\" 12 \"b c\" \"TIME\"");
+        row("PT three fields, an escaped quote", "PT \"a \\\" b\" c d\n", 1, "PT \"a \\\" b\" c d \"TIME\"");
+        row("PT three fields, CRLF", "PT 1 2 3\r\n", 1, "PT 1 2 3 \"TIME\"");
+        row("PT without blank", "PT\n", 1, "PT");
+        row("QD", "QD 12 13\n", 2, "QD \"TIME\"");
+        row("QD without blank", "QDx\n", 2, "QDx");
+        row("DT of 0", "DT \"0\"\n", 3, "DT \"TIME\"");
+        row("DT of 0, more after", "DT \"0\" x\n", 3, "DT \"TIME\"");
+        row("DT of 01", "DT \"01\"\n", 3, "DT \"01\"");
+        row("DT of a date", "DT \"Mon\"\n", 3, "DT \"Mon\"");
+        row("DT unquoted 0", "DT 0\n", 3, "DT 0");
     }
     // The records the studio stamps, through splitOneLine and through the
     // survey.
@@ -615,55 +524,39 @@ private slots:
         QFETCH(QString, written);
         const QRegularExpression pattern(QLatin1Char('^')
             + QRegularExpression::escape(written).replace(u"TIME"_s, timePattern) + u"\\n$"_s);
-        QTemporaryDir dir;
-        const QString input = dir.filePath(u"runtime.out"_s);
         {
-            QASTSplitSurvey split(input);
+            QASTSplitSurvey split(m_input);
             split.splitOneLine(line.constData());
             line.chop(1);
             split.splitOneLine(line.constData()); // without its "\n"
         }
         // Through the survey, between two records of the same file.
         const QByteArray neighbour = QByteArray(&"  PUQUCO"[2 * index], 2) + " n\n";
-        append(input, neighbour + line + "\n" + neighbour);
-        {
-            QASTSplitSurvey split(input);
-            split.splitExistingLines();
-        }
-        const QList<QByteArray> lines = readFile(dir.filePath(QLatin1String(names[index]))).split('\n');
+        append(m_input, neighbour + line + "\n" + neighbour);
+        QASTSplitSurvey(m_input).splitExistingLines();
+        const Lines lines = readFile(path(QLatin1String(names[index]))).split('\n');
         QCOMPARE(lines.size(), 6); // five lines and the empty rest
         for (int i : {0, 1, 3})
-            QVERIFY2(pattern.match(QString::fromLatin1(lines.at(i) + "\n")).hasMatch(),
-                     lines.at(i).constData());
+            QVERIFY2(pattern.match(QString::fromLatin1(lines.at(i) + "\n")).hasMatch(), lines.at(i).constData());
         QCOMPARE(lines.at(2) + "\n", neighbour);
         QCOMPARE(lines.at(4) + "\n", neighbour);
         if (written.contains(u"TIME"_s))
             QVERIFY(lines.at(0).contains(QByteArray::number(QDate::currentDate().year())));
     }
 
+    // Outputs named apart where given, beside the input where not.
     void outputNames()
     {
-        QTemporaryDir dir;
-        const QString input = dir.filePath(u"run/runtime.out"_s);
-        const auto inRun = [&](const char* name) {
-            return QDir(dir.filePath(u"run"_s)).filePath(QLatin1String(name));
-        };
-        QASTSplitSurvey defaults(input);
-        for (int i = 0; i < QASTSplitSurvey::OutputCount; ++i) {
-            QCOMPARE(QASTSplitSurvey::defaultOutputName(i), QLatin1String(names[i]));
-            QCOMPARE(defaults.outputFile(i), inRun(names[i]));
-        }
+        const QString input = path(u"run/runtime.out"_s);
+        const auto inRun = [&](int index) { return path(u"run/"_s + QLatin1String(names[index])); };
         QASTSplitSurvey named(input, "/r/c.tio", "/r/t.tdf", "/r/m.tpf", "/r/p.tqf", 250);
-        QCOMPARE(named.outputFile(3), u"/r/c.tio"_s);
-        QCOMPARE(named.outputFile(4), u"/r/t.tdf"_s);
-        QCOMPARE(named.outputFile(1), u"/r/m.tpf"_s);
-        QCOMPARE(named.outputFile(2), u"/r/p.tqf"_s);
-        QCOMPARE(named.outputFile(0), inRun(names[0]));
+        QCOMPARE((QStringList{named.outputFile(0), named.outputFile(1), named.outputFile(2), named.outputFile(3),
+                              named.outputFile(4)}),
+                 (QStringList{inRun(0), "/r/m.tpf", "/r/p.tqf", "/r/c.tio", "/r/t.tdf"}));
         QCOMPARE(named.survey()->delay(), 250);
         QASTSplitSurvey some(input, QString(), "/r/t.tdf");
-        QCOMPARE(some.outputFile(3), inRun(names[3]));
-        QCOMPARE(some.outputFile(4), u"/r/t.tdf"_s);
-        QCOMPARE(some.outputFile(1), inRun(names[1]));
+        QCOMPARE((QStringList{some.outputFile(1), some.outputFile(3), some.outputFile(4)}),
+                 (QStringList{inRun(1), inRun(3), "/r/t.tdf"}));
     }
 
     // Lines appended with an index outside 0..5 are kept apart and the
@@ -671,113 +564,96 @@ private slots:
     void rejectedLines()
     {
         RecordingStudio studio;
-        QTemporaryDir dir;
-        QASTSplitSurvey split(dir.filePath(u"runtime.out"_s));
+        QASTSplitSurvey split(m_input);
         split.appendLine("first\n", 6);
         split.appendLine("second", -1);
         split.appendLine("third\n", 42);
         split.appendLine("fine\n", 5);
         split.closeOutputFile();
-        QCOMPARE(readFile(dir.filePath(u"atlout.rej"_s)), QByteArray("first\nsecond\nthird\n"));
-        QCOMPARE(readFile(dir.filePath(u"atlendtest.txt"_s)), QByteArray("fine\n"));
+        QCOMPARE(readFile(path(u"atlout.rej"_s)), QByteArray("first\nsecond\nthird\n"));
+        QCOMPARE(readFile(path(u"atlendtest.txt"_s)), QByteArray("fine\n"));
         QCOMPARE(studio.messages(QAStData::MessageConsole),
-                 QStringList{QStringLiteral("Some lines have not been recognized during the split "
-                                            "(file %1 contains the rejected lines)")
-                                 .arg(dir.filePath(u"atlout.rej"_s))});
+                 QStringList{u"Some lines have not been recognized during the split (file %1 contains the "
+                             "rejected lines)"_s.arg(path(u"atlout.rej"_s))});
     }
 
     // While a writer appends, at every surveyDone each output holds exactly
     // the lines read so far that belong to it, in order, and whole.
     void completeAtEveryTick()
     {
-        QTemporaryDir dir;
-        const QString input = dir.filePath(u"runtime.out"_s);
-        QASTSplitSurvey split(input, QString(), QString(), QString(), QString(), 5);
+        QASTSplitSurvey split(m_input, QString(), QString(), QString(), QString(), 5);
         int ticks = 0;
         int ticksWithLines = 0;
         QString mismatch; // the first one
-        const auto check = [&] {
+        connect(split.survey(), &QAFileSurvey::surveyDone, this, [&] {
             ++ticks;
-            QByteArray read = readFile(input).left(split.survey()->offset());
+            QByteArray read = readFile(m_input).left(split.survey()->offset());
             read.truncate(read.lastIndexOf('\n') + 1);
-            QList<QByteArray> expected(QASTSplitSurvey::OutputCount);
+            Lines expected(QASTSplitSurvey::OutputCount);
             for (const QByteArray& line : read.split('\n'))
                 if (!line.isEmpty())
                     expected[expectedIndex(line)] += line + '\n';
-            const QList<QByteArray> outputs = outputsIn(dir.path());
+            const Lines outputs = outputsIn(m_dir->path());
             if (!read.isEmpty())
                 ++ticksWithLines;
             for (int i = 0; i < QASTSplitSurvey::OutputCount; ++i)
                 if (outputs.at(i) != expected.at(i) && mismatch.isEmpty())
                     mismatch = u"%1 at tick %2"_s.arg(names[i]).arg(ticks);
-        };
-        connect(split.survey(), &QAFileSurvey::surveyDone, this, check);
+        });
         QSignalSpy appeared(&split, &QASTSplitSurvey::appeared);
         split.survey()->start();
-
-        QProcess writer;
-        writer.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        writer.start(u"perl"_s, {u"-e"_s, QString::fromLatin1(recordWriterScript), input, u"3000"_s, u"11"_s});
-        QVERIFY(writer.waitForStarted());
-        QSignalSpy finished(&writer, &QProcess::finished);
-        QVERIFY(finished.wait(60000));
+        runWriter({m_input, path(u"expected.out"_s), u"append"_s, u"1"_s, u"3000"_s, u"70"_s, u"11"_s, u"0"_s,
+                   u"0"_s});
         split.survey()->finish();
         QVERIFY2(mismatch.isEmpty(), qPrintable(mismatch));
         QCOMPARE(appeared.count(), 1);
         QVERIFY(ticksWithLines > 3);
-        const QList<QByteArray> outputs = outputsIn(dir.path());
-        QCOMPARE(outputs.join().size(), readFile(input).size());
+        QCOMPARE(outputsIn(m_dir->path()).join().size(), readFile(m_input).size());
     }
 
     // What the input holds before the survey starts is split once, on
     // demand; a new run that truncates it is split from its start.
     void existingLinesAndNewRuns()
     {
-        QTemporaryDir dir;
-        const QString input = dir.filePath(u"runtime.out"_s);
-        append(input, "CO 1\nSF 2\npart");
+        append(m_input, "CO 1\nSF 2\npart");
         {
-            QASTSplitSurvey skipping(input);
+            QASTSplitSurvey skipping(m_input);
             skipping.survey()->survey();
-            QVERIFY(outputsIn(dir.path()).join().isEmpty());
+            QVERIFY(outputsIn(m_dir->path()).join().isEmpty());
         }
-        QASTSplitSurvey split(input);
+        QASTSplitSurvey split(m_input);
         QSignalSpy shrinked(&split, &QASTSplitSurvey::shrinked);
         split.splitExistingLines();
-        QCOMPARE(outputsIn(dir.path()), (QList<QByteArray>{"", "", "", "CO 1\n", "SF 2\n", "", ""}));
-        append(input, "ial\nCO 3\n");
+        QCOMPARE(outputsIn(m_dir->path()), (Lines{"", "", "", "CO 1\n", "SF 2\n", "", ""}));
+        append(m_input, "ial\nCO 3\n");
         split.survey()->survey();
-        QCOMPARE(outputsIn(dir.path()),
-                 (QList<QByteArray>{"partial\n", "", "", "CO 1\nCO 3\n", "SF 2\n", "", ""}));
-
-        QVERIFY(QFile::resize(input, 0));
-        append(input, "CO 4\n");
+        QCOMPARE(outputsIn(m_dir->path()), (Lines{"partial\n", "", "", "CO 1\nCO 3\n", "SF 2\n", "", ""}));
+        QVERIFY(QFile::resize(m_input, 0));
+        append(m_input, "CO 4\n");
         split.survey()->survey();
         QCOMPARE(shrinked.count(), 1);
-        QCOMPARE(outputsIn(dir.path()).at(3), QByteArray("CO 1\nCO 3\nCO 4\n"));
+        QCOMPARE(outputsIn(m_dir->path()).at(3), QByteArray("CO 1\nCO 3\nCO 4\n"));
     }
 
     // The whole-file split: outputs made afresh in a new directory, the
     // reasons it fails.
     void splitFile()
     {
-        QTemporaryDir dir;
-        const QString input = dir.filePath(u"runtime.out"_s);
-        append(input, "SF a\ntb end\nlast");
-        const QString out = dir.filePath(u"results/one"_s);
+        append(m_input, "SF a\ntb end\nlast");
+        const QString out = path(u"results/one"_s);
         QString error;
         for (int i = 0; i < 2; ++i) { // again: the same files, not doubled
-            QVERIFY(QASTSplitSurvey::splitFile(input, out, &error));
-            QCOMPARE(outputsIn(out), (QList<QByteArray>{"last\n", "", "", "", "SF a\n", "tb end\n", ""}));
+            QVERIFY(QASTSplitSurvey::splitFile(m_input, out, &error));
+            QCOMPARE(outputsIn(out), (Lines{"last\n", "", "", "", "SF a\n", "tb end\n", ""}));
         }
-        QVERIFY(!QASTSplitSurvey::splitFile(dir.filePath(u"none"_s), out, &error));
-        QVERIFY(error.contains(dir.filePath(u"none"_s)));
-        QVERIFY(!QASTSplitSurvey::splitFile(input, input + u"/below"_s, &error));
-        QVERIFY(error.contains(input));
-        const QString named = dir.filePath(u"tracer.tdf"_s);
-        QVERIFY(QFile::copy(input, named));
-        QVERIFY(!QASTSplitSurvey::splitFile(named, dir.path(), &error));
-        QCOMPARE(readFile(named), readFile(input));
+        QVERIFY(!QASTSplitSurvey::splitFile(path(u"none"_s), out, &error));
+        QVERIFY(error.contains(path(u"none"_s)));
+        QVERIFY(!QASTSplitSurvey::splitFile(m_input, m_input + u"/below"_s, &error));
+        QVERIFY(error.contains(m_input));
+        const QString named = path(u"tracer.tdf"_s);
+        QVERIFY(QFile::copy(m_input, named));
+        QVERIFY(!QASTSplitSurvey::splitFile(named, m_dir->path(), &error));
+        QCOMPARE(readFile(named), readFile(m_input));
     }
 
     // Binary bytes, empty and one-byte lines, a line of many megabytes
@@ -785,8 +661,6 @@ private slots:
     // into lines of their own.
     void badInput()
     {
-        QTemporaryDir dir;
-        const QString input = dir.filePath(u"runtime.out"_s);
         QByteArray bytes;
         for (int i = 0; i < 256; ++i)
             bytes += char(255 - i);
@@ -794,9 +668,9 @@ private slots:
         const QByteArray huge = "SF" + QByteArray(max + 100, 'x');
         static const char lines[] = "\n\n\nt\nT\nS\n\0\n";
         const QByteArray text = bytes + QByteArray(lines, sizeof lines - 1) + bytes + "\nPT" + huge;
-        append(input, text);
-        QVERIFY(QASTSplitSurvey::splitFile(input, dir.path()));
-        const QList<QByteArray> outputs = outputsIn(dir.path());
+        append(m_input, text);
+        QVERIFY(QASTSplitSurvey::splitFile(m_input, m_dir->path()));
+        const Lines outputs = outputsIn(m_dir->path());
         QCOMPARE(outputs.join().size(), text.size() + 2); // two "\n" added
         QCOMPARE(outputs.at(5), QByteArray("t\n"));
         QVERIFY(outputs.at(1).startsWith("PTSFxxx")); // not stamped: no blank
@@ -807,12 +681,10 @@ private slots:
     // An output that cannot be written loses its lines; the others go on.
     void unwritableOutput()
     {
-        QTemporaryDir dir;
-        const QString input = dir.filePath(u"runtime.out"_s);
-        append(input, "SF 1\nCO 2\nSF 3\nCO 4\n");
-        QASTSplitSurvey split(input, QString(), dir.filePath(u"no/such/dir/t.tdf"_s));
+        append(m_input, "SF 1\nCO 2\nSF 3\nCO 4\n");
+        QASTSplitSurvey split(m_input, QString(), path(u"no/such/dir/t.tdf"_s));
         split.splitExistingLines();
-        QCOMPARE(outputsIn(dir.path()).at(3), QByteArray("CO 2\nCO 4\n"));
+        QCOMPARE(outputsIn(m_dir->path()).at(3), QByteArray("CO 2\nCO 4\n"));
         QVERIFY(!QFile::exists(split.outputFile(4)));
     }
 
@@ -821,68 +693,48 @@ private slots:
         QTest::addColumn<QByteArray>("line");
         QTest::addColumn<QByteArray>("posix");
         QTest::addColumn<QByteArray>("windows");
-        QTest::newRow("class") << QByteArray("PU \"com/acme/Shop\" 12\n")
-                               << QByteArray("PU \"com.acme.Shop\" 12\n")
-                               << QByteArray("PU \"com.acme.Shop\" 12\n");
-        QTest::newRow("inner class") << QByteArray("SF \"a/b/C$D_1\"\n") << QByteArray("SF \"a.b.C$D_1\"\n")
-                                     << QByteArray("SF \"a.b.C$D_1\"\n");
-        QTest::newRow("source path") << QByteArray("SF \"com/acme/Shop.java\" 3\n")
-                                     << QByteArray("SF \"com/acme/Shop.java\" 3\n")
-                                     << QByteArray("SF \"com\\acme\\Shop.java\" 3\n");
-        QTest::newRow("windows source path") << QByteArray("SF \"C:\\src\\Shop.java\"\n")
-                                             << QByteArray("SF \"C:/src/Shop.java\"\n")
-                                             << QByteArray("SF \"C:\\src\\Shop.java\"\n");
-        QTest::newRow("descriptor") << QByteArray("PF \"(Ljava/lang/String;)V\"\n")
-                                    << QByteArray("PF \"(Ljava/lang/String;)V\"\n")
-                                    << QByteArray("PF \"(Ljava/lang/String;)V\"\n");
-        QTest::newRow("no slash, unquoted slash")
-            << QByteArray("PF \"Shop\" a/b \"\"\n") << QByteArray("PF \"Shop\" a/b \"\"\n")
-            << QByteArray("PF \"Shop\" a/b \"\"\n");
-        QTest::newRow("slash first or doubled")
-            << QByteArray("PF \"/a/B\" \"a//B\"\n") << QByteArray("PF \"/a/B\" \"a//B\"\n")
-            << QByteArray("PF \"/a/B\" \"a//B\"\n");
-        QTest::newRow("quote never closed") << QByteArray("PF \"a/b\" \"c/d\n")
-                                            << QByteArray("PF \"a.b\" \"c/d\n")
-                                            << QByteArray("PF \"a.b\" \"c/d\n");
+        const auto row = [](const char* tag, const char* line, const char* posix, const char* windows = nullptr) {
+            QTest::newRow(tag) << QByteArray(line) << QByteArray(posix) << QByteArray(windows ? windows : posix);
+        };
+        row("class", "PU \"com/acme/Shop\" 12\n", "PU \"com.acme.Shop\" 12\n");
+        row("inner class", "SF \"a/b/C$D_1\"\n", "SF \"a.b.C$D_1\"\n");
+        row("source path", "SF \"com/acme/Shop.java\" 3\n", "SF \"com/acme/Shop.java\" 3\n",
+            "SF \"com\\acme\\Shop.java\" 3\n");
+        row("windows source path", "SF \"C:\\src\\Shop.java\"\n", "SF \"C:/src/Shop.java\"\n",
+            "SF \"C:\\src\\Shop.java\"\n");
+        row("descriptor", "PF \"(Ljava/lang/String;)V\"\n", "PF \"(Ljava/lang/String;)V\"\n");
+        row("no slash, unquoted slash", "PF \"Shop\" a/b \"\"\n", "PF \"Shop\" a/b \"\"\n");
+        row("slash first or doubled", "PF \"/a/B\" \"a//B\"\n", "PF \"/a/B\" \"a//B\"\n");
+        row("quote never closed", "PF \"a/b\" \"c/d\n", "PF \"a.b\" \"c/d\n");
     }
     void javaPaths()
     {
         QFETCH(QByteArray, line);
-        QFETCH(QByteArray, posix);
-        QFETCH(QByteArray, windows);
-        QCOMPARE(QASTSplitJavaPSurvey::convertLine(line, QAInstall::Posix), posix);
-        QCOMPARE(QASTSplitJavaPSurvey::convertLine(line, QAInstall::Windows), windows);
+        QTEST(QASTSplitJavaPSurvey::convertLine(line, QAInstall::Posix), "posix");
+        QTEST(QASTSplitJavaPSurvey::convertLine(line, QAInstall::Windows), "windows");
     }
 
     // Two profiler files into the memory-profile and trace files, tick by
     // tick; a restart empties them unless they are shared.
     void javaSplit()
     {
-        QTemporaryDir dir;
-        const QString one = dir.filePath(u"vm1.jp"_s);
-        const QString two = dir.filePath(u"vm2.jp"_s);
-        const QString tpf = dir.filePath(u"m.tpf"_s);
-        const QString tdf = dir.filePath(u"t.tdf"_s);
+        const QString one = path(u"vm1.jp"_s), two = path(u"vm2.jp"_s);
+        const QString tpf = path(u"m.tpf"_s), tdf = path(u"t.tdf"_s);
         append(one, "PU \"a/B\" 1\nSF \"a/B.java\" 2\nCI \"a/B\" 3\npar");
         QASTSplitJavaPSurvey java({one, two}, tpf, tdf);
-        QCOMPARE(java.inputFiles(), (QStringList{one, two}));
         java.tickReceived();
         QCOMPARE(readFile(tpf), QByteArray("PU \"a.B\" 1\n"));
         QCOMPARE(readFile(tdf), QByteArray("SF \"a/B.java\" 2\nCI \"a.B\" 3\n"));
-
         append(one, "t\nPF 4\n");
         append(two, "LE 5\nQT 6");
         java.stop();
         QCOMPARE(readFile(tpf), QByteArray("PU \"a.B\" 1\npart\nPF 4\nQT 6\n"));
         QCOMPARE(readFile(tdf), QByteArray("SF \"a/B.java\" 2\nCI \"a.B\" 3\nLE 5\n"));
-
         java.work_with_other_instr(true);
-        QVERIFY(java.worksWithOtherInstrumentation());
         java.restart();
         java.tickReceived();
         QCOMPARE(readFile(tdf), QByteArray("SF \"a/B.java\" 2\nCI \"a.B\" 3\nLE 5\n"
                                            "SF \"a/B.java\" 2\nCI \"a.B\" 3\nLE 5\n"));
-
         java.work_with_other_instr(false);
         java.restart();
         java.tickReceived();

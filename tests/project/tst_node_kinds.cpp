@@ -17,6 +17,7 @@
 #include "RecordingStudio.h"
 #include "TestItems.h"
 #include "TestPaths.h"
+#include "TestXml.h"
 
 #include <QAction>
 #include <QDomDocument>
@@ -110,15 +111,6 @@ QStringList classNames(const QList<QAStData*>& items)
     return names;
 }
 
-std::unique_ptr<QAStData> readItem(const QString& xml)
-{
-    QDomDocument doc;
-    if (!doc.setContent(xml))
-        return nullptr;
-    return std::unique_ptr<QAStData>(
-        QAStDataFactory::create(doc.documentElement(), 1, nullptr, nullptr));
-}
-
 QAStNodeSystemTesting::Deployment deployment(const QString& tester, const QString& host)
 {
     QAStNodeSystemTesting::Deployment d;
@@ -174,6 +166,9 @@ void setOwnFields(QAStNode* node)
 
 class TestNodeKinds : public QObject {
     Q_OBJECT
+
+    RecordingStudio m_studio;
+
 private slots:
     void initTestCase() { QVERIFY(QAStConfiguration::initialize(nullptr, nullptr)); }
     void init()
@@ -183,396 +178,335 @@ private slots:
     }
 
     void roundTrip_data() { addKindRows(); }
-    void roundTrip();
+    void roundTrip()
+    {
+        QFETCH(QString, tag);
+        const std::unique_ptr<QAStNode> node = freshNode(tag);
+        QVERIFY(node);
+        setOwnFields(node.get());
+        const QStringList addable = node->addableChildKinds();
+        if (!addable.isEmpty()) {
+            setOwnFields(node->addNewChild(addable.last()));
+            node->addNewChild(addable.first());
+        }
+
+        const QString written = node->toString();
+        const std::unique_ptr<QAStData> read = buildItem(written);
+        QVERIFY(read);
+        QVERIFY(read->isValid());
+        QCOMPARE(QAStData::loadReport(), QString());
+        QCOMPARE(read->metaObject()->className(), node->metaObject()->className());
+        QCOMPARE(classNames(read->childItems()), classNames(node->childItems()));
+        const auto* readNode = qobject_cast<QAStNode*>(read.get());
+        QCOMPARE(readNode->configurations(), node->configurations());
+        QCOMPARE(readNode->currentConfiguration()->localProperty(u"cflags"_s), QVariant(u"-g"_s));
+        QCOMPARE(read->toString(), written);
+    }
+
     void layout_data() { addKindRows(); }
-    void layout();
-    void applicationNesting();
-    void systemTestingScriptListsTesters();
-    void systemTestingLists();
-    void baseBlocksAreNotItems();
-    void badPlace_data();
-    void badPlace();
+    // The kind's elements, and the property-sheet kind it shows.
+    void layout()
+    {
+        QFETCH(QString, tag);
+        const KindRow* row = kindOf(tag);
+        const std::unique_ptr<QAStNode> node = freshNode(tag);
+        QCOMPARE(node->propertyKind(), row->propertyKind);
+        QDomDocument doc;
+        QVERIFY(doc.setContent(node->toString()));
+
+        // The kind's own element, then each wrapped block down to the node block.
+        QDomElement e = doc.documentElement();
+        QCOMPARE(e.tagName(), tag);
+        QCOMPARE(childTags(e).join(u' '), QString::fromLatin1(row->layout));
+        // The library's kind table names the block the element wraps.
+        QCOMPARE(QLatin1String(QAStNodeKind::byName(tag)->block), e.firstChildElement().tagName());
+        for (e = e.firstChildElement(); e.tagName() != u"node"_s; e = e.firstChildElement()) {
+            QVERIFY2(blockLayouts.contains(e.tagName()), qPrintable(e.tagName()));
+            QCOMPARE(childTags(e).join(u' '), blockLayouts.value(e.tagName()));
+        }
+        QCOMPARE(childTags(e).join(u' '),
+                 u"data current_configuration state background outfilename_list "
+                 "perlscript_before_child perlscript_after_child configuration_list"_s);
+    }
+
+    void systemTestingScriptListsTesters()
+    {
+        QAStNodeSystemTestingScript script(u"s.pts"_s, QPixmap());
+        script.setFileKey(u"scripts/s.pts"_s);
+        new QAStNodeVirtualTester(u"VT1"_s, QPixmap(), &script);
+        new QAStNodeVirtualTester(u"VT2"_s, QPixmap(), &script, script.child());
+        QDomDocument doc;
+        QVERIFY(doc.setContent(script.toString()));
+        const QDomElement e = doc.documentElement();
+        QCOMPARE(e.firstChildElement(u"filepath"_s).text(), u"scripts/s.pts"_s);
+        const QDomElement list = e.firstChildElement(u"virtual_tester_list"_s);
+        QCOMPARE(childTags(list), (QStringList{u"virtual_tester"_s, u"virtual_tester"_s}));
+
+        // The key repeated at this level stands in for an empty one below.
+        e.firstChildElement(u"test_script"_s)
+            .firstChildElement(u"nodefile_ref"_s)
+            .firstChildElement(u"filepath"_s)
+            .firstChild()
+            .setNodeValue(QString());
+        const std::unique_ptr<QAStData> read = buildItem(doc.toString());
+        QCOMPARE(static_cast<QAStNodeFileRef*>(read.get())->fileKey(), u"scripts/s.pts"_s);
+        QCOMPARE(read->child()->name(), u"VT1"_s);
+        QCOMPARE(read->last()->name(), u"VT2"_s);
+    }
+
+    void systemTestingLists()
+    {
+        QAStNodeSystemTesting system(u"ST"_s, QPixmap());
+        QAStNodeSystemTesting::Deployment d = deployment(u"VT,1"_s, u"10.0.0.1"_s);
+        system.setDeployments({d});
+        system.setRendezvous({{u"go"_s, 2}});
+        system.setMachines({u"m1"_s, u"m2"_s});
+        system.setConnectedTDFChannel(5);
+
+        const QString text = system.toString();
+        QVERIFY(text.contains(
+            u"  <deployment_table>\n"
+            "    <deployment_data isActivated=\"false\" vtNodeName=\"VT#comma#1\""
+            " instance=\"I &quot;1&quot;#comma# &lt;a&amp;b&gt;\" delay=\"250\" number=\"3\""
+            " occId=\"4\" hostIp=\"10.0.0.1\" portAgent=\"10000\" startRoutine=\"vt_main\"/>\n"
+            "  </deployment_table>\n"
+            "  <rendezvous_list autogenerate=\"true\">\n"
+            "    <rendezvous name=\"go\" number=\"2\"/>\n"
+            "  </rendezvous_list>\n"
+            "  <machine_list>\n"
+            "    <machine name=\"m1\"/>\n"
+            "    <machine name=\"m2\"/>\n"
+            "  </machine_list>\n"
+            "</system_testing>\n"_s));
+
+        const std::unique_ptr<QAStData> read = buildItem(text);
+        const auto* readSystem = qobject_cast<QAStNodeSystemTesting*>(read.get());
+        QVERIFY(readSystem);
+        QCOMPARE(readSystem->deployments().size(), 1);
+        QVERIFY(readSystem->deployments().first() == d);
+        QVERIFY(readSystem->rendezvousAutoGenerate());
+        QCOMPARE(readSystem->rendezvous().first().name, u"go"_s);
+        QCOMPARE(readSystem->machines(), (QStringList{u"m1"_s, u"m2"_s}));
+        QCOMPARE(readSystem->connectedTDFChannel(), 0);
+    }
+
+    void baseBlocksAreNotItems()
+    {
+        for (const QString& tag : {u"test"_s, u"nodefile_ref"_s}) {
+            QVERIFY(!QAStDataFactory::isRegistered(tag));
+            QVERIFY(!QAStNode::createNode(tag, u"n"_s, nullptr, nullptr));
+        }
+
+        // Each base still reads its own block through its element constructor.
+        QAStNodeTest test(u"T"_s, QPixmap());
+        new QAStNodeSource(u"s"_s, QPixmap(), &test);
+        QAStNodeTest readTest(parseElement(test.toString()), 1);
+        QVERIFY(readTest.isValid());
+        QCOMPARE(readTest.toString(), test.toString());
+
+        QAStNodeFileRef file(u"F"_s, QPixmap());
+        file.setFileKey(u"f.c"_s);
+        QAStNodeFileRef readFile(parseElement(file.toString()), 1);
+        QCOMPARE(readFile.fileKey(), u"f.c"_s);
+        QCOMPARE(QAStData::loadReport(), QString());
+    }
+
+    void badPlace_data()
+    {
+        QTest::addColumn<QString>("parentTag");
+        QTest::addColumn<QString>("childTag");
+        QTest::newRow("group in library") << u"library"_s << u"group"_s;
+        QTest::newRow("application in unit testing") << u"unit_testing"_s << u"application"_s;
+        QTest::newRow("source in group") << u"group"_s << u"source"_s;
+        QTest::newRow("unit script in system testing")
+            << u"system_testing"_s << u"unittesting_script"_s;
+        QTest::newRow("group in source") << u"source"_s << u"group"_s;
+        QTest::newRow("source in system script") << u"systemtesting_script"_s << u"source"_s;
+        QTest::newRow("group in user") << u"user"_s << u"group"_s;
+    }
+
+    void badPlace()
+    {
+        QFETCH(QString, parentTag);
+        QFETCH(QString, childTag);
+        const std::unique_ptr<QAStNode> parent = freshNode(parentTag, u"P"_s);
+        const QString before = parent->addableChildKinds().last();
+        parent->addNewChild(before);
+        QDomDocument doc;
+        QVERIFY(doc.setContent(parent->toString()));
+
+        // The misplaced child goes after the allowed one, in the same list.
+        const QDomElement allowed = doc.elementsByTagName(before).at(0).toElement();
+        const std::unique_ptr<QAStNode> misplaced = freshNode(childTag, u"X"_s);
+        QDomDocument childDoc;
+        QVERIFY(childDoc.setContent(misplaced->toString()));
+        allowed.parentNode().appendChild(doc.importNode(childDoc.documentElement(), true));
+
+        const std::unique_ptr<QAStData> read = buildItem(doc.toString());
+        QVERIFY(read->isValid());
+        QCOMPARE(QAStData::loadReport(), childTag + u" bad place\n"_s);
+        QCOMPARE(m_studio.messages(QAStData::MessageConsole),
+                 QStringList{u"Tag ignored in the group: "_s + childTag});
+        QCOMPARE(read->childCount(), 1);
+        QCOMPARE(read->child()->name(), parent->child()->name());
+    }
+
     void missingBaseBlock_data() { addKindRows(); }
-    void missingBaseBlock();
+    void missingBaseBlock()
+    {
+        QFETCH(QString, tag);
+        const std::unique_ptr<QAStNode> node = freshNode(tag);
+        QDomDocument doc;
+        QVERIFY(doc.setContent(node->toString()));
+        QDomElement root = doc.documentElement();
+        const QString inner = root.firstChildElement().tagName();
+        root.removeChild(root.firstChildElement());
+
+        const std::unique_ptr<QAStData> read = buildItem(doc.toString());
+        QVERIFY(read);
+        QVERIFY(!read->isValid());
+        QVERIFY(QAStData::loadReport().startsWith(u"Unable to find tag "_s + inner + u'\n'));
+    }
+
     void addableChildren_data() { addKindRows(); }
-    void addableChildren();
-    void newChildTakesConfigurations();
-    void addMenu();
-    void propertyKind_data() { addKindRows(); }
-    void propertyKind();
-    void linkedNode();
-    void absoluteFilePath();
-    void exampleFile();
-    void pasteAndDropFollowTheNesting();
+    void addableChildren()
+    {
+        QFETCH(QString, tag);
+        const std::unique_ptr<QAStNode> node = freshNode(tag);
+        const QStringList addable = node->addableChildKinds();
+        QCOMPARE(addable.isEmpty(), node->allowedChildClasses().isEmpty());
 
-private:
-    RecordingStudio m_studio;
+        // Every kind on the menu makes its own class, which reading accepts.
+        for (const QString& childTag : addable) {
+            QAStNode* child = node->addNewChild(childTag);
+            QVERIFY2(child, qPrintable(childTag));
+            QCOMPARE(child->metaObject()->className(), kindOf(childTag)->className);
+            QCOMPARE(child->parent(), node.get());
+            QCOMPARE(node->last(), child);
+        }
+        const std::unique_ptr<QAStData> read = buildItem(node->toString());
+        QCOMPARE(QAStData::loadReport(), QString());
+        QCOMPARE(read->childCount(), addable.size());
+
+        for (const KindRow& row : kinds) {
+            if (!addable.contains(QLatin1String(row.tag)))
+                QVERIFY(!node->addNewChild(QLatin1String(row.tag)));
+        }
+        QCOMPARE(node->childCount(), addable.size());
+    }
+
+    void newChildTakesConfigurations()
+    {
+        QAStNodeGroup group(u"G"_s, QPixmap());
+        group.addConfiguration(u"Debug"_s)->setProperty(u"cflags"_s, u"-g"_s);
+        group.addConfiguration(u"Release"_s);
+        group.setCurrentConfigurationName(u"Debug"_s);
+
+        QAStNode* first = group.addNewChild(u"application"_s);
+        QAStNode* second = group.addNewChild(u"application"_s);
+        QCOMPARE(first->name(), u"Application"_s);
+        QCOMPARE(second->name(), u"Application 2"_s);
+        QCOMPARE(first->configurations(), (QStringList{u"Debug"_s, u"Release"_s}));
+        QCOMPARE(first->currentConfigurationName(), u"Debug"_s);
+        QCOMPARE(first->currentConfiguration()->property(u"cflags"_s), QVariant(u"-g"_s));
+        QVERIFY(!first->currentConfiguration()->hasProperty(u"cflags"_s));
+    }
+
+    void addMenu()
+    {
+        QAStNodeSystemTesting system(u"ST"_s, QPixmap());
+        std::unique_ptr<QMenu> menu(system.popupMenu(nullptr));
+        QCOMPARE(menu->actions().size(), 1);
+        QMenu* add = menu->actions().first()->menu();
+        QVERIFY(add);
+        QCOMPARE(add->title(), u"Add"_s);
+        QStringList texts;
+        QStringList tags;
+        for (const QAction* action : add->actions()) {
+            texts << action->text();
+            tags << action->data().toString();
+        }
+        QCOMPARE(texts, (QStringList{u"System Testing Script"_s, u"Source"_s}));
+        QCOMPARE(tags, system.addableChildKinds());
+
+        add->actions().first()->trigger();
+        QVERIFY(qobject_cast<QAStNodeSystemTestingScript*>(system.child()));
+
+        QAStNodeLink link(u"L"_s, QPixmap());
+        std::unique_ptr<QMenu> leafMenu(link.popupMenu(nullptr));
+        QVERIFY(leafMenu->isEmpty());
+    }
+
+    void linkedNode()
+    {
+        QAStNodeGroup top(u"top"_s, QPixmap());
+        auto* application = new QAStNodeApplication(u"Lib"_s, QPixmap(), &top);
+        auto* library = new QAStNodeLibrary(u"Lib"_s, QPixmap(), application);
+        auto* link = new QAStNodeLink(u"L"_s, QPixmap(), &top, application);
+
+        link->setLinkedNode(library);
+        QCOMPARE(link->linkedClassName(), u"QAStNodeLibrary"_s);
+        QCOMPARE(link->linkedNode(), library);
+        link->setLinkedNode(u"Lib"_s, QString());
+        QCOMPARE(link->linkedNode(), application);
+        link->setLinkedNode(u"L"_s, u"QAStNodeLink"_s);
+        QCOMPARE(link->linkedNode(), nullptr);
+        link->setLinkedNode(u"missing"_s, QString());
+        QCOMPARE(link->linkedNode(), nullptr);
+    }
+
+    void exampleFile()
+    {
+        QFile file(TestPaths::data(u"nodes/application.xml"_s));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QString text = QString::fromUtf8(file.readAll());
+
+        const std::unique_ptr<QAStData> read = buildItem(text);
+        const auto* application = qobject_cast<QAStNodeApplication*>(read.get());
+        QVERIFY(application);
+        QCOMPARE(QAStData::loadReport(), QString());
+        QCOMPARE(application->configurations(), QStringList{u"Debug"_s});
+        QCOMPARE(classNames(application->childItems()),
+                 (QStringList{u"QAStNodeSource"_s, u"QAStNodeLink"_s}));
+        const auto* source = static_cast<QAStNodeSource*>(application->child());
+        QCOMPARE(source->fileKey(), u"src/calc.c"_s);
+        QVERIFY(!source->integratedSource());
+        QCOMPARE(static_cast<QAStNodeLink*>(application->last())->linkedNodeName(), u"MathLib"_s);
+        QCOMPARE(read->toString(), text);
+    }
+
+    void pasteAndDropFollowTheNesting()
+    {
+        QAStNodeGroup group(u"Group"_s, QPixmap());
+        auto* application = new QAStNodeApplication(u"App"_s, QPixmap(), &group);
+        auto* source = new QAStNodeSource(u"main.c"_s, QPixmap(), application);
+        auto* inner = new QAStNodeGroup(u"Inner"_s, QPixmap(), &group, application);
+
+        // Where the project file allows the kind, and never into itself or
+        // below itself.
+        QVERIFY(group.acceptDrop(application));
+        QVERIFY(inner->acceptDrop(application));
+        QVERIFY(application->acceptDrop(source));
+        QVERIFY(!source->acceptDrop(application));
+        QVERIFY(!application->acceptDrop(&group));
+        QVERIFY(!inner->acceptDrop(inner));
+        QVERIFY(!inner->acceptDrop(&group));
+
+        application->copy();
+        QAStData* pasted = inner->paste();
+        QVERIFY(pasted);
+        QCOMPARE(pasted->parent(), static_cast<QAStData*>(inner));
+        QCOMPARE(pasted->name(), u"App"_s);
+        QCOMPARE(classNames(pasted->childItems()), QStringList{u"QAStNodeSource"_s});
+        QVERIFY(QAStData::isUndoAvailable());
+        QAStData::undo();
+        QCOMPARE(inner->childCount(), 0);
+
+        group.copy();
+        QVERIFY(!source->paste());
+        QCOMPARE(source->childCount(), 0);
+    }
 };
-
-void TestNodeKinds::roundTrip()
-{
-    QFETCH(QString, tag);
-    const std::unique_ptr<QAStNode> node = freshNode(tag);
-    QVERIFY(node);
-    setOwnFields(node.get());
-    const QStringList addable = node->addableChildKinds();
-    if (!addable.isEmpty()) {
-        setOwnFields(node->addNewChild(addable.last()));
-        node->addNewChild(addable.first());
-    }
-
-    const QString written = node->toString();
-    const std::unique_ptr<QAStData> read = readItem(written);
-    QVERIFY(read);
-    QVERIFY(read->isValid());
-    QCOMPARE(QAStData::loadReport(), QString());
-    QCOMPARE(read->metaObject()->className(), node->metaObject()->className());
-    QCOMPARE(classNames(read->childItems()), classNames(node->childItems()));
-    const auto* readNode = qobject_cast<QAStNode*>(read.get());
-    QCOMPARE(readNode->configurations(), node->configurations());
-    QCOMPARE(readNode->currentConfiguration()->localProperty(u"cflags"_s), QVariant(u"-g"_s));
-    QCOMPARE(read->toString(), written);
-}
-
-void TestNodeKinds::layout()
-{
-    QFETCH(QString, tag);
-    const KindRow* row = kindOf(tag);
-    const std::unique_ptr<QAStNode> node = freshNode(tag);
-    QDomDocument doc;
-    QVERIFY(doc.setContent(node->toString()));
-
-    // The kind's own element, then each wrapped block down to the node block.
-    QDomElement e = doc.documentElement();
-    QCOMPARE(e.tagName(), tag);
-    QCOMPARE(childTags(e).join(u' '), QString::fromLatin1(row->layout));
-    // The library's kind table names the block the element wraps.
-    QCOMPARE(QLatin1String(QAStNodeKind::byName(tag)->block), e.firstChildElement().tagName());
-    for (e = e.firstChildElement(); e.tagName() != u"node"_s; e = e.firstChildElement()) {
-        QVERIFY2(blockLayouts.contains(e.tagName()), qPrintable(e.tagName()));
-        QCOMPARE(childTags(e).join(u' '), blockLayouts.value(e.tagName()));
-    }
-    QCOMPARE(childTags(e).join(u' '),
-             u"data current_configuration state background outfilename_list "
-             "perlscript_before_child perlscript_after_child configuration_list"_s);
-}
-
-void TestNodeKinds::applicationNesting()
-{
-    QAStNodeApplication application(u"App"_s, QPixmap());
-    new QAStNodeSource(u"main.c"_s, QPixmap(), &application);
-    QDomDocument doc;
-    QVERIFY(doc.setContent(application.toString()));
-
-    const QDomElement test = doc.documentElement().firstChildElement();
-    QCOMPARE(test.tagName(), u"test"_s);
-    QCOMPARE(test.firstChildElement(u"node"_s)
-                 .firstChildElement(u"data"_s)
-                 .firstChildElement(u"name"_s)
-                 .text(),
-             u"App"_s);
-    QCOMPARE(childTags(test.firstChildElement(u"test_child"_s)), QStringList{u"source"_s});
-
-    const std::unique_ptr<QAStData> read = std::unique_ptr<QAStData>(
-        QAStDataFactory::create(doc.documentElement(), 1, nullptr, nullptr));
-    QVERIFY(qobject_cast<QAStNodeApplication*>(read.get()));
-    QCOMPARE(read->name(), u"App"_s);
-    QCOMPARE(classNames(read->childItems()), QStringList{u"QAStNodeSource"_s});
-}
-
-void TestNodeKinds::systemTestingScriptListsTesters()
-{
-    QAStNodeSystemTestingScript script(u"s.pts"_s, QPixmap());
-    script.setFileKey(u"scripts/s.pts"_s);
-    new QAStNodeVirtualTester(u"VT1"_s, QPixmap(), &script);
-    new QAStNodeVirtualTester(u"VT2"_s, QPixmap(), &script, script.child());
-    QDomDocument doc;
-    QVERIFY(doc.setContent(script.toString()));
-
-    const QDomElement e = doc.documentElement();
-    QCOMPARE(childTags(e),
-             (QStringList{u"test_script"_s, u"filepath"_s, u"virtual_tester_list"_s}));
-    QCOMPARE(e.firstChildElement(u"filepath"_s).text(), u"scripts/s.pts"_s);
-    const QDomElement list = e.firstChildElement(u"virtual_tester_list"_s);
-    QCOMPARE(childTags(list), (QStringList{u"virtual_tester"_s, u"virtual_tester"_s}));
-
-    // The key repeated at this level stands in for an empty one below.
-    e.firstChildElement(u"test_script"_s)
-        .firstChildElement(u"nodefile_ref"_s)
-        .firstChildElement(u"filepath"_s)
-        .firstChild()
-        .setNodeValue(QString());
-    const std::unique_ptr<QAStData> read = readItem(doc.toString());
-    QCOMPARE(static_cast<QAStNodeFileRef*>(read.get())->fileKey(), u"scripts/s.pts"_s);
-    QCOMPARE(read->child()->name(), u"VT1"_s);
-    QCOMPARE(read->last()->name(), u"VT2"_s);
-}
-
-void TestNodeKinds::systemTestingLists()
-{
-    QAStNodeSystemTesting system(u"ST"_s, QPixmap());
-    QAStNodeSystemTesting::Deployment d = deployment(u"VT,1"_s, u"10.0.0.1"_s);
-    system.setDeployments({d});
-    system.setRendezvous({{u"go"_s, 2}});
-    system.setMachines({u"m1"_s, u"m2"_s});
-    system.setConnectedTDFChannel(5);
-
-    const QString text = system.toString();
-    QVERIFY(text.contains(
-        u"  <deployment_table>\n"
-        "    <deployment_data isActivated=\"false\" vtNodeName=\"VT#comma#1\""
-        " instance=\"I &quot;1&quot;#comma# &lt;a&amp;b&gt;\" delay=\"250\" number=\"3\""
-        " occId=\"4\" hostIp=\"10.0.0.1\" portAgent=\"10000\" startRoutine=\"vt_main\"/>\n"
-        "  </deployment_table>\n"
-        "  <rendezvous_list autogenerate=\"true\">\n"
-        "    <rendezvous name=\"go\" number=\"2\"/>\n"
-        "  </rendezvous_list>\n"
-        "  <machine_list>\n"
-        "    <machine name=\"m1\"/>\n"
-        "    <machine name=\"m2\"/>\n"
-        "  </machine_list>\n"
-        "</system_testing>\n"_s));
-
-    const std::unique_ptr<QAStData> read = readItem(text);
-    const auto* readSystem = qobject_cast<QAStNodeSystemTesting*>(read.get());
-    QVERIFY(readSystem);
-    QCOMPARE(readSystem->deployments().size(), 1);
-    QVERIFY(readSystem->deployments().first() == d);
-    QVERIFY(readSystem->rendezvousAutoGenerate());
-    QCOMPARE(readSystem->rendezvous().first().name, u"go"_s);
-    QCOMPARE(readSystem->machines(), (QStringList{u"m1"_s, u"m2"_s}));
-    QCOMPARE(readSystem->connectedTDFChannel(), 0);
-}
-
-void TestNodeKinds::baseBlocksAreNotItems()
-{
-    for (const QString& tag : {u"test"_s, u"nodefile_ref"_s}) {
-        QVERIFY(!QAStDataFactory::isRegistered(tag));
-        QVERIFY(!QAStNode::createNode(tag, u"n"_s, nullptr, nullptr));
-    }
-
-    // Each base still reads its own block through its element constructor.
-    QAStNodeTest test(u"T"_s, QPixmap());
-    new QAStNodeSource(u"s"_s, QPixmap(), &test);
-    QAStNodeTest readTest(parseElement(test.toString()), 1);
-    QVERIFY(readTest.isValid());
-    QCOMPARE(readTest.toString(), test.toString());
-
-    QAStNodeFileRef file(u"F"_s, QPixmap());
-    file.setFileKey(u"f.c"_s);
-    QAStNodeFileRef readFile(parseElement(file.toString()), 1);
-    QCOMPARE(readFile.fileKey(), u"f.c"_s);
-    QCOMPARE(QAStData::loadReport(), QString());
-}
-
-void TestNodeKinds::badPlace_data()
-{
-    QTest::addColumn<QString>("parentTag");
-    QTest::addColumn<QString>("childTag");
-    QTest::newRow("group in library") << u"library"_s << u"group"_s;
-    QTest::newRow("application in unit testing") << u"unit_testing"_s << u"application"_s;
-    QTest::newRow("source in group") << u"group"_s << u"source"_s;
-    QTest::newRow("unit script in system testing")
-        << u"system_testing"_s << u"unittesting_script"_s;
-    QTest::newRow("group in source") << u"source"_s << u"group"_s;
-    QTest::newRow("source in system script") << u"systemtesting_script"_s << u"source"_s;
-    QTest::newRow("group in user") << u"user"_s << u"group"_s;
-}
-
-void TestNodeKinds::badPlace()
-{
-    QFETCH(QString, parentTag);
-    QFETCH(QString, childTag);
-    const std::unique_ptr<QAStNode> parent = freshNode(parentTag, u"P"_s);
-    const QString before = parent->addableChildKinds().last();
-    parent->addNewChild(before);
-    QDomDocument doc;
-    QVERIFY(doc.setContent(parent->toString()));
-
-    // The misplaced child goes after the allowed one, in the same list.
-    const QDomElement allowed = doc.elementsByTagName(before).at(0).toElement();
-    const std::unique_ptr<QAStNode> misplaced = freshNode(childTag, u"X"_s);
-    QDomDocument childDoc;
-    QVERIFY(childDoc.setContent(misplaced->toString()));
-    allowed.parentNode().appendChild(doc.importNode(childDoc.documentElement(), true));
-
-    const std::unique_ptr<QAStData> read = readItem(doc.toString());
-    QVERIFY(read->isValid());
-    QCOMPARE(QAStData::loadReport(), childTag + u" bad place\n"_s);
-    QCOMPARE(m_studio.messages(QAStData::MessageConsole),
-             QStringList{u"Tag ignored in the group: "_s + childTag});
-    QCOMPARE(read->childCount(), 1);
-    QCOMPARE(read->child()->name(), parent->child()->name());
-}
-
-void TestNodeKinds::missingBaseBlock()
-{
-    QFETCH(QString, tag);
-    const std::unique_ptr<QAStNode> node = freshNode(tag);
-    QDomDocument doc;
-    QVERIFY(doc.setContent(node->toString()));
-    QDomElement root = doc.documentElement();
-    const QString inner = root.firstChildElement().tagName();
-    root.removeChild(root.firstChildElement());
-
-    const std::unique_ptr<QAStData> read = readItem(doc.toString());
-    QVERIFY(read);
-    QVERIFY(!read->isValid());
-    QVERIFY(QAStData::loadReport().startsWith(u"Unable to find tag "_s + inner + u'\n'));
-}
-
-void TestNodeKinds::addableChildren()
-{
-    QFETCH(QString, tag);
-    const std::unique_ptr<QAStNode> node = freshNode(tag);
-    const QStringList addable = node->addableChildKinds();
-    QCOMPARE(addable.isEmpty(), node->allowedChildClasses().isEmpty());
-
-    // Every kind on the menu makes its own class, which reading accepts.
-    for (const QString& childTag : addable) {
-        QAStNode* child = node->addNewChild(childTag);
-        QVERIFY2(child, qPrintable(childTag));
-        QCOMPARE(child->metaObject()->className(), kindOf(childTag)->className);
-        QCOMPARE(child->parent(), node.get());
-        QCOMPARE(node->last(), child);
-    }
-    const std::unique_ptr<QAStData> read = readItem(node->toString());
-    QCOMPARE(QAStData::loadReport(), QString());
-    QCOMPARE(read->childCount(), addable.size());
-
-    for (const KindRow& row : kinds) {
-        if (!addable.contains(QLatin1String(row.tag)))
-            QVERIFY(!node->addNewChild(QLatin1String(row.tag)));
-    }
-    QCOMPARE(node->childCount(), addable.size());
-}
-
-void TestNodeKinds::newChildTakesConfigurations()
-{
-    QAStNodeGroup group(u"G"_s, QPixmap());
-    group.addConfiguration(u"Debug"_s)->setProperty(u"cflags"_s, u"-g"_s);
-    group.addConfiguration(u"Release"_s);
-    group.setCurrentConfigurationName(u"Debug"_s);
-
-    QAStNode* first = group.addNewChild(u"application"_s);
-    QAStNode* second = group.addNewChild(u"application"_s);
-    QCOMPARE(first->name(), u"Application"_s);
-    QCOMPARE(second->name(), u"Application 2"_s);
-    QCOMPARE(first->configurations(), (QStringList{u"Debug"_s, u"Release"_s}));
-    QCOMPARE(first->currentConfigurationName(), u"Debug"_s);
-    QCOMPARE(first->currentConfiguration()->property(u"cflags"_s), QVariant(u"-g"_s));
-    QVERIFY(!first->currentConfiguration()->hasProperty(u"cflags"_s));
-}
-
-void TestNodeKinds::addMenu()
-{
-    QAStNodeSystemTesting system(u"ST"_s, QPixmap());
-    std::unique_ptr<QMenu> menu(system.popupMenu(nullptr));
-    QCOMPARE(menu->actions().size(), 1);
-    QMenu* add = menu->actions().first()->menu();
-    QVERIFY(add);
-    QCOMPARE(add->title(), u"Add"_s);
-    QStringList texts;
-    QStringList tags;
-    for (const QAction* action : add->actions()) {
-        texts << action->text();
-        tags << action->data().toString();
-    }
-    QCOMPARE(texts, (QStringList{u"System Testing Script"_s, u"Source"_s}));
-    QCOMPARE(tags, system.addableChildKinds());
-
-    add->actions().first()->trigger();
-    QVERIFY(qobject_cast<QAStNodeSystemTestingScript*>(system.child()));
-
-    QAStNodeLink link(u"L"_s, QPixmap());
-    std::unique_ptr<QMenu> leafMenu(link.popupMenu(nullptr));
-    QVERIFY(leafMenu->isEmpty());
-}
-
-void TestNodeKinds::propertyKind()
-{
-    QFETCH(QString, tag);
-    QCOMPARE(freshNode(tag)->propertyKind(), kindOf(tag)->propertyKind);
-}
-
-void TestNodeKinds::linkedNode()
-{
-    QAStNodeGroup top(u"top"_s, QPixmap());
-    auto* application = new QAStNodeApplication(u"Lib"_s, QPixmap(), &top);
-    auto* library = new QAStNodeLibrary(u"Lib"_s, QPixmap(), application);
-    auto* link = new QAStNodeLink(u"L"_s, QPixmap(), &top, application);
-
-    link->setLinkedNode(library);
-    QCOMPARE(link->linkedClassName(), u"QAStNodeLibrary"_s);
-    QCOMPARE(link->linkedNode(), library);
-    link->setLinkedNode(u"Lib"_s, QString());
-    QCOMPARE(link->linkedNode(), application);
-    link->setLinkedNode(u"L"_s, u"QAStNodeLink"_s);
-    QCOMPARE(link->linkedNode(), nullptr);
-    link->setLinkedNode(u"missing"_s, QString());
-    QCOMPARE(link->linkedNode(), nullptr);
-}
-
-void TestNodeKinds::absoluteFilePath()
-{
-    QAStNodeSource source(u"s"_s, QPixmap());
-    source.setFileKey(u"src/../lib/a.c"_s);
-    QCOMPARE(source.absoluteFilePath(), u"lib/a.c"_s);
-    source.setFileKey(u"/abs/./b.c"_s);
-    QCOMPARE(source.absoluteFilePath(), u"/abs/b.c"_s);
-}
-
-void TestNodeKinds::exampleFile()
-{
-    QFile file(TestPaths::data(u"nodes/application.xml"_s));
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    const QString text = QString::fromUtf8(file.readAll());
-
-    const std::unique_ptr<QAStData> read = readItem(text);
-    const auto* application = qobject_cast<QAStNodeApplication*>(read.get());
-    QVERIFY(application);
-    QCOMPARE(QAStData::loadReport(), QString());
-    QCOMPARE(application->configurations(), QStringList{u"Debug"_s});
-    QCOMPARE(classNames(application->childItems()),
-             (QStringList{u"QAStNodeSource"_s, u"QAStNodeLink"_s}));
-    const auto* source = static_cast<QAStNodeSource*>(application->child());
-    QCOMPARE(source->fileKey(), u"src/calc.c"_s);
-    QVERIFY(!source->integratedSource());
-    QCOMPARE(static_cast<QAStNodeLink*>(application->last())->linkedNodeName(), u"MathLib"_s);
-    QCOMPARE(read->toString(), text);
-}
 
 QTEST_MAIN(TestNodeKinds)
 #include "tst_node_kinds.moc"
-
-void TestNodeKinds::pasteAndDropFollowTheNesting()
-{
-    QAStNodeGroup group(u"Group"_s, QPixmap());
-    auto* application = new QAStNodeApplication(u"App"_s, QPixmap(), &group);
-    auto* source = new QAStNodeSource(u"main.c"_s, QPixmap(), application);
-    auto* inner = new QAStNodeGroup(u"Inner"_s, QPixmap(), &group, application);
-
-    // Where the project file allows the kind, and never into itself or
-    // below itself.
-    QVERIFY(group.acceptDrop(application));
-    QVERIFY(inner->acceptDrop(application));
-    QVERIFY(application->acceptDrop(source));
-    QVERIFY(!source->acceptDrop(application));
-    QVERIFY(!application->acceptDrop(&group));
-    QVERIFY(!inner->acceptDrop(inner));
-    QVERIFY(!inner->acceptDrop(&group));
-
-    application->copy();
-    QAStData* pasted = inner->paste();
-    QVERIFY(pasted);
-    QCOMPARE(pasted->parent(), static_cast<QAStData*>(inner));
-    QCOMPARE(pasted->name(), u"App"_s);
-    QCOMPARE(classNames(pasted->childItems()), QStringList{u"QAStNodeSource"_s});
-    QVERIFY(QAStData::isUndoAvailable());
-    QAStData::undo();
-    QCOMPARE(inner->childCount(), 0);
-
-    group.copy();
-    QVERIFY(!source->paste());
-    QCOMPARE(source->childCount(), 0);
-}

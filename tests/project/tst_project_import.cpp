@@ -15,7 +15,9 @@
 #include "QAStRootFolder.h"
 #include "QAStTargetPackage.h"
 #include "RecordingStudio.h"
+#include "TestEnvironment.h"
 #include "TestFiles.h"
+#include "TestPaths.h"
 #include "TestWalk.h"
 
 #include <QDirIterator>
@@ -23,7 +25,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
-#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -63,15 +64,6 @@ QString treeText(const QAStFolder* folder)
             parts.append(child->name());
     }
     return parts.join(u' ');
-}
-
-bool hasTools(std::initializer_list<const char*> tools)
-{
-    for (const char* tool : tools) {
-        if (QStandardPaths::findExecutable(QLatin1String(tool)).isEmpty())
-            return false;
-    }
-    return true;
 }
 
 constexpr int filesPerLibrary = 100;
@@ -114,6 +106,18 @@ class TestProjectImport : public QObject {
             QString content = pairs.at(i + 1);
             TestFiles::writeFile(path(QString(pairs.at(i)).replace(QLatin1String("@DIR@/"), QString())),
                                  content.replace(QLatin1String("@DIR@"), m_dir->path()).toUtf8());
+        }
+    }
+
+    // Copies the files of tests/data/databases/<name> into the test's
+    // directory, "@DIR@" in them standing for that directory.
+    void copyFixture(const QString& name)
+    {
+        const QString from = TestPaths::data(u"databases/"_s + name);
+        for (QDirIterator it(from, QDir::Files, QDirIterator::Subdirectories); it.hasNext();) {
+            const QString file = it.next();
+            TestFiles::writeFile(path(QDir(from).relativeFilePath(file)),
+                                 TestFiles::readFile(file).replace("@DIR@", QFile::encodeName(m_dir->path())));
         }
     }
 
@@ -212,100 +216,38 @@ private slots:
         QVERIFY(database.targets().isEmpty());
     }
 
+    // tests/data/databases/<fixture> (its README tells what each holds).
     void databaseTargets_data()
     {
-        QTest::addColumn<QStringList>("files");
+        QTest::addColumn<QString>("fixture");
+        QTest::addColumn<QString>("database");
         QTest::addColumn<QString>("targets");
         QTest::addColumn<QString>("sourceDirectory");
-
-        // CMake's Makefiles: link.txt beside the objects, targets in a
-        // sub-directory too; the program is listed first.
-        QTest::newRow("CMake, Makefiles") << QStringList{"b/compile_commands.json",
-                           "[{\"directory\": \"@DIR@/b\", \"command\": \"/usr/bin/cc -I@DIR@/inc -o CMakeFiles/app.dir/main.c.o -c @DIR@/main.c\", \"file\": \"@DIR@/main.c\"},\n"
-                           "                {\"directory\": \"@DIR@/b\", \"command\": \"/usr/bin/cc -o CMakeFiles/alpha.dir/a.c.o -c @DIR@/a.c\", \"file\": \"@DIR@/a.c\"},\n"
-                           "                {\"directory\": \"@DIR@/b/sub\", \"command\": \"/usr/bin/cc -fPIC -o CMakeFiles/beta.dir/b.c.o -c @DIR@/b.c\", \"file\": \"@DIR@/b.c\"}]",
-                           "b/CMakeFiles/app.dir/link.txt",
-                           "/usr/bin/cc CMakeFiles/app.dir/main.c.o -o app  libalpha.a sub/libbeta.so -lm -pthread /usr/lib/libz.a -L/opt/lib\n",
-                           "b/CMakeFiles/alpha.dir/link.txt",
-                           "/usr/bin/ar qc libalpha.a CMakeFiles/alpha.dir/a.c.o\n/usr/bin/ranlib libalpha.a\n",
-                           "b/sub/CMakeFiles/beta.dir/link.txt",
-                           "/usr/bin/cc -fPIC -shared -Wl,-soname,libbeta.so -o libbeta.so CMakeFiles/beta.dir/b.c.o\n",
-                           "b/CMakeCache.txt", "CMAKE_HOME_DIRECTORY:INTERNAL=@DIR@/src\n"}
-            << "alpha:static[1] beta:shared[1] app:app[1]<alpha,beta>{-lm,-pthread,/usr/lib/libz.a}"
-            << "src";
-
-        // CMake's Ninja: the link statements of build.ninja, one continued
-        // on a second line.
-        QTest::newRow("CMake, Ninja") << QStringList{"b/compile_commands.json",
-                           "[{\"directory\": \"@DIR@/b\", \"command\": \"cc -c @DIR@/a.c\", \"file\": \"@DIR@/a.c\", \"output\": \"CMakeFiles/alpha.dir/a.c.o\"},\n"
-                           "                {\"directory\": \"@DIR@/b\", \"command\": \"cc -c @DIR@/main.c\", \"file\": \"@DIR@/main.c\", \"output\": \"CMakeFiles/app.dir/main.c.o\"}]",
-                           "b/build.ninja",
-                           "build CMakeFiles/alpha.dir/a.c.o: C_COMPILER__alpha_Debug @DIR@/a.c || cmake_object_order_depends_target_alpha\n"
-                           "  FLAGS = -g\n"
-                           "build libalpha.a: C_STATIC_LIBRARY_LINKER__alpha_Debug CMakeFiles/alpha.dir/a.c.o\n"
-                           "build app: C_EXECUTABLE_LINKER__app_Debug CMakeFiles/app.dir/main.c.o $\n"
-                           "    | libalpha.a || libalpha.a\n"
-                           "  LINK_LIBRARIES = libalpha.a  -lm\n"}
-            << "alpha:static[1] app:app[1]<alpha>{-lm}"
-            << "";
-
-        // Meson, as 1.0 writes it: a compiler launcher, targets named after
-        // their outputs, links in LINK_ARGS.
-        QTest::newRow("Meson") << QStringList{"bm/compile_commands.json",
-                           "[{\"directory\": \"@DIR@/bm\", \"command\": \"ccache cc -Ilibalpha.a.p -I. -I.. -O0 -g -fPIC -MD -MQ libalpha.a.p/a.c.o -MF libalpha.a.p/a.c.o.d -o libalpha.a.p/a.c.o -c ../a.c\", \"file\": \"../a.c\", \"output\": \"libalpha.a.p/a.c.o\"},\n"
-                           "                {\"directory\": \"@DIR@/bm\", \"command\": \"ccache cc -Ilibgamma.so.p -fPIC -o libgamma.so.p/g.c.o -c ../g.c\", \"file\": \"../g.c\", \"output\": \"libgamma.so.p/g.c.o\"},\n"
-                           "                {\"directory\": \"@DIR@/bm\", \"command\": \"ccache cc -Iapp.p -o app.p/main.c.o -c ../main.c\", \"file\": \"../main.c\", \"output\": \"app.p/main.c.o\"}]",
-                           "bm/build.ninja",
-                           "build libalpha.a: STATIC_LINKER libalpha.a.p/a.c.o\n LINK_ARGS = csrDT\n\n"
-                           "build libgamma.so: c_LINKER libgamma.so.p/g.c.o\n"
-                           " LINK_ARGS = -Wl,--as-needed -Wl,--no-undefined -shared -fPIC -Wl,--start-group -Wl,-soname,libgamma.so -Wl,--end-group\n\n"
-                           "build app: c_LINKER app.p/main.c.o | libalpha.a libgamma.so\n"
-                           " LINK_ARGS = -Wl,--as-needed -Wl,--no-undefined -Wl,--start-group libalpha.a libgamma.so -Wl,--end-group\n",
-                           "bm/meson-info/meson-info.json",
-                           "{\"directories\": {\"source\": \"@DIR@\", \"build\": \"@DIR@/bm\"}}"}
-            << "alpha:static[1] gamma:shared[1] app:app[1]<alpha,gamma>"
-            << ".";
-
-        // Without build.ninja a Meson target's kind comes from its output.
-        QTest::newRow("Meson, output names only") << QStringList{"bm/compile_commands.json",
-                           "[{\"directory\": \"@DIR@/bm\", \"command\": \"cc -o app.p/main.c.o -c ../main.c\", \"file\": \"../main.c\"},\n"
-                           "                {\"directory\": \"@DIR@/bm\", \"command\": \"cc -o libgamma.so.1.2.p/g.c.o -c ../g.c\", \"file\": \"../g.c\"},\n"
-                           "                {\"directory\": \"@DIR@/bm\", \"command\": \"cc -o libalpha.a.p/a.c.o -c ../a.c\", \"file\": \"../a.c\"}]"}
-            << "gamma:shared[1] alpha:static[1] app:app[1]"
-            << ".";
-
-        // Bear: arguments, no build system's layout: one application named
-        // after the directory holding every source; a source compiled
-        // twice counts once.
-        QTest::newRow("Bear") << QStringList{"proj/compile_commands.json",
-                           "[{\"directory\": \"@DIR@/proj\", \"arguments\": [\"gcc\", \"-c\", \"a.c\", \"-o\", \"a.o\"], \"file\": \"a.c\"},\n"
-                           "                {\"directory\": \"@DIR@/proj/sub\", \"arguments\": [\"gcc\", \"-c\", \"b.c\"], \"file\": \"b.c\"},\n"
-                           "                {\"directory\": \"@DIR@/proj\", \"arguments\": [\"gcc\", \"-c\", \"a.c\", \"-o\", \"a.o\"], \"file\": \"a.c\"}]"}
-            << "proj:app[2]"
-            << "proj";
-
-        // A CMake target that nothing tells about is an application.
-        QTest::newRow("CMake, nothing beside") << QStringList{"b/compile_commands.json",
-                           "[{\"directory\": \"@DIR@/b\", \"command\": \"cc -c @DIR@/t.c\", \"file\": \"@DIR@/t.c\", \"output\": \"CMakeFiles/tool.dir/t.c.o\"}]"}
-            << "tool:app[1]"
-            << "";
+        QTest::newRow("CMake, Makefiles") << "cmake-makefiles" << "b"
+            << "alpha:static[1] beta:shared[1] app:app[1]<alpha,beta>{-lm,-pthread,/usr/lib/libz.a}" << "src";
+        QTest::newRow("CMake, Ninja") << "cmake-ninja" << "b" << "alpha:static[1] app:app[1]<alpha>{-lm}" << "";
+        QTest::newRow("Meson") << "meson" << "bm" << "alpha:static[1] gamma:shared[1] app:app[1]<alpha,gamma>" << ".";
+        QTest::newRow("Meson, output names only") << "meson-outputs" << "bm"
+                                                  << "gamma:shared[1] alpha:static[1] app:app[1]" << ".";
+        QTest::newRow("Bear") << "bear" << "proj" << "proj:app[2]" << "proj";
+        QTest::newRow("CMake, nothing beside") << "cmake-bare" << "b" << "tool:app[1]" << "";
     }
 
     // Targets by writer: kinds, sources, links and other libraries, in
     // build order (libraries first, each after what it links).
     void databaseTargets()
     {
-        QFETCH(QStringList, files);
+        QFETCH(QString, fixture);
+        QFETCH(QString, database);
         QFETCH(QString, targets);
         QFETCH(QString, sourceDirectory);
-        writeFixture(files);
-        QAStCompilationDatabase database;
+        copyFixture(fixture);
+        QAStCompilationDatabase read;
         QString error;
-        QVERIFY2(database.read(path(QFileInfo(files.constFirst()).path() + u"/compile_commands.json"_s),
-                               &error), qPrintable(error));
-        QCOMPARE(summary(database), targets);
+        QVERIFY2(read.read(path(database + u"/compile_commands.json"_s), &error), qPrintable(error));
+        QCOMPARE(summary(read), targets);
         if (!sourceDirectory.isEmpty())
-            QCOMPARE(database.sourceDirectory(), QDir::cleanPath(path(sourceDirectory)));
+            QCOMPARE(read.sourceDirectory(), QDir::cleanPath(path(sourceDirectory)));
     }
 
     void compilerOptions_data()
@@ -580,16 +522,7 @@ private slots:
     // system's.
     void importDatabase()
     {
-        writeFixture({"src/b/compile_commands.json",
-             "[{\"directory\": \"@DIR@/src/b\", \"command\": \"cc -I@DIR@/src/inc -DAPP '-DMSG=\\\"a b\\\"' -o CMakeFiles/app.dir/main.c.o -c @DIR@/src/main.c\", \"file\": \"@DIR@/src/main.c\"},\n"
-             "                          {\"directory\": \"@DIR@/src/b\", \"command\": \"cc -I@DIR@/src/inc -DAPP -o CMakeFiles/app.dir/two.c.o -c @DIR@/src/two.c\", \"file\": \"@DIR@/src/two.c\"},\n"
-             "                          {\"directory\": \"@DIR@/src/b\", \"command\": \"cc -I@DIR@/src/inc -DAPP -o CMakeFiles/app.dir/three.c.o -c @DIR@/src/three.c\", \"file\": \"@DIR@/src/three.c\"},\n"
-             "                          {\"directory\": \"@DIR@/src/b\", \"command\": \"cc -O3 -std=c11 -o CMakeFiles/calc.dir/calc.c.o -c @DIR@/src/calc.c\", \"file\": \"@DIR@/src/calc.c\"}]",
-             "src/b/CMakeFiles/app.dir/link.txt", "cc CMakeFiles/app.dir/main.c.o -o app libcalc.a -lm\n",
-             "src/b/CMakeFiles/calc.dir/link.txt", "ar qc libcalc.a CMakeFiles/calc.dir/calc.c.o\n",
-             "src/b/CMakeCache.txt", "CMAKE_HOME_DIRECTORY:INTERNAL=@DIR@/src\n", "src/inc/calc.h",
-             "int calc(void);\n", "src/inc/sub/deep.h", "\n", "src/b/gen.h", "\n", "src/local.h", "\n",
-             "src/main.c", "\n", "src/two.c", "\n", "src/three.c", "\n"});
+        copyFixture(u"import"_s);
         QCOMPARE(QAStProjectImport::defaultProjectFile(path("src/b/compile_commands.json")),
                  path("src/src.rtp"));
         QAStProject project{QString(), QPixmap()};
@@ -656,8 +589,7 @@ private slots:
 
     void importDirectory()
     {
-        if (!hasTools({"perl", "ctags"}))
-            QSKIP("perl or ctags is not installed");
+        SKIP_WITHOUT("perl", "ctags");
         QFETCH(QStringList, files);
         QFETCH(QString, kind);
         QFETCH(QStringList, includes);
@@ -705,8 +637,7 @@ private slots:
     // linked in and the macro of one library's build is applied.
     void importsCMakeProjectAndRuns()
     {
-        if (!hasTools({"cmake", "make", "gcc", "perl"}))
-            QSKIP("cmake, make, gcc or perl is not installed");
+        SKIP_WITHOUT("cmake", "make", "gcc", "perl");
         const QString tree = path("tree");
         writeLibrary(tree + u"/alpha"_s, u"alpha"_s, false);
         writeLibrary(tree + u"/beta"_s, u"beta"_s, true);

@@ -13,11 +13,11 @@
 #include "QAStNodeUser.h"
 #include "QAStProject.h"
 #include "RecordingStudio.h"
+#include "TestEnvironment.h"
 #include "TestFiles.h"
 #include "TestPaths.h"
 
 #include <QSignalSpy>
-#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -144,8 +144,7 @@ class TestWalk : public QObject {
 private slots:
     void initTestCase()
     {
-        if (QStandardPaths::findExecutable(u"perl"_s).isEmpty())
-            QSKIP("perl is not installed");
+        SKIP_WITHOUT("perl");
         m_install = std::make_unique<QTemporaryDir>();
         makeInstallation(m_install->path(), true);
         qputenv("ZELTAHOME", QFile::encodeName(m_install->path()));

@@ -153,78 +153,72 @@ private slots:
         QCOMPARE(package.directory(), "/tdp/pkg");
     }
 
+    // An entry amid others: the value held, or, for a value of the wrong
+    // type, a fault with file and line through the installed handler, the
+    // key keeping its default and the keys around it read.
     void valueForms_data()
     {
         QTest::addColumn<QString>("entry");
         QTest::addColumn<QString>("key");
         QTest::addColumn<QVariant>("value");
-        QTest::newRow("J2ME word true") << "J2ME_RESTRICTION = true" << "J2ME_RESTRICTION" << QVariant(true);
-        QTest::newRow("J2ME quoted true") << "J2ME_RESTRICTION = \"true\"" << "J2ME_RESTRICTION" << QVariant(true);
-        QTest::newRow("J2ME upper case") << "J2ME_RESTRICTION = TRUE" << "J2ME_RESTRICTION" << QVariant(false);
-        QTest::newRow("J2ME yes") << "J2ME_RESTRICTION = yes" << "J2ME_RESTRICTION" << QVariant(false);
-        QTest::newRow("mode 0") << "ATT_MODE = 0" << "ATT_MODE" << QVariant(0);
-        QTest::newRow("mode false") << "ATC_MODE = false" << "ATC_MODE" << QVariant(0);
-        QTest::newRow("mode quoted 0") << "ATP_MODE = \"0\"" << "ATP_MODE" << QVariant(0);
-        QTest::newRow("mode true") << "ATQ_MODE = true" << "ATQ_MODE" << QVariant(1);
-        QTest::newRow("one mode leaves the others") << "ATT_MODE = 0" << "ATQ_MODE" << QVariant(1);
-        QTest::newRow("word for a string") << "SRCEXT = .c" << "SRCEXT" << QVariant(".c");
-        QTest::newRow("integer for a string") << "DEFAULT_CFLAGS = 3" << "DEFAULT_CFLAGS" << QVariant("3");
+        QTest::addColumn<bool>("fault");
+        QTest::newRow("J2ME word true") << "J2ME_RESTRICTION = true" << "J2ME_RESTRICTION" << QVariant(true) << false;
+        QTest::newRow("J2ME quoted true") << "J2ME_RESTRICTION = \"true\""
+                                          << "J2ME_RESTRICTION" << QVariant(true) << false;
+        QTest::newRow("J2ME upper case") << "J2ME_RESTRICTION = TRUE"
+                                         << "J2ME_RESTRICTION" << QVariant(false) << false;
+        QTest::newRow("J2ME yes") << "J2ME_RESTRICTION = yes" << "J2ME_RESTRICTION" << QVariant(false) << false;
+        QTest::newRow("mode 0") << "ATT_MODE = 0" << "ATT_MODE" << QVariant(0) << false;
+        QTest::newRow("mode false") << "ATC_MODE = false" << "ATC_MODE" << QVariant(0) << false;
+        QTest::newRow("mode quoted 0") << "ATP_MODE = \"0\"" << "ATP_MODE" << QVariant(0) << false;
+        QTest::newRow("mode true") << "ATQ_MODE = true" << "ATQ_MODE" << QVariant(1) << false;
+        QTest::newRow("one mode leaves the others") << "ATT_MODE = 0" << "ATQ_MODE" << QVariant(1) << false;
+        QTest::newRow("word for a string") << "SRCEXT = .c" << "SRCEXT" << QVariant(".c") << false;
+        QTest::newRow("integer for a string") << "DEFAULT_CFLAGS = 3" << "DEFAULT_CFLAGS" << QVariant("3") << false;
         QTest::newRow("string as a list") << "DEFAULT_INCLUDE_PATHS = \"/my include\"" << "DEFAULT_INCLUDE_PATHS"
-                                          << QVariant(QStringList{"/my include"});
+                                          << QVariant(QStringList{"/my include"}) << false;
         QTest::newRow("word as a list") << "DEFAULT_LIBRARY_PATHS = /usr/lib" << "DEFAULT_LIBRARY_PATHS"
-                                        << QVariant(QStringList{"/usr/lib"});
+                                        << QVariant(QStringList{"/usr/lib"}) << false;
         QTest::newRow("empty string as a list") << "DEFAULT_INCLUDE_PATHS = \"\"" << "DEFAULT_INCLUDE_PATHS"
-                                                << QVariant(QStringList());
+                                                << QVariant(QStringList()) << false;
         QTest::newRow("list of scalars") << "DEFAULT_INCLUDE_PATHS = ( /a, 2, true, )" << "DEFAULT_INCLUDE_PATHS"
-                                         << QVariant(QStringList{"/a", "2", "true"});
-        QTest::newRow("first entry counts") << "SRCEXT = .c\nSRCEXT = .cc" << "SRCEXT" << QVariant(".c");
-        QTest::newRow("first further default counts") << "DEFAULT_X = a\nDEFAULT_X = b" << "DEFAULT_X" << QVariant("a");
-        QTest::newRow("not a further default") << "DEFAULTS_X = a" << "DEFAULTS_X" << QVariant();
+                                         << QVariant(QStringList{"/a", "2", "true"}) << false;
+        QTest::newRow("first entry counts") << "SRCEXT = .c\nSRCEXT = .cc" << "SRCEXT" << QVariant(".c") << false;
+        QTest::newRow("first further default counts") << "DEFAULT_X = a\nDEFAULT_X = b"
+                                                      << "DEFAULT_X" << QVariant("a") << false;
+        QTest::newRow("not a further default") << "DEFAULTS_X = a" << "DEFAULTS_X" << QVariant() << false;
+        QTest::newRow("group for a string") << "SRCEXT = { ext = .c }" << "SRCEXT" << QVariant(QString()) << true;
+        QTest::newRow("list for a string") << "DEFAULT_CFLAGS = ( -g )"
+                                           << "DEFAULT_CFLAGS" << QVariant(QString()) << true;
+        QTest::newRow("group for a list") << "DEFAULT_INCLUDE_PATHS = { p = /usr }" << "DEFAULT_INCLUDE_PATHS"
+                                          << QVariant(QStringList()) << true;
+        QTest::newRow("list in a list") << "DEFAULT_LIBRARY_PATHS = ( /usr/lib, ( /lib ) )"
+                                        << "DEFAULT_LIBRARY_PATHS" << QVariant(QStringList()) << true;
+        QTest::newRow("group for J2ME") << "J2ME_RESTRICTION = { }" << "J2ME_RESTRICTION" << QVariant(false) << true;
+        QTest::newRow("mode out of range") << "ATP_MODE = 2" << "ATP_MODE" << QVariant(1) << true;
+        QTest::newRow("mode as a word") << "ATQ_MODE = off" << "ATQ_MODE" << QVariant(1) << true;
+        QTest::newRow("group for a further default") << "DEFAULT_EXTRA = { a = 1 }"
+                                                     << "DEFAULT_EXTRA" << QVariant() << true;
     }
     void valueForms()
     {
         QFETCH(QString, entry);
         QFETCH(QString, key);
         QFETCH(QVariant, value);
+        QFETCH(bool, fault);
         RecordingResErrors handler;
         Package package;
-        QVERIFY(readText(package, entry));
+        QCOMPARE(readText(package, u"NAME = before\nLANGUAGE = C\n%1\nOBJEXT = .o\n"_s.arg(entry)), !fault);
         QCOMPARE(held(package, key), value);
-        QCOMPARE(handler.texts(), QStringList());
-    }
-
-    void wrongValueTypes_data()
-    {
-        QTest::addColumn<QString>("entry");  // on line 3
-        QTest::addColumn<QString>("key");
-        QTest::addColumn<QVariant>("kept");
-        QTest::newRow("group for a string") << "SRCEXT = { ext = .c }" << "SRCEXT" << QVariant(QString());
-        QTest::newRow("list for a string") << "DEFAULT_CFLAGS = ( -g )" << "DEFAULT_CFLAGS" << QVariant(QString());
-        QTest::newRow("group for a list") << "DEFAULT_INCLUDE_PATHS = { p = /usr }" << "DEFAULT_INCLUDE_PATHS"
-                                          << QVariant(QStringList());
-        QTest::newRow("list in a list") << "DEFAULT_LIBRARY_PATHS = ( /usr/lib, ( /lib ) )"
-                                        << "DEFAULT_LIBRARY_PATHS" << QVariant(QStringList());
-        QTest::newRow("group for J2ME") << "J2ME_RESTRICTION = { }" << "J2ME_RESTRICTION" << QVariant(false);
-        QTest::newRow("mode out of range") << "ATP_MODE = 2" << "ATP_MODE" << QVariant(1);
-        QTest::newRow("mode as a word") << "ATQ_MODE = off" << "ATQ_MODE" << QVariant(1);
-        QTest::newRow("group for a further default") << "DEFAULT_EXTRA = { a = 1 }" << "DEFAULT_EXTRA" << QVariant();
-    }
-    // Reported with file and line through the installed handler; the key keeps
-    // its default and the keys around it are read.
-    void wrongValueTypes()
-    {
-        QFETCH(QString, entry);
-        QFETCH(QString, key);
-        QFETCH(QVariant, kept);
-        RecordingResErrors handler;
-        Package package;
-        QVERIFY(!readText(package, u"NAME = before\nLANGUAGE = C\n%1\nOBJEXT = .o\n"_s.arg(entry)));
+        QCOMPARE(package.name(), "before");
+        QCOMPARE(package.objExtension(), ".o");
+        if (!fault) {
+            QCOMPARE(handler.texts(), QStringList());
+            return;
+        }
         QCOMPARE(handler.texts().size(), 1);
         QVERIFY2(handler.texts().first().startsWith("pkg.ini:3: "), qPrintable(handler.texts().first()));
         QVERIFY(handler.texts().first().contains(key));
-        QCOMPARE(held(package, key), kept);
-        QCOMPARE(package.name(), "before");
-        QCOMPARE(package.objExtension(), ".o");
     }
 
     void languageType_data()
@@ -247,15 +241,18 @@ private slots:
         QCOMPARE(package.languageType(), bit);
     }
 
-    // Reported to the console and the monitor, logged, and passed over.
-    void missingDirectory()
+    // A directory missing, a file or empty: reported to the console and the
+    // monitor, logged, and passed over.
+    void missingOrEmptyDirectory()
     {
         RecordingStudio studio;
         RecordingLog monitor;
         QTemporaryDir tmp;
         const QString missing = tmp.filePath("missing");
         const QString plainFile = tmp.filePath("file.txt");
+        const QString empty = tmp.filePath("empty");
         writeFile(plainFile, "not a directory");
+        QVERIFY(QDir().mkpath(empty));
         addPackage(tmp.filePath("good"), "gcc-c", "GNU C", "C");
 
         QLoggingCategory::setFilterRules("sdk110.targetpackage.debug=true");
@@ -263,11 +260,12 @@ private slots:
         QTest::ignoreMessage(QtDebugMsg, qPrintable(plainFile + " directory doesn't exists"));
         QTest::ignoreMessage(QtDebugMsg, qPrintable("scan " + tmp.filePath("good/gcc-c")));
         QAStTargetPackageList list;
-        const bool clean = list.scan({missing, plainFile, tmp.filePath("good")}, &monitor);
+        const bool clean = list.scan({missing, plainFile, empty, tmp.filePath("good")}, &monitor);
         QLoggingCategory::setFilterRules("sdk110.targetpackage.debug=false");
 
         QVERIFY(!clean);
-        const QStringList expected{notReadable(missing), notReadable(plainFile)};
+        const QStringList expected{notReadable(missing), notReadable(plainFile),
+                                   u"The Target Package %1 directory is empty"_s.arg(empty)};
         QCOMPARE(studio.messages(QAStData::MessageConsole), expected);
         QCOMPARE(monitor.messages, expected);
         QCOMPARE(namesOf(list), QStringList{"GNU C"});
@@ -287,19 +285,6 @@ private slots:
         QFile::setPermissions(locked, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
         QVERIFY(!clean);
         QCOMPARE(studio.messages(QAStData::MessageConsole), QStringList{notReadable(locked)});
-        QVERIFY(list.isEmpty());
-    }
-
-    void emptyDirectory()
-    {
-        RecordingStudio studio;
-        RecordingLog monitor;
-        QTemporaryDir tmp;
-        QAStTargetPackageList list;
-        QVERIFY(!list.scan({tmp.path()}, &monitor));
-        const QStringList expected{u"The Target Package %1 directory is empty"_s.arg(tmp.path())};
-        QCOMPARE(studio.messages(QAStData::MessageConsole), expected);
-        QCOMPARE(monitor.messages, expected);
         QVERIFY(list.isEmpty());
     }
 

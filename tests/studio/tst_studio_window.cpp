@@ -18,6 +18,7 @@
 #include "QATagFilterExpr.h"
 #include "QATagFilterExprGroup.h"
 #include "QATagFiltersMgr.h"
+#include "TestEnvironment.h"
 #include "TestFiles.h"
 #include "TestPaths.h"
 
@@ -34,7 +35,6 @@
 #include <QProgressDialog>
 #include <QPushButton>
 #include <QSignalSpy>
-#include <QStandardPaths>
 #include <QTabWidget>
 #include <QTemporaryDir>
 #include <QTextBlock>
@@ -306,7 +306,7 @@ private slots:
     // own subtree.
     void cutAndPasteMove()
     {
-        QAStData* system = select(u"System tests"_s);
+        QVERIFY(select(u"System tests"_s));
         QVERIFY(m_window->cutSelected());
         QVERIFY(!row(tree(), u"System tests"_s));
         QVERIFY(select(u"Build"_s));
@@ -317,7 +317,6 @@ private slots:
         m_window->undo();
         m_window->undo();
         QCOMPARE(row(tree(), u"System tests"_s)->parent(), tree()->topLevelItem(0));
-        Q_UNUSED(system);
 
         QAStData* header = select(u"calc.h"_s);
         QVERIFY(header->inherits("QAStFile"));
@@ -373,9 +372,7 @@ private slots:
     // dialog hides the tags it refuses.
     void tagBrowserLayoutsAndFilters()
     {
-        if (QStandardPaths::findExecutable(u"ctags"_s).isEmpty())
-            QSKIP("ctags is not installed");
-        QString cancelText;
+        SKIP_WITHOUT("ctags");
         m_window->startProgress(u"probe"_s, u"Abort"_s, 3);
         auto* progress = m_window->findChild<QProgressDialog*>(u"progress"_s);
         QVERIFY(progress);
@@ -435,12 +432,7 @@ private slots:
         QCOMPARE(m_window->question(nullptr, u"Q"_s, u"Go on?"_s,
                                     StudioInterface::Yes | StudioInterface::Cancel, StudioInterface::Yes,
                                     StudioInterface::Question), StudioInterface::Cancel);
-        m_boxes->then([](QWidget* box) {
-            auto* input = qobject_cast<QInputDialog*>(box);
-            QVERIFY(input);
-            input->setTextValue(u"typed"_s);
-            input->accept();
-        });
+        m_boxes->pick(u"typed"_s);
         bool ok = false;
         QCOMPARE(m_window->getText(nullptr, u"T"_s, u"Name:"_s, u"proposed"_s, &ok), u"typed"_s);
         QVERIFY(ok);
@@ -464,12 +456,12 @@ private slots:
     }
 
     // A node built for real: its row says how the walk went, and the
-    // compiler's lines reach the output console.
-    void buildShowsTheNodeState()
+    // compiler's lines reach the output console. Executing right after a
+    // good build asks nothing; a source touched since asks once whether to
+    // rebuild.
+    void buildAndExecute()
     {
-        if (QStandardPaths::findExecutable(u"gcc"_s).isEmpty() ||
-            QStandardPaths::findExecutable(u"perl"_s).isEmpty())
-            QSKIP("gcc or perl is not installed");
+        SKIP_WITHOUT("gcc", "perl");
         auto* library = qobject_cast<QAStNode*>(select(u"libcalc"_s));
         QVERIFY(library);
         QSignalSpy finished(library, &QAStNode::buildExecuteFinished);
@@ -483,24 +475,16 @@ private slots:
         QVERIFY(QFileInfo::exists(path(u"build/libcalc.a"_s)));
         QVERIFY(output.contains(QLatin1String("calc.c")));
         QVERIFY(m_window->action(u"build"_s)->isEnabled());
-    }
 
-    // Executing right after a good build asks nothing; a source touched
-    // since asks once whether to rebuild.
-    void executeAfterABuildAsksNothing()
-    {
-        if (QStandardPaths::findExecutable(u"gcc"_s).isEmpty() ||
-            QStandardPaths::findExecutable(u"perl"_s).isEmpty())
-            QSKIP("gcc or perl is not installed");
         auto* project = qobject_cast<QAStNode*>(select(u"calculator"_s));
         QVERIFY(project);
-        QSignalSpy finished(project, &QAStNode::buildExecuteFinished);
+        QSignalSpy projectFinished(project, &QAStNode::buildExecuteFinished);
         QVERIFY(m_window->buildSelected());
-        QVERIFY(finished.wait(180000));
+        QVERIFY(projectFinished.wait(180000));
         QVERIFY2(project->walkSucceeded(),
                  qPrintable(m_window->console(QAStData::OutputConsole)->toPlainText()));
         QVERIFY(m_window->executeSelected());
-        QVERIFY(finished.wait(180000));
+        QVERIFY(projectFinished.wait(180000));
         QVERIFY2(project->walkSucceeded(),
                  qPrintable(m_window->console(QAStData::OutputConsole)->toPlainText()));
         QVERIFY(m_boxes->unexpected().isEmpty());

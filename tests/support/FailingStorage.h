@@ -13,11 +13,16 @@
 // Both apply to the whole process (the limit) or the calling thread (the
 // capabilities) while the object lives, and undo themselves after.
 
+#include <QDir>
+#include <QFile>
 #include <QString>
 
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+
+#include <memory>
+#include <utility>
 
 #include <linux/capability.h>
 #include <sys/resource.h>
@@ -91,6 +96,50 @@ private:
     __user_cap_header_struct m_header{};
     __user_cap_data_struct m_saved[2]{};
     bool m_dropped = false;
+};
+
+// One of the ways above named as a test's data row gives it, applied to
+// dir while the object lives: "limit:<bytes>", "read-only" (dir made
+// read-only, the permission bits enforced) or "removed" (dir removed).
+class Failure {
+public:
+    Failure(const QString& mechanism, const QString& dir)
+        : m_dir(dir)
+    {
+        if (mechanism.startsWith(QLatin1String("limit:"))) {
+            m_limit = std::make_unique<FileSizeLimit>(mechanism.mid(6).toULongLong());
+            m_ready = m_limit->active();
+        } else if (mechanism == QLatin1String("read-only")) {
+            m_ready = m_readOnly = QFile::setPermissions(dir, QFileDevice::ReadOwner | QFileDevice::ExeOwner);
+            m_enforced = std::make_unique<PermissionsEnforced>();
+        } else if (mechanism == QLatin1String("removed")) {
+            m_ready = QDir(dir).removeRecursively();
+        }
+    }
+    ~Failure() { end(); }
+    Failure(const Failure&) = delete;
+    Failure& operator=(const Failure&) = delete;
+
+    // Whether the failure is in place.
+    bool ready() const { return m_ready; }
+    // Whether permission bits bind nothing here (root that cannot drop its
+    // capabilities): the case is to be skipped.
+    bool powerless() const { return m_enforced && !m_enforced->active(); }
+    // The limit lifted, the capabilities and the directory's rights back.
+    void end()
+    {
+        m_limit.reset();
+        m_enforced.reset();
+        if (std::exchange(m_readOnly, false))
+            QFile::setPermissions(m_dir, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+    }
+
+private:
+    QString m_dir;
+    std::unique_ptr<FileSizeLimit> m_limit;
+    std::unique_ptr<PermissionsEnforced> m_enforced;
+    bool m_readOnly = false;
+    bool m_ready = false;
 };
 
 }

@@ -1,0 +1,1 @@
+int calc(void);
