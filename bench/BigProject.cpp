@@ -13,6 +13,8 @@
 #include "QAStProject.h"
 #include "QAStRootFolder.h"
 
+#include <cstdio>
+
 namespace {
 
 constexpr int Groups = 357;
@@ -125,6 +127,11 @@ std::shared_ptr<GeneratedProject> bigProject()
     auto project = std::make_shared<GeneratedProject>();
     project->path = generateProject(project->dir);
     project->information = project->dir.filePath(QStringLiteral("big.inf"));
+    // Kept for a profiler's run of one step (korvil info big.rtp, ...).
+    if (qEnvironmentVariableIsSet("SDK110_BENCH_KEEP")) {
+        project->dir.setAutoRemove(false);
+        std::fprintf(stderr, "the generated project is kept in %s\n", qPrintable(project->dir.path()));
+    }
     shared = project;
     return project;
 }
