@@ -14,10 +14,11 @@
 #include "QAStRootFolder.h"
 
 #include <cstdio>
+#include <map>
 
 namespace {
 
-constexpr int Groups = 357;
+constexpr int BigGroups = 357;
 constexpr int SourcesPerApplication = 7;
 constexpr int TopFolders = 10;
 constexpr int SubFolders = 10;
@@ -76,7 +77,7 @@ void addTags(QAStFile* file, int f)
     method->setSignature(QStringLiteral("(int count, const char* label)"));
 }
 
-void addFiles(QAStProject& project)
+void addFiles(QAStProject& project, int filesPerFolder)
 {
     QAStRootFolder* root = project.rootFolder();
     for (int t = 0; t < TopFolders; ++t) {
@@ -85,7 +86,7 @@ void addFiles(QAStProject& project)
             const QString dir = QStringLiteral("part%1/module%2").arg(t).arg(s);
             auto* folder = new QAStFolder(QStringLiteral("module%1").arg(s), QPixmap(), top, top->last());
             folder->setFilters(QStringLiteral("*.c;*.h"));
-            for (int f = 0; f < FilesPerFolder; ++f) {
+            for (int f = 0; f < filesPerFolder; ++f) {
                 const QString file = project.directory() + QStringLiteral("/%1/unit%2.c").arg(dir).arg(f);
                 addTags(new QAStFile(file, folder, folder->last()), f);
             }
@@ -93,7 +94,7 @@ void addFiles(QAStProject& project)
     }
 }
 
-QString generateProject(const QTemporaryDir& dir)
+QString generateProject(const QTemporaryDir& dir, int groups)
 {
     const QString path = dir.filePath(QStringLiteral("big.rtp"));
     QAStProject project(QStringLiteral("big"), QPixmap());
@@ -105,33 +106,38 @@ QString generateProject(const QTemporaryDir& dir)
         c->setProperty(QStringLiteral("ge_incdir"), QStringList{QStringLiteral("include"), QStringLiteral("/usr/include")});
     }
     project.setCurrentConfigurationName(QStringLiteral("Debug"));
-    for (int g = 0; g < Groups; ++g)
+    for (int g = 0; g < groups; ++g)
         addGroup(project, g);
-    addFiles(project);
+    addFiles(project, FilesPerFolder * groups / BigGroups);
     project.save();
     return path;
 }
 
 }
 
-std::shared_ptr<GeneratedProject> bigProject()
+std::shared_ptr<GeneratedProject> generatedProject(int groups)
 {
-    static std::shared_ptr<GeneratedProject> shared;
-    if (shared)
-        return shared;
+    static std::map<int, std::shared_ptr<GeneratedProject>> made;
+    if (const auto known = made.find(groups); known != made.end())
+        return known->second;
     // The installation of the source tree, unless one is given.
     if (qEnvironmentVariableIsEmpty("ZELTAHOME"))
         qputenv("ZELTAHOME", SDK110_INSTALL_TREE);
     QAStProject::setModeBatch(true);
     QAStConfiguration::initialize(nullptr, nullptr);
     auto project = std::make_shared<GeneratedProject>();
-    project->path = generateProject(project->dir);
+    project->path = generateProject(project->dir, groups);
     project->information = project->dir.filePath(QStringLiteral("big.inf"));
     // Kept for a profiler's run of one step (korvil info big.rtp, ...).
     if (qEnvironmentVariableIsSet("SDK110_BENCH_KEEP")) {
         project->dir.setAutoRemove(false);
         std::fprintf(stderr, "the generated project is kept in %s\n", qPrintable(project->dir.path()));
     }
-    shared = project;
+    made[groups] = project;
     return project;
+}
+
+std::shared_ptr<GeneratedProject> bigProject()
+{
+    return generatedProject(BigGroups);
 }

@@ -18,3 +18,6 @@ struct GeneratedProject {
 };
 
 std::shared_ptr<GeneratedProject> bigProject();
+// The same shape with the given number of groups of 28 nodes (357 make
+// the big project) and files in proportion.
+std::shared_ptr<GeneratedProject> generatedProject(int groups);

@@ -5,6 +5,7 @@
 
 #include <QDomDocument>
 #include <QFile>
+#include <QTemporaryDir>
 
 #include <cstdio>
 #include <functional>
@@ -180,6 +181,47 @@ SDK110_BENCHMARK(projectSave, "project: save 10,000 nodes and 50,000 files")
     m.runSubject = [loaded] { loaded->save(); };
     m.runBaseline = [project] { load(project->path); };
     m.target = 1.0;
+    m.repetitions = 5;
+    return m;
+}
+
+namespace {
+
+// A copy of the project file alone, in a directory of its own: its load
+// finds no object information file and rebuilds the file tree from the
+// nodes' sources.
+struct WithoutInformation {
+    QTemporaryDir dir;
+    QString path;
+};
+
+std::shared_ptr<WithoutInformation> withoutInformation(const GeneratedProject& project)
+{
+    auto copy = std::make_shared<WithoutInformation>();
+    copy->path = copy->dir.filePath(QStringLiteral("big.rtp"));
+    QFile::copy(project.path, copy->path);
+    return copy;
+}
+
+void loadRebuilding(const WithoutInformation& copy)
+{
+    QFile::remove(copy.dir.filePath(QStringLiteral("big.inf")));
+    load(copy.path);
+}
+
+}
+
+SDK110_BENCHMARK(projectRebuild, "project: load rebuilding the file tree, 10,000 against 1,000 nodes")
+{
+    const auto big = withoutInformation(*bigProject());
+    const auto small = withoutInformation(*generatedProject(36));
+
+    Bench::Measure m;
+    m.subject = QStringLiteral("QAStProject::open of 9,996 nodes without the object information file");
+    m.baseline = QStringLiteral("the same of 1,008 nodes");
+    m.runSubject = [big] { loadRebuilding(*big); };
+    m.runBaseline = [small] { loadRebuilding(*small); };
+    m.target = 11; // linear: ten times the nodes, ten times the time
     m.repetitions = 5;
     return m;
 }

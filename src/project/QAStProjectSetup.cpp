@@ -1,10 +1,12 @@
 #include "QAStProjectSetup.h"
 
+#include "QAFileUtil.h"
 #include "QAPropertyComboInt.h"
 #include "QAPropertyComboString.h"
 #include "QAPropertyInt.h"
 #include "QAPropertyMapGroup.h"
 #include "QAPropertyPathItem.h"
+#include "QAStATag.h"
 #include "QAStConfiguration.h"
 #include "QAStFile.h"
 #include "QAStFolder.h"
@@ -18,6 +20,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
 #include <QSet>
 
 #include <algorithm>
@@ -55,6 +58,10 @@ int compareNames(const QString& a, const QString& b)
 // folders first, each group by name. Null for the front.
 QAStData* placeFor(const QAStFolder* folder, const QString& name, bool isFolder)
 {
+    // Files come sorted most of the time: behind the last one at once.
+    QAStData* last = folder->last();
+    if (!isFolder && last && !qobject_cast<const QAStFolder*>(last) && compareNames(last->name(), name) < 0)
+        return last;
     QAStData* after = nullptr;
     for (QAStData* child = folder->child(); child; child = child->next()) {
         const bool childIsFolder = qobject_cast<const QAStFolder*>(child) != nullptr;
@@ -488,10 +495,20 @@ QList<QAStFile*> QAStProjectSetup::addFiles(QAStProject& project, const QStringL
     }
     QList<QAStFile*> added;
     QAStRootFolder* root = project.rootFolder();
+    // Looked up once each: the tree's files, and the folder of each directory.
+    QSet<QString> known;
+    for (const QAStFile* f : root->files())
+        known.insert(f->fileKey());
+    QHash<QString, QAStFolder*> folderOfDirectory;
     for (const QString& file : std::as_const(files)) {
-        if (root->file(file))
+        const QString key = QAStATag::fileKeyOf(QAFileUtil::relativePathToAbs(root->directory(), file));
+        if (known.contains(key))
             continue;
-        QAStFolder* folder = folderFor(project, file);
+        known.insert(key);
+        const QString directory = QFileInfo(file).path();
+        QAStFolder*& folder = folderOfDirectory[directory];
+        if (!folder)
+            folder = folderFor(project, file);
         added.append(new QAStFile(file, folder, placeFor(folder, QFileInfo(file).fileName(), false)));
     }
     return added;

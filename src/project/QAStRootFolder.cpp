@@ -140,21 +140,23 @@ QList<QAStFile*> QAStRootFolder::addFiles(const QStringList& paths)
     for (const QAStFile* f : files())
         known.insert(f->fileKey());
     QList<QAStFile*> added;
+    // Files make no folders: the folders are listed once.
+    const QList<QAStFolder*> folders = foldersDepthFirst(this);
     for (const QString& path : paths) {
         const QString absolute = QAFileUtil::relativePathToAbs(directory(), path);
         const QString key = QAStATag::fileKeyOf(absolute);
         if (key.isEmpty() || known.contains(key))
             continue;
         known.insert(key);
-        QAStFolder* folder = folderFor(absolute);
+        QAStFolder* folder = folderFor(folders, absolute);
         added.append(new QAStFile(absolute, folder, folder->last()));
     }
     return added;
 }
 
-QAStFolder* QAStRootFolder::folderFor(const QString& path)
+QAStFolder* QAStRootFolder::folderFor(const QList<QAStFolder*>& folders, const QString& path)
 {
-    for (QAStFolder* folder : foldersDepthFirst(this)) {
+    for (QAStFolder* folder : folders) {
         if (folder->hasFilters() && folder->matches(path))
             return folder;
     }
@@ -184,11 +186,12 @@ void QAStRootFolder::removeDuplicateFiles()
 
 void QAStRootFolder::placeMisfiledFiles()
 {
+    const QList<QAStFolder*> folders = foldersDepthFirst(this);
     for (QAStFile* f : files()) {
         const auto* folder = qobject_cast<const QAStFolder*>(f->parent());
         if (folder->matches(f->filePath()))
             continue;
-        QAStFolder* target = folderFor(f->filePath());
+        QAStFolder* target = folderFor(folders, f->filePath());
         if (target != folder)
             target->addChild(f, target->last());
     }

@@ -60,9 +60,9 @@ public:
     void normalize();
 
 private:
-    // The first folder, depth first from this one, whose non-empty filters
-    // match path; this folder when none does.
-    QAStFolder* folderFor(const QString& path);
+    // The first of folders (this one's, depth first) whose non-empty
+    // filters match path; this folder when none does.
+    QAStFolder* folderFor(const QList<QAStFolder*>& folders, const QString& path);
     bool readObjects(const QDomElement& objects);
     void removeDuplicateFiles();
     void placeMisfiledFiles();
