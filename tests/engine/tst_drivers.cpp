@@ -1,13 +1,25 @@
 // The driver scripts of the installation, run by perl on hand-written
 // environment scripts in a scratch project: compiling, archiving, linking,
 // running with the combined output file, the steps of $STAGE, cleaning,
-// and the faults they report.
+// and the faults they report. Then the example project built, executed and
+// cleaned for real through the walk: its unit test, built with the
+// instrumentation runtime, has its runtime output split into the seven
+// result files while it runs.
+#include "QAFileSurvey.h"
+#include "QAProcess.h"
+#include "QAStConfiguration.h"
+#include "QAStNodeUnitTesting.h"
+#include "QAStProject.h"
+#include "QASTSplitSurvey.h"
+#include "RecordingStudio.h"
+#include "TestEnvironment.h"
 #include "TestFiles.h"
 #include "TestPaths.h"
+#include "TestWalk.h"
 
+#include <QDirIterator>
 #include <QProcess>
 #include <QRegularExpression>
-#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -42,9 +54,42 @@ QList<QByteArray> fileLines(const QString& path)
 
 const QByteArray dateField = R"("\d{4}-\d\d-\d\d \d\d:\d\d:\d\d")";
 
+
+using Output = QASTSplitSurvey::Output;
+
+// The record codes of the lines of a file.
+QStringList codesOf(const QByteArray& content)
+{
+    QStringList codes;
+    for (const QByteArray& line : content.split('\n'))
+        if (!line.isEmpty())
+            codes << QString::fromLatin1(line.left(2));
+    return codes;
+}
+
+// Every line of content is whole and belongs to the file of index.
+bool wholeLinesOf(const QByteArray& content, int index, QString* fault)
+{
+    if (!content.isEmpty() && !content.endsWith('\n')) {
+        *fault = u"a last line without its newline"_s;
+        return false;
+    }
+    for (qsizetype start = 0; start < content.size();) {
+        const qsizetype end = content.indexOf('\n', start);
+        const QByteArray line = content.mid(start, end - start);
+        const bool recordShape = line.size() >= 2 && (line.size() == 2 || line.at(2) == ' ');
+        if (!recordShape || QASTSplitSurvey::recordIndex(line.constData(), line.size()) != index) {
+            *fault = QString::fromLatin1(line);
+            return false;
+        }
+        start = end + 1;
+    }
+    return true;
+}
+
 } // namespace
 
-class tst_Drivers : public QObject {
+class TestDrivers : public QObject {
     Q_OBJECT
 
     std::unique_ptr<QTemporaryDir> m_dir;
@@ -94,7 +139,10 @@ class tst_Drivers : public QObject {
 
     Run run(const QString& driver, const QVariantMap& v, const QString& kind, const QStringList& files = {})
     {
-        const QString env = writeEnv(v);
+        return runWith(driver, writeEnv(v), kind, files);
+    }
+    Run runWith(const QString& driver, const QString& env, const QString& kind, const QStringList& files = {})
+    {
         const QString install = TestPaths::installTree();
         QProcess perl;
         perl.setWorkingDirectory(m_dir->path());
@@ -136,12 +184,52 @@ class tst_Drivers : public QObject {
         return path(u"pkg"_s);
     }
 
+    // The example, one copy for all its tests, which follow each other.
+    QString examplePath(const QString& relative) const { return m_example->filePath(relative); }
+    QString console() const { return m_studio->consoleText(QAStData::OutputConsole); }
+    QByteArray result(int index) const { return TestFiles::readFile(m_unit->runtimeResultFiles().at(index)); }
+    void setSetting(const char* key, const QVariant& value)
+    {
+        m_unit->currentConfiguration()->setProperty(QLatin1String(key), value);
+    }
+    // Every file and directory of the project's copy.
+    QStringList files() const
+    {
+        QStringList found;
+        QDirIterator it(m_example->path(), QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot,
+                        QDirIterator::Subdirectories);
+        while (it.hasNext())
+            found << QDir(m_example->path()).relativeFilePath(it.next());
+        found.sort();
+        return found;
+    }
+
+    std::unique_ptr<QTemporaryDir> m_example;
+    std::unique_ptr<RecordingStudio> m_studio;
+    std::unique_ptr<QAStProject> m_project;
+    QAStNodeUnitTesting* m_unit = nullptr;
+    QStringList m_before;
+    QTemporaryDir m_gates; // the files a waiting test program looks for
+
 private slots:
     void initTestCase()
     {
-        for (const char* tool : {"perl", "gcc", "g++", "ar"})
-            if (QStandardPaths::findExecutable(QString::fromLatin1(tool)).isEmpty())
-                QSKIP(qPrintable(u"%1 is not installed"_s.arg(QLatin1String(tool))));
+        SKIP_WITHOUT("perl", "gcc", "g++", "ar");
+        m_studio = std::make_unique<RecordingStudio>();
+        QAStProject::setModeBatch(true);
+        QVERIFY(QAStConfiguration::initialize(m_studio.get(), nullptr));
+        m_example = std::make_unique<QTemporaryDir>();
+        TestFiles::copyTree(TestPaths::sourceDir() + u"/examples/calculator"_s, m_example->path());
+        m_project = std::make_unique<QAStProject>(u"calculator"_s, QPixmap());
+        QVERIFY(m_project->open(examplePath(u"calculator.rtp"_s)));
+        m_unit = qobject_cast<QAStNodeUnitTesting*>(m_project->findNode(u"Unit tests"_s));
+        QVERIFY(m_unit);
+    }
+
+    void cleanupTestCase()
+    {
+        m_project.reset();
+        QAStProject::setModeBatch(false);
     }
 
     void init()
@@ -151,8 +239,8 @@ private slots:
         write("include/calc.h", "int add(int a, int b);\nconst char* message(void);\n");
     }
 
-    // C with the package's compiler, defines and quoted flags; C++ with the
-    // C++ package's g++.
+    // C with the package's compiler, defines and quoted flags (the example
+    // builds C++ with the C++ package's g++).
     void compilesSources()
     {
         write("src/calc.c", "#include \"calc.h\"\n"
@@ -170,15 +258,6 @@ private slots:
         QVERIFY2(command.startsWith("gcc -std=c99 '-DMSG=\"two words\"' -g -O0 -DFROM_PACKAGE=1 -DOTHER -I"), command);
         QVERIFY(command.contains(" -I" + path("include").toUtf8() + " -fPIC -c "));
         QVERIFY(command.endsWith(" -o obj/calc.o"));
-        write("src/shape.cpp", "namespace shapes { constexpr int area(int w) { return w * w; } }\n"
-                               "static_assert(shapes::area(3) == 9, \"C++\");\n");
-        v = vars("shape.cpp");
-        v["LP_TARGETDIR"] = TestPaths::installTree() + "/targets/gcc-cpp";
-        v["FILENAME"] = path("src/shape.cpp");
-        r = run("Build", v, "source");
-        QVERIFY2(r.code == 0, r.output);
-        QVERIFY(r.output.startsWith("g++ "));
-        QVERIFY(QFileInfo::exists(path("obj/shape.o")));
     }
 
     // gcc's own file:line messages, then the failure line; a missing file.
@@ -270,14 +349,11 @@ private slots:
     // A node that links compiles the sources of its environment scripts,
     // at once as $BUILD_JOBS allows, each into the object its script names
     // (equal file names in two folders stay apart), each one's output in
-    // one block; a second build makes nothing, a header or an option
-    // remakes what depends on it, and a clean removes the object
-    // directory and what the build left empty.
+    // one block; an option changed remakes what depends on it.
     void linkersCompileWhatChanged()
     {
-        write("include/other.h", "#define OTHER 2\n");
         write("src/a/x.c", "#include \"calc.h\"\nint ax(void) { return add(1, 0); }\n");
-        write("src/b/x.c", "#include \"other.h\"\nint bx(void) { return OTHER; }\n");
+        write("src/b/x.c", "int bx(void) { return 2; }\n");
         write("src/c/broken.c", "int broken(void) { return undeclared_c; }\n");
         write("src/d/broken.c", "int broken2(void) { return undeclared_d; }\n");
         const auto sourceEnv = [this](const QString& file, const QString& cflags) {
@@ -299,19 +375,10 @@ private slots:
         QCOMPARE(r.output.count("-c " + path("src/").toUtf8()), 2);
         for (const QString& object : objects)
             QVERIFY2(QFileInfo::exists(path(object)), qPrintable(object));
-        r = run("Build", v, "library");
-        QVERIFY2(r.code == 0, r.output);
-        QCOMPARE(r.output, QByteArray("lib: is up-to-date\n"));
-        QTest::qSleep(10);
-        write("include/other.h", "#define OTHER 3\n");
-        r = run("Build", v, "library");
-        QCOMPARE(r.output.count(" -c "), 1);
-        QVERIFY(r.has("-c " + path("src/b/x.c").toUtf8()));
-        QVERIFY(r.has("ar "));
         v["SOURCE_ENVIRONMENTS"] = QStringList{sourceEnv("a/x.c", "-g -O1"), sourceEnv("b/x.c", "-g")};
         r = run("Build", v, "library");
         QCOMPARE(r.output.count(" -c "), 1);
-        QVERIFY(r.has("-O1 "));
+        QVERIFY(r.has("-O1 ") && r.has("-c " + path("src/a/x.c").toUtf8()));
 
         // Two failing sources: each command line with its own error after it.
         v["SOURCE_ENVIRONMENTS"] = QStringList{sourceEnv("c/broken.c", "-g"), sourceEnv("d/broken.c", "-g")};
@@ -327,10 +394,6 @@ private slots:
                      r.output);
         }
         QVERIFY(r.lastLine().startsWith("lib: compilation of 2 of 2 sources failed"));
-        r = run("Clean", v, "library");
-        QCOMPARE(r.code, 0);
-        QVERIFY(!QFileInfo::exists(path("obj")));
-        QVERIFY(QFileInfo::exists(path("src/a/x.c")));
     }
 
     // Linked, run with its arguments and %ENV, both channels copied and
@@ -524,20 +587,260 @@ private slots:
         QVERIFY2(r.code == 0, r.output);
         QVERIFY2(r.has(path("pkg/a-first.ini").toUtf8() + ":12: '=' expected after 'CXX'\n"), r.output);
         write("bad-env.pl", "$NAME='x';\n$STAGE=;\n1;\n");
-        QProcess perl;
-        perl.setWorkingDirectory(m_dir->path());
-        perl.setProcessChannelMode(QProcess::MergedChannels);
-        perl.start("perl", {TestPaths::installTree() + "/scripts/Build.pl", "bad-env.pl", "source"});
-        QVERIFY(perl.waitForFinished(60000));
-        QVERIFY(perl.exitCode() != 0);
-        const QByteArray output = perl.readAll();
-        QVERIFY2(output.contains("bad-env.pl:2: syntax error"), output);
-        QVERIFY(output.trimmed().endsWith("Build.pl: cannot load the environment file bad-env.pl"));
+        r = runWith("Build", "bad-env.pl", "source");
+        QVERIFY(r.code != 0);
+        QVERIFY2(r.has("bad-env.pl:2: syntax error"), r.output);
+        QVERIFY(r.lastLine().endsWith("Build.pl: cannot load the environment file bad-env.pl"));
         QCOMPARE(run("Build", v, "weird").lastLine(), QByteArray("calc.c: unknown kind weird (one of: source library "
                                                                   "application unit_testing system_testing "
                                                                   "object_testing java_testing)"));
     }
+
+    // --- the example through the walk
+
+    // The result files are the environment script's, in the split's order.
+    void resultFilesOfTheConfiguration()
+    {
+        QCOMPARE(m_unit->runtimeOutputFile(), examplePath(u"build/Unit tests.spt"_s));
+        QStringList files;
+        for (const char* file : {"results/Unit tests.rio", "results/Unit tests.tpf", "results/Unit tests.tqf",
+                                 "results/Unit tests.tio", "results/Unit tests.tdf", "Unit tests.end",
+                                 "Unit tests.rej"})
+            files << examplePath(u"build/"_s + QLatin1String(file));
+        QCOMPARE(m_unit->runtimeResultFiles(), files);
+        QAStNodeUnitTesting detached(u"alone"_s, QPixmap());
+        QVERIFY(detached.runtimeResultFiles().isEmpty());
+        QVERIFY(detached.runtimeOutputFile().isEmpty());
+    }
+
+    // Libraries, program and unit test are made in order, the sub-project's
+    // library first, into the including project's build directory (the
+    // sub-project inherits its relative settings); each node's objects in
+    // its own directory; the compiler's command lines reach the console.
+    void buildsEveryNode()
+    {
+        m_before = files();
+        QVERIFY2(walk(m_project.get(), &QAStNode::build), qPrintable(console()));
+        for (const char* made : {"build/libprinter.a", "build/libcalc.a", "build/calc", "build/Unit tests",
+                                 "build/libcalc.objects/src/calc.c.o", "build/Unit tests.objects/src/calc.c.o",
+                                 "build/libprinter.objects/src/printer.c.o"})
+            QVERIFY2(QFileInfo::exists(examplePath(QLatin1String(made))), made);
+        QVERIFY(!QFileInfo::exists(examplePath(u"sub/printer/build"_s)));
+        QVERIFY(console().contains(QLatin1String("-c ")));
+        QVERIFY(!console().contains(QLatin1String("sub/printer/sub/printer")));
+        QVERIFY(console().indexOf(QLatin1String("libprinter.a")) < console().indexOf(QLatin1String("libcalc.a")));
+        // A build leaves the execution stages alone.
+        QVERIFY(!QFileInfo::exists(examplePath(u"build/calc.spt"_s)));
+        QVERIFY(QAProcess::listOfProcess().isEmpty());
+    }
+
+    // A second build runs no compiler and says so; a header touched
+    // recompiles exactly the sources that include it, in every node that
+    // compiles them; a node built alone links what the others made.
+    void buildsWhatChanged()
+    {
+        m_studio->reset();
+        QVERIFY(walk(m_project.get(), &QAStNode::build));
+        QVERIFY2(!console().contains(QLatin1String(" -c ")), qPrintable(console()));
+        for (const char* node : {"libprinter", "libcalc", "calc", "Unit tests"})
+            QVERIFY2(console().contains(QLatin1String(node) + QLatin1String(": is up-to-date\n")), node);
+        QTest::qSleep(10);
+        const QString header = examplePath(u"include/calc.h"_s);
+        TestFiles::writeFile(header, TestFiles::readFile(header) + "\n");
+        m_studio->reset();
+        QVERIFY(walk(m_project.get(), &QAStNode::build));
+        QStringList compiled;
+        for (const QString& line : console().split(u'\n')) {
+            const qsizetype at = line.indexOf(QLatin1String(" -c "));
+            if (at >= 0)
+                compiled << QFileInfo(line.mid(at + 4).section(u' ', 0, 0)).fileName();
+        }
+        compiled.sort();
+        QCOMPARE(compiled, QStringList({"calc.c", "calc.c", "main.cpp", "test_calc.c"}));
+        auto* application = qobject_cast<QAStNode*>(m_project->findNode(u"calc"_s));
+        QVERIFY(QFile::remove(examplePath(u"build/calc"_s)));
+        m_studio->reset();
+        QVERIFY2(walk(application, &QAStNode::build), qPrintable(console()));
+        QVERIFY(QFileInfo::exists(examplePath(u"build/calc"_s)));
+    }
+
+    // The test nodes run their programs and write their results.
+    void executesTheTests()
+    {
+        QVERIFY2(walk(m_project.get(), &QAStNode::execute), qPrintable(console()));
+        QVERIFY(console().contains(QLatin1String("16 checks, 0 failed")));
+        QVERIFY(console().contains(QLatin1String("system test: 0 failed")));
+        for (const char* results : {"build/calc.spt", "build/Unit tests.spt", "build/System tests.spt"})
+            QVERIFY2(QFileInfo(examplePath(QLatin1String(results))).size() > 0, results);
+    }
+
+    // The clean of the project leaves the tree as it was before the build.
+    void cleanRemovesWhatTheBuildMade()
+    {
+        QVERIFY(walk(m_project.get(), &QAStNode::clean));
+        QVERIFY(console().contains(QLatin1String("calc: Cleaning...")));
+        QCOMPARE(files(), m_before);
+    }
+
+    // Built alone after the clean, the unit test is made of the
+    // instrumented sources, the runtime and the wrapped allocation functions.
+    void buildsWithTheRuntime()
+    {
+        m_studio->reset();
+        QVERIFY2(walk(m_unit, &QAStNode::build), qPrintable(console()));
+        QVERIFY2(console().contains(QLatin1String("-finstrument-functions")), qPrintable(console()));
+        QVERIFY(console().contains(QLatin1String("-DKRT_COVERAGE=1 -DKRT_MEMORY=1 -DKRT_PERFORMANCE=1 -DKRT_TRACE=1")));
+        QVERIFY(console().contains(QLatin1String("-Wl,--wrap=malloc,--wrap=free,--wrap=calloc,--wrap=realloc")));
+        QVERIFY(QFileInfo::exists(examplePath(u"build/Unit tests.objects/korvilrt-cpqt.o"_s)));
+    }
+
+    // The split follows the run: results are in their files while the test
+    // program still runs (it waits for the gate file, made once they are),
+    // and every kind of record is in its file, whole, when it has ended.
+    void splitsWhileTheTestRuns()
+    {
+        const QString gate = m_gates.filePath(u"gate"_s);
+        setSetting("arguments", u"--rounds 2 --wait-for '%1'"_s.arg(gate));
+        // A stale line of an earlier run.
+        TestFiles::writeFile(m_unit->runtimeResultFiles().at(Output::Rejected), "stale\n");
+        QByteArray seenResults, seenTrace;
+        bool stillRunning = false;
+        QList<QASTSplitSurvey*> splits;
+        connect(m_unit, &QAStData::perlScriptStarted, this, [&] {
+            QASTSplitSurvey* split = m_unit->runtimeSplit();
+            QVERIFY(split);
+            splits << split;
+            QVERIFY(split->survey()->isActive());
+            connect(split->survey(), &QAFileSurvey::surveyDone, this, [&] {
+                if (!seenResults.isEmpty())
+                    return;
+                const QByteArray results = result(Output::Results);
+                const QByteArray trace = result(Output::Trace);
+                if (!results.contains("RL \"16 checks, 0 failed\"") || !trace.contains("ME "))
+                    return;
+                seenResults = results;
+                seenTrace = trace;
+                stillRunning = m_unit->isRunning();
+                TestFiles::writeFile(gate, "go\n");
+            });
+        });
+        const bool ran = walk(m_unit, &QAStNode::execute);
+        disconnect(m_unit, &QAStData::perlScriptStarted, this, nullptr);
+        QVERIFY2(ran, qPrintable(console()));
+        QCOMPARE(splits.size(), 1);
+        QVERIFY(!m_unit->runtimeSplit());
+        QVERIFY2(!seenResults.isEmpty(), "no result reached its file during the run");
+        QVERIFY(stillRunning);
+        QVERIFY(!result(Output::Results).contains("FAILED"));
+        QString fault;
+        QVERIFY2(wholeLinesOf(seenResults, Output::Results, &fault), qPrintable(fault));
+        QVERIFY2(wholeLinesOf(seenTrace, Output::Trace, &fault), qPrintable(fault));
+        for (int index = 0; index < QASTSplitSurvey::OutputCount; ++index) {
+            QVERIFY2(QFileInfo::exists(m_unit->runtimeResultFiles().at(index)), qPrintable(QString::number(index)));
+            QVERIFY2(wholeLinesOf(result(index), index, &fault), qPrintable(u"file %1: %2"_s.arg(index).arg(fault)));
+        }
+        QCOMPARE(result(Output::Rejected), QByteArray());
+        const QStringList results = codesOf(result(Output::Results));
+        QCOMPARE(results.first(), u"BT"_s);
+        QCOMPARE(results.count(u"RL"_s), 2);
+        QCOMPARE(results.last(), u"SM"_s);
+        QVERIFY(result(Output::EndOfTest).startsWith("td \"Unit tests\" 0 1 0\n"));
+        const QByteArray coverage = result(Output::Coverage);
+        QVERIFY(coverage.startsWith("NT \""));
+        QVERIFY(!coverage.contains("DT \"0\"")); // stamped on its way
+        QVERIFY(coverage.contains("FT \"calc_evaluate\" 0x"));
+        QVERIFY(coverage.contains("CO \"check_evaluate\" 32\n"));
+        QVERIFY(codesOf(coverage).endsWith(u"TE"_s));
+        const QStringList trace = codesOf(result(Output::Trace));
+        QCOMPARE(trace.first(), u"TS"_s);
+        QCOMPARE(trace.count(u"ME"_s), trace.count(u"MR"_s));
+        QVERIFY(result(Output::Trace).contains("ME 0 \"main\" "));
+        QCOMPARE(trace.last(), u"TM"_s);
+        const QByteArray memory = result(Output::MemoryProfile);
+        QVERIFY(memory.contains("\nPT \"\" \""));
+        QCOMPARE(codesOf(memory).count(u"PB"_s), 32);
+        QCOMPARE(codesOf(memory).count(u"PF"_s), 32);
+        QVERIFY(memory.contains("PB 6 0x"));
+        QVERIFY(memory.contains("\"check_evaluate\"\n"));
+        QVERIFY(memory.endsWith(" 0 0\n")); // PS: nothing left allocated
+        const QByteArray performance = result(Output::PerformanceProfile);
+        QVERIFY(performance.startsWith("QU \""));
+        QVERIFY(performance.contains("\nQD \""));
+        QVERIFY(!performance.contains("\nQD\n"));
+        QVERIFY(performance.contains("QF \"calc_evaluate\" 32 "));
+        QVERIFY(codesOf(performance).endsWith(u"QT"_s));
+    }
+
+    // A second run, split once at its end (no on-the-fly setting), leaves
+    // its own results only.
+    void aSecondRunReplacesTheFirst()
+    {
+        setSetting("arguments", u"--rounds 1"_s);
+        setSetting("atc_onthefly", false);
+        setSetting("att_on_fly", false);
+        bool followed = true;
+        connect(m_unit, &QAStData::perlScriptStarted, this,
+                [&] { followed = m_unit->runtimeSplit()->survey()->isActive(); });
+        const bool ran = walk(m_unit, &QAStNode::execute);
+        disconnect(m_unit, &QAStData::perlScriptStarted, this, nullptr);
+        QVERIFY2(ran, qPrintable(console()));
+        QVERIFY(!followed);
+        const QStringList results = codesOf(result(Output::Results));
+        QCOMPARE(results.count(u"BT"_s), 1);
+        QCOMPARE(results.count(u"RL"_s), 1);
+        QCOMPARE(codesOf(result(Output::Coverage)).count(u"NT"_s), 1);
+        QVERIFY(result(Output::Coverage).contains("CO \"check_evaluate\" 16\n"));
+        QCOMPARE(codesOf(result(Output::Trace)).count(u"TS"_s), 1);
+        QCOMPARE(codesOf(result(Output::MemoryProfile)).count(u"PB"_s), 16);
+        QCOMPARE(codesOf(result(Output::EndOfTest)).size(), 1);
+    }
+
+    // A result file that cannot be written is told, and the other files
+    // are written as usual.
+    void anUnwritableResultFileIsTold()
+    {
+        const QString trace = m_unit->runtimeResultFiles().at(Output::Trace);
+        QVERIFY(QFile::remove(trace));
+        QVERIFY(QDir().mkpath(trace));
+        setSetting("arguments", u"--rounds 1"_s);
+        const bool ran = walk(m_unit, &QAStNode::execute);
+        QDir(trace).removeRecursively();
+        QVERIFY2(ran, qPrintable(console()));
+        QVERIFY2(console().contains(u"Unit tests: cannot empty the result file %1: "_s.arg(trace)), qPrintable(console()));
+        QCOMPARE(codesOf(result(Output::Coverage)).count(u"NT"_s), 1);
+        QVERIFY(result(Output::Results).contains("RL \"16 checks, 0 failed\""));
+    }
+
+    // Stopping the run stops the split: its final pass keeps what the
+    // program wrote, whole, and the split goes.
+    void stopEndsTheSplit()
+    {
+        const QString gate = m_gates.filePath(u"never"_s);
+        setSetting("arguments", u"--rounds 2 --wait-for '%1'"_s.arg(gate));
+        setSetting("att_on_fly", true);
+        bool stopped = false;
+        connect(m_unit, &QAStData::perlScriptStarted, this, [&] {
+            connect(m_unit->runtimeSplit()->survey(), &QAFileSurvey::surveyDone, this, [&] {
+                if (!stopped && result(Output::Results).contains("RL \"16 checks")) {
+                    stopped = true;
+                    m_unit->stop();
+                    QVERIFY(!m_unit->runtimeSplit()->survey()->isActive());
+                }
+            });
+        });
+        const bool ran = walk(m_unit, &QAStNode::execute);
+        disconnect(m_unit, &QAStData::perlScriptStarted, this, nullptr);
+        // The program outlives its killed driver: the gate lets it end.
+        TestFiles::writeFile(gate, "go\n");
+        QVERIFY(stopped);
+        QVERIFY(!ran);
+        QVERIFY(!m_unit->runtimeSplit());
+        QString fault;
+        for (int index = 0; index < QASTSplitSurvey::OutputCount; ++index)
+            QVERIFY2(wholeLinesOf(result(index), index, &fault), qPrintable(fault));
+        QVERIFY(codesOf(result(Output::Trace)).contains(u"ME"_s));
+    }
 };
 
-QTEST_GUILESS_MAIN(tst_Drivers)
+QTEST_MAIN(TestDrivers)
 #include "tst_drivers.moc"

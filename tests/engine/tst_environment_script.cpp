@@ -1,12 +1,17 @@
 // The Perl environment script of whole nodes: every node of the example
 // project, the values the real interpreter reads back, the lines of the
 // kinds and of plug-in settings, the encoding the file is written in, and
-// what is written when it cannot be.
+// what is written when it cannot be. Values in every generated Perl script:
+// the escaping and the line forms, read back by perl; the scripts of the
+// start wizards, the order of their lines, their option switches, and a
+// failed write, which leaves the script already there byte for byte and
+// names the file and the system's reason.
+#include "FailingStorage.h"
 #include "PerlScripts.h"
+#include "QAFileUtil.h"
 #include "QAINodePlugin.h"
 #include "QAINodeSettingsPlugin.h"
 #include "QAPropertyBool.h"
-#include "QAPropertyGroup.h"
 #include "QAPropertyInt.h"
 #include "QAPropertyLineEdit.h"
 #include "QAPropertyListBox.h"
@@ -17,6 +22,7 @@
 #include "QAStPerlGen.h"
 #include "QAStProject.h"
 #include "QAStProjectPref.h"
+#include "QAStWizardScript.h"
 #include "RecordingStudio.h"
 #include "TestFiles.h"
 #include "TestPaths.h"
@@ -74,25 +80,9 @@ QString scalarLine(const QString& script, const QString& var)
     return {};
 }
 
-QString verbosityLine()
-{
-    return QStringLiteral("$ENV{'ZELTASTUDIO_VERBOSE'} = '%1';")
-        .arg(QAStData::preferences()->verbose() ? 1 : 0);
-}
-
-// The last lines of every common part: the verbosity, then the build's
-// parallel compilations and the patterns of test output, at their
-// defaults.
-QString commonTail()
-{
-    return verbosityLine() + QStringLiteral(
-        "\n$BUILD_JOBS=0;\n"
-        "@TEST_FAILURE_PATTERNS=('^FAILED:', '^[^:\\\\s]+:\\\\d+:[^:]+:FAIL\\\\b', '^not ok\\\\b', "
-        "'^\\\\[  FAILED  \\\\] ', '^[^:\\\\s]+:\\\\d+:[FE]:', '\\\\.\\\\.\\\\.FAILED\\\\b', "
-        "'Assertion .* failed');\n"
-        "@TEST_PASS_PATTERNS=('^PASSED:', '^[^:\\\\s]+:\\\\d+:[^:]+:PASS\\\\b', '^ok\\\\b', "
-        "'^\\\\[       OK \\\\] ', '\\\\.\\\\.\\\\.passed\\\\b');");
-}
+// The variables that end every common part: the verbosity, then the
+// build's parallel compilations and the patterns of test output.
+const QStringList commonEnd{"ZELTASTUDIO_VERBOSE", "BUILD_JOBS", "TEST_FAILURE_PATTERNS", "TEST_PASS_PATTERNS"};
 
 // The preferences' source encoding while alive.
 struct Encoding {
@@ -185,6 +175,80 @@ private:
     MapProperty m_map{QStringLiteral("PLG_MAP"), {{"k1", "v1"}, {"k 2", "v'2"}}};
 };
 
+// A script of lines of one form ("path", "text", "list", "strings",
+// "number"): a list form writes all values as @V, the other forms one
+// scalar $V0, $V1, ... per value.
+QByteArray script(const QString& form, const QStringList& values)
+{
+    QByteArray text;
+    QTextStream out(&text);
+    if (form == QLatin1String("list"))
+        QAFileUtil::perlList(out, "V", values);
+    else if (form == QLatin1String("strings"))
+        QAStPerlGen::writeStringList(out, u"V"_s, values);
+    for (qsizetype i = 0; i < values.size(); ++i) {
+        const QByteArray var = "V" + QByteArray::number(i);
+        if (form == QLatin1String("path"))
+            QAFileUtil::perlPath(out, var.constData(), values.at(i));
+        else if (form == QLatin1String("text"))
+            QAFileUtil::perlString(out, var.constData(), values.at(i));
+        else if (form == QLatin1String("number"))
+            QAFileUtil::perlNumber(out, var.constData(), values.at(i).toLongLong());
+    }
+    out.flush();
+    return text;
+}
+
+const QString nul(QChar(0));
+
+using Script = QAStWizardScript;
+// Variables as "$NAME" or "@NAME" with their values, in the script's order.
+using Vars = QList<std::pair<QString, QStringList>>;
+
+// Paths, each holding a "\\" that free-text quoting would not keep.
+const QString winPath = QStringLiteral(R"(\\host\C$\it's é\log.txt)");
+const QString uncDir = QStringLiteral(R"(\\srv\share Ω\dir\)");
+const QString longPath = QStringLiteral(R"(\\?\D:\out dir\é)");
+const QString posixPath = u"/home/u/my dir/ü'x.pl"_s;
+// Free text: single backslashes, a quote, blanks, a trailing backslash.
+const QString text = QStringLiteral(R"(-I C:\inc é 'Ω' \)");
+const QStringList items{QStringLiteral(R"(C:\a b\x.c)"), u"it's Ω"_s, uncDir,
+                        QString()};
+
+// Writes the script over a longer file, then checks its bytes, the order of
+// its lines and every value Perl reads back.
+template <typename Form>
+void checkReadBack(const Form& form, const Vars& expected)
+{
+    if (!PerlScripts::perlPresent())
+        QSKIP("perl is not installed");
+    QTemporaryDir dir;
+    const QString path = dir.filePath(u"wizard script.pl"_s);
+    TestFiles::writeFile(path, QByteArray(4096, '#'));
+    QString error;
+    QVERIFY2(Script::writeFile(path, form, &error), qPrintable(error));
+    QByteArray lines;
+    QTextStream out(&lines);
+    Script::write(out, form);
+    out.flush();
+    const QByteArray written = TestFiles::readFile(path);
+    QCOMPARE(written, lines + "1;\n");
+
+    QStringList order, names;
+    for (const QByteArray& line : lines.split('\n'))
+        if (!line.isEmpty())
+            order << QString::fromUtf8(line.left(line.indexOf('=')));
+    QList<QStringList> wanted;
+    for (const auto& [name, values] : expected) {
+        names << name;
+        wanted << values;
+    }
+    QCOMPARE(order, names);
+    QList<QStringList> got;
+    QVERIFY(PerlScripts::evaluate(written, names, &got));
+    QCOMPARE(got, wanted);
+}
+
 } // namespace
 
 class TestEnvironmentScript : public QObject {
@@ -235,11 +299,10 @@ private slots:
         const QStringList end{
             "ATQ_TQF_NAME", "ATQ_DUMP_DRIVER", "ATOMODE", "ATUMODE", "ATSMODE", "ATJMODE", "ATPMODE",
             "ATQMODE", "ATCMODE", "ATTMODE", "ATKMODE", "ATMMODE", "MISRA_MODE", "ATS_PROBE",
-            "JAVA_STUB", "JAVA_DISPLAY", "MET_ONE_LEVEL", "MET_RESTRICT_DIR", "MISRA_CONF", "MIME_NAME",
-            "ZELTASTUDIO_VERBOSE", "BUILD_JOBS", "TEST_FAILURE_PATTERNS", "TEST_PASS_PATTERNS"};
+            "JAVA_STUB", "JAVA_DISPLAY", "MET_ONE_LEVEL", "MET_RESTRICT_DIR", "MISRA_CONF", "MIME_NAME"};
         QVERIFY(names.size() > start.size() + end.size());
         QCOMPARE(names.mid(0, start.size()), start);
-        QCOMPARE(names.mid(names.size() - end.size()), end);
+        QCOMPARE(names.mid(names.size() - end.size() - commonEnd.size()), end + commonEnd);
         QCOMPARE(QSet<QString>(names.cbegin(), names.cend()).size(), names.size()); // each once
 
         // calc has its own configurations, libcalc inherits the project's.
@@ -252,15 +315,14 @@ private slots:
     }
 
     // The settings part as docs/formats/environment-script.md lists it, row
-    // for row; each setting of it is one the descriptor knows, under the
-    // Perl name of one of its lines.
+    // for row (that the descriptor knows each setting, under the Perl name
+    // of one of its lines, tests/settings checks).
     void settingLinesAsDocumented()
     {
         using Form = QAStPerlGen::Form;
         using When = QAStPerlGen::When;
         const char* const forms[] = {"number", "string", "path", "path list", "string list"};
         QStringList table;
-        QHash<QString, QStringList> variablesOf;
         for (const QAStPerlGen::SettingLine& line : QAStPerlGen::settingLines()) {
             const bool list = line.form == Form::PathList || line.form == Form::StringList;
             QString written;
@@ -272,8 +334,6 @@ private slots:
                                      QLatin1String(list ? "`@" : "`$") + QLatin1String(line.variable) + u'`',
                                      forms[int(line.form)], written}
                              .join(" | "));
-            if (line.key)
-                variablesOf[line.key].append(line.variable);
         }
         QStringList documented;
         QString section;
@@ -293,57 +353,6 @@ private slots:
             }
         }
         QCOMPARE(documented, table);
-        QHash<QString, QString> described;
-        QList<const QAPropertyGroup*> groups{QAStConfiguration::propertyDescriptor()};
-        while (!groups.isEmpty()) {
-            for (const QAProperty* property : groups.takeFirst()->children()) {
-                if (property->isGroup())
-                    groups.append(static_cast<const QAPropertyGroup*>(property));
-                else if (!described.contains(property->tag()))
-                    described.insert(property->tag(), property->perlVarName());
-            }
-        }
-        for (auto it = variablesOf.cbegin(); it != variablesOf.cend(); ++it)
-            QVERIFY2(it.value().contains(described.value(it.key())), qPrintable(it.key()));
-    }
-
-    // Quotes, backslashes, blanks and non-ASCII text as perl reads them
-    // from a UTF-8 script: exactly as set.
-    void valuesReadBack()
-    {
-        if (!m_perl)
-            QSKIP("perl is not installed");
-        Encoding utf8(QStringLiteral("UTF-8"));
-        Tree tree;
-        tree.project.setName(QStringLiteral("Projet d'été"));
-        const QStringList includes{R"(C:\Program Files\inc\)", "/opt/my dir/it's", R"(ü\\x)"};
-        QAStNode* group = tree.add(
-            "group", QStringLiteral(R"(grüppe \)"), nullptr,
-            {{"cflags", R"(-DX='a b' C:\dir\)"},
-             {"cppFlags", R"(-DM=\'hi\' -I\d)"},
-             {"computerName", "hôte Ω"},
-             {"ge_incdir", includes},
-             {"intdir", R"(C:\it's dir\Ω)"},
-             {"envVariables", QStringList{R"(ZT_QUOTE=it's \)", "ZT_BLANK= a b ", "ZT_EMPTY=", "ZT_BARE",
-                                          R"(ZT_PATH=C:\x\d)", "ZT_UNI=Ωmega"}}});
-        const QList<std::pair<QString, QStringList>> expected{
-            {"$CFLAGS", {R"(-DX='a b' C:\dir\)"}}, // quotes, trailing backslash
-            {"$CPPFLAGS", {R"(-DM=\'hi\' -I\d)"}}, // backslash before quote
-            {"$HOSTNAME", {"hôte Ω"}},
-            {"@INCLUDE_DIR_LIST", includes},
-            {"$INTDIR", {R"(C:\it's dir\Ω)"}},
-            {"$ATL_OUT_FILE", {R"(C:\it's dir\Ω/atlout.spt)"}}, // path joined
-            {"$PROJECT_NAME", {"Projet d'été"}},
-            {"$NAME", {R"(grüppe \)"}},
-            {"map { \"$_=$ENV{$_}\" } sort grep { /^ZT_/ } keys %ENV",
-             {"ZT_BARE=", "ZT_BLANK= a b ", "ZT_EMPTY=", R"(ZT_PATH=C:\x\d)", R"(ZT_QUOTE=it's \)", "ZT_UNI=Ωmega"}}};
-        QStringList expressions;
-        for (const auto& [expression, read] : expected)
-            expressions << expression;
-        QList<QStringList> values;
-        QVERIFY(evaluate(scriptOf(group), expressions, &values));
-        for (qsizetype i = 0; i < expected.size(); ++i)
-            QCOMPARE(values.value(i), expected.at(i).second);
     }
 
     // Random values through every form of setting, the environment lines,
@@ -479,7 +488,7 @@ private slots:
         QCOMPARE(scalarLine(script, "LP_TARGETDIR"), "$LP_TARGETDIR='" + text + "';");
         // No environment variables: the verbosity is the only entry of %ENV.
         QCOMPARE(script.count(QStringLiteral("\n$ENV{'")), 1);
-        QVERIFY(script.endsWith(commonTail() + QStringLiteral("\n\n1;\n")));
+        QCOMPARE(variableNames(script).last(commonEnd.size()), commonEnd);
         if (m_perl)
             QVERIFY(perlCompiles(script.toLatin1()));
     }
@@ -615,6 +624,9 @@ private slots:
         mode("in object testing", "object_testing", {}, "$ATOMODE=1;");
         mode("in unit testing", "unit_testing", {}, "$ATUMODE=1;");
         mode("in a group", "group", {}, "$ATOMODE=0;");
+        QTest::newRow("environment list")
+            << "group" << "" << QVariantMap{{"envVariables", QStringList{" ZT_B = a b ", "ZT_BARE"}}}
+            << QStringList{"$ENV{'ZT_B'} = ' a b ';", "$ENV{'ZT_BARE'} = '';"};
         QTest::newRow("outside a test") << "group" << "" << QVariantMap()
                                         << QStringList{"$TEST_NAME='atlout';", "$ATL_OUT_FILE='out/atlout.spt';"};
         QTest::newRow("inside an application")
@@ -655,10 +667,11 @@ private slots:
         Tree tree;
         const QString script = textOf(tree.add("group", QStringLiteral("g")));
         QCOMPARE(plugin.asked, QStringList{"myfeature:g"});
-        const QString lines = commonTail() + QStringLiteral(
+        const QString lines = QStringLiteral(
             "\n$PLG_FLAG=1;\n$PLG_COUNT=42;\n@PLG_LIST=('a b', 'C:\\\\x\\\\');\n$PLG_TEXT='it\\'s';\n"
             "@PLG_MAP=({'k 2', 'v\\'2'}, {'k1', 'v1'});\n\n1;\n");
         QVERIFY2(script.endsWith(lines), qPrintable(script.right(lines.size())));
+        QCOMPARE(variableNames(script.chopped(lines.size())).last(commonEnd.size()), commonEnd);
         QVERIFY(!textOf(tree.add("application", QStringLiteral("app"))).contains(QStringLiteral("PLG_")));
         QCOMPARE(plugin.asked.size(), 1);
         if (m_perl) {
@@ -667,6 +680,184 @@ private slots:
             QCOMPARE(v.at(0), (QStringList{"a b", R"(C:\x\)"}));
             QCOMPARE(v.at(1), (QStringList{"k 2=v'2", "k1=v1"}));
         }
+    }
+
+    // --- values in every generated script
+
+    // Paths and free text escape alike.
+    void escaping_data()
+    {
+        QTest::addColumn<QString>("value");
+        QTest::addColumn<QString>("written");
+        QTest::newRow("empty") << QString() << QString();
+        QTest::newRow("quotes and backslash") << R"(C:\My 'dir')" << R"(C:\\My \'dir\')";
+        QTest::newRow("unc, trailing") << R"(\\srv\share\)" << R"(\\\\srv\\share\\)";
+        QTest::newRow("pair inside") << R"(a\b\\c)" << R"(a\\b\\\\c)";
+        QTest::newRow("quote after backslash") << R"(a\'b)" << R"(a\\\'b)";
+        QTest::newRow("sigils, blanks, non-ASCII kept") << "$HOME @x ${Y} é Ω" << "$HOME @x ${Y} é Ω";
+        QTest::newRow("CR LF") << "a\r\nb" << R"(a'."\r\n".'b)";
+        QTest::newRow("other controls, at both ends")
+            << "\t" + nul + "x\x1b\x7f" << R"('."\t\x{00}".'x'."\x{1B}\x{7F}".')";
+    }
+    void escaping()
+    {
+        QFETCH(QString, value);
+        QFETCH(QString, written);
+        QCOMPARE(QAStPerlGen::safePath(value), written);
+        QCOMPARE(QAStPerlGen::safeStr(value), written);
+    }
+
+    // With a node the value is expanded first, then escaped.
+    void expandsWithNode()
+    {
+        QVERIFY(QAStConfiguration::initialize(nullptr, nullptr));
+        qputenv("PERL_VALUES_DIR", R"(C:\it's)");
+        QAStProject project(u"p"_s, QPixmap());
+        auto* node = new QAStNode(u"n"_s, QPixmap(), &project);
+        const QString value = u"${PERL_VALUES_DIR}\\x"_s;
+        QCOMPARE(QAStPerlGen::safePath(value, node), QStringLiteral(R"(C:\\it\'s\\x)"));
+        QCOMPARE(QAStPerlGen::safeStr(value, node), QStringLiteral(R"(C:\\it\'s\\x)"));
+        QCOMPARE(QAStPerlGen::safeStr(value), QStringLiteral(R"(${PERL_VALUES_DIR}\\x)"));
+    }
+
+    // The script passes perl -c, and perl reads back every value byte for
+    // byte (the UTF-8 the stream wrote), whatever the form.
+    void readBackByPerl_data()
+    {
+        QTest::addColumn<QString>("form");
+        QTest::addColumn<QStringList>("values");
+        quint32 seed = 1;
+        for (const char* form : {"path", "text", "list", "strings"}) {
+            QTest::addRow("%s, random %u", form, seed) << form << PerlScripts::randomValues(seed, 300);
+            ++seed;
+        }
+        QTest::newRow("list empty") << "list" << QStringList();
+        QTest::newRow("number") << "number" << QStringList{"-9000000000"};
+    }
+    void readBackByPerl()
+    {
+        QFETCH(QString, form);
+        QFETCH(QStringList, values);
+        if (!PerlScripts::perlPresent())
+            QSKIP("perl is not installed: the Perl read-back is not checked");
+        const QByteArray text = script(form, values);
+        QVERIFY(PerlScripts::perlCompiles(text));
+        const bool list = form == QLatin1String("list") || form == QLatin1String("strings");
+        QStringList expressions{u"@V"_s};
+        if (!list) {
+            expressions.clear();
+            for (qsizetype i = 0; i < values.size(); ++i)
+                expressions.append(u"$V%1"_s.arg(i));
+        }
+        QList<QStringList> read;
+        QVERIFY(PerlScripts::evaluate(text, expressions, &read));
+        QStringList got;
+        for (const QStringList& each : read)
+            got += each;
+        QCOMPARE(got.size(), values.size());
+        for (qsizetype i = 0; i < values.size(); ++i)
+            QVERIFY2(got.at(i) == values.at(i), qPrintable(QAStPerlGen::safeStr(values.at(i))));
+    }
+
+    // --- the start wizards' scripts
+
+    void unitTesting_data()
+    {
+        QTest::addColumn<bool>("insertion");
+        QTest::addColumn<QString>("options");
+        QTest::newRow("no insertion") << false << text;
+        QTest::newRow("insertion") << true << text + QLatin1String(" -insert");
+    }
+    void unitTesting()
+    {
+        QFETCH(bool, insertion);
+        QFETCH(QString, options);
+        const Script::UnitTesting form{winPath, uncDir, longPath, text, items, {u"é"_s}, {}, text, insertion};
+        checkReadBack(form, {{"$LOGFILENAME2", {winPath}}, {"$SCRIPTFILE", {uncDir}},
+                             {"$TESTEDFILE", {longPath}}, {"$TESTEDCOMPONENT", {text}},
+                             {"@SERVICES", items}, {"@INTEGRATEDFILES", {u"é"_s}},
+                             {"@SIMULATEDFILES", {}}, {"$OPTIONS", {options}}});
+    }
+
+    void objectTesting()
+    {
+        const QStringList one{posixPath};
+        const Script::ObjectTesting form{winPath, items, one,  {},    {uncDir},
+                                         longPath, text,  uncDir, items};
+        checkReadBack(form, {{"$LOGFILENAME2", {winPath}}, {"@TESTEDFILENAMES", items},
+                             {"@CLASSES", one}, {"@METHODS", {}}, {"@INTEGRATEDFILENAMES", {uncDir}},
+                             {"$OTDNAME", {longPath}}, {"$TESTCLASSPREFIX", {text}},
+                             {"$OTCNAME", {uncDir}}, {"@INSERTEDFILENAMES", items}});
+    }
+
+    void javaTesting_data()
+    {
+        QTest::addColumn<int>("profile");
+        QTest::addColumn<QString>("options");
+        QTest::newRow("typical") << int(Script::JavaTesting::Typical) << text + " -typical";
+        QTest::newRow("j2me") << int(Script::JavaTesting::J2ME) << text + " -j2me";
+        QTest::newRow("j2se") << int(Script::JavaTesting::J2SE) << text + " -j2se";
+        QTest::newRow("midlet") << int(Script::JavaTesting::MIDlet) << text + " -midlet";
+    }
+    void javaTesting()
+    {
+        QFETCH(int, profile);
+        QFETCH(QString, options);
+        const Script::JavaTesting form{winPath, items,  {},   {posixPath}, uncDir, items, longPath,
+                                       text,    text, Script::JavaTesting::Profile(profile)};
+        checkReadBack(form, {{"$LOGFILENAME2", {winPath}}, {"@COMPONENTS", items}, {"@METHODS", {}},
+                             {"@SIMULATEDFILES", {posixPath}}, {"$TESTDRIVERNAME", {uncDir}},
+                             {"@INSERTEDFILENAMES", items}, {"$ODIR", {longPath}},
+                             {"$JPREFIX", {text}}, {"$OPTIONS", {options}}});
+    }
+
+    // A write that fails, with or without a place for the reason, leaves
+    // the old script whole, or nothing where its directory went.
+    void oldScriptStaysWhole_data()
+    {
+        QTest::addColumn<QString>("mechanism");
+        QTest::addColumn<int>("error");
+        QTest::newRow("full disk at once") << u"limit:0"_s << EFBIG;
+        QTest::newRow("full disk on the last bytes") << u"limit:300"_s << EFBIG;
+        QTest::newRow("full disk past the first buffer") << u"limit:20000"_s << EFBIG;
+        QTest::newRow("read-only directory") << u"read-only"_s << EACCES;
+        QTest::newRow("directory removed") << u"removed"_s << ENOENT;
+    }
+    void oldScriptStaysWhole()
+    {
+        QFETCH(QString, mechanism);
+        QFETCH(int, error);
+        QTemporaryDir root;
+        const QString dir = root.filePath(u"wizard"_s);
+        const QString path = dir + u"/unit.pl"_s;
+        const QByteArray old = "$LOGFILENAME2 = 'old.log';\n1;\n";
+        TestFiles::writeFile(path, old);
+        Script::UnitTesting script;
+        script.logFile = u"/logs/unit.log"_s;
+        // Longer than the write buffers, so that a failure can come in any
+        // of the buffers written.
+        for (int i = 0; i < 1500; ++i)
+            script.integratedFiles << u"/src/module-%1.c"_s.arg(i);
+        FailingStorage::Failure failure(mechanism, dir);
+        QVERIFY(failure.ready());
+        if (failure.powerless())
+            QSKIP("running as root without the right to drop capabilities: permission bits bind nothing");
+        QString message;
+        QVERIFY(!Script::writeFile(path, script, nullptr));
+        const bool written = Script::writeFile(path, script, &message);
+        failure.end();
+        QVERIFY(!written);
+        QVERIFY2(message.contains(path), qPrintable(message));
+        QVERIFY2(message.contains(FailingStorage::reason(error)), qPrintable(message));
+        if (error == ENOENT) {
+            QVERIFY(!QFileInfo::exists(dir));
+            return;
+        }
+        QCOMPARE(TestFiles::readFile(path), old);
+        QCOMPARE(QDir(dir).entryList(QDir::Files | QDir::Hidden), QStringList{u"unit.pl"_s});
+        // And the same script goes through once the disk has room again.
+        QVERIFY(Script::writeFile(path, script, &message));
+        QVERIFY(TestFiles::readFile(path).endsWith("1;\n"));
     }
 };
 

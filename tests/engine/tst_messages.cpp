@@ -265,6 +265,10 @@ private slots:
         QTest::newRow("2 at") << "x.c at 12: bad" << "x.c" << 12 << 2;
         QTest::newRow("3 file:line") << "main.c:12: error" << "main.c" << 12 << 3;
         QTest::newRow("3 gcc column") << "main.c:12:5: error: x" << "main.c" << 12 << 3;
+        QTest::newRow("3 blank in the path") << "/p/my project/calc.h:7:5: error: x" << "/p/my project/calc.h"
+                                             << 7 << 3;
+        QTest::newRow("3 included from") << "In file included from /p/my project/calc.c:2:"
+                                         << "/p/my project/calc.c" << 2 << 3;
         QTest::newRow("4 quoted") << "\"x.c\", line 7." << "x.c" << 7 << 4;
         QTest::newRow("5 line") << "x.c, line: 4 bad" << "x.c" << 4 << 5;
         QTest::newRow("5 bash") << "st.sh: line 2: foo: command not found" << "st.sh" << 2 << 5;

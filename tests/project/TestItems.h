@@ -1,6 +1,7 @@
 #pragma once
 
 #include "QAStData.h"
+#include "QAStNodeSystemTesting.h"
 
 #include <QStringList>
 
@@ -58,3 +59,14 @@ protected:
 // Parses XML text and returns its root element (the document stays alive
 // with the element).
 QDomElement parseElement(const QString& xml);
+
+// A deployment whose every field differs from its default.
+QAStNodeSystemTesting::Deployment testDeployment(const QString& tester, const QString& host);
+
+// Gives every field a node kind owns a value other than its default.
+void setOwnFields(QAStNode* node);
+
+// A node of every kind the project file knows below root, each below the
+// first node (breadth first) that takes it, with fields of its own; false
+// when a kind found no place.
+bool addEveryKind(QAStNode* root);

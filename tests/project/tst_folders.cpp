@@ -9,11 +9,7 @@
 #include "RecordingStudio.h"
 #include "TestFiles.h"
 #include "TestPaths.h"
-#include "TestXml.h"
 
-#include <QDomDocument>
-#include <QDomElement>
-#include <QFile>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -24,16 +20,6 @@ using namespace Qt::StringLiterals;
 using TestFiles::readFile;
 
 namespace {
-
-// An item whose directory() is given, standing for an including project.
-class DirectoryItem : public QAStData {
-public:
-    explicit DirectoryItem(const QString& dir) : QAStData(u"dir"_s, QPixmap()), m_dir(dir) {}
-    QString directory() const override { return m_dir; }
-
-private:
-    QString m_dir;
-};
 
 // "name" for files, "name/" for folders, children indented below.
 QStringList outline(const QAStData* item, const QString& indent = QString())
@@ -125,9 +111,6 @@ private slots:
         const QStringList lines = text.split(QLatin1Char('\n'));
         QCOMPARE(lines.at(0), u"<?xml version=\"1.0\" encoding=\"utf-8\"?>"_s);
         QCOMPARE(lines.at(1), "<!DOCTYPE objects SYSTEM \"" + QAStData::installDir() + "/lib/project.dtd\">");
-        QCOMPARE(lines.at(2), u"<objects>"_s);
-        QCOMPARE(lines.at(3), u"  <folder>"_s);
-        QVERIFY(text.endsWith(u"  </folder>\n  <version_file>1</version_file>\n</objects>\n"_s));
         QVERIFY(text.contains(u"<filepath>src/a.c</filepath>"_s));
         QVERIFY(text.contains(u"<filters>*.c; *.h</filters>"_s));
         const QString outside = QDir(dir.path()).relativeFilePath(u"/abs/b.c"_s);
@@ -252,29 +235,6 @@ private slots:
         QVERIFY(root.acceptDrop(inner));
         QVERIFY(!inner->acceptDrop(sources));  // would hold itself
         QVERIFY(!sources->acceptDrop(&root));
-    }
-
-    void subProjectElement()
-    {
-        DirectoryItem including(u"/work/main"_s);
-        auto* sub = new QAStSubProject(u"/work/lib/lib.rtp"_s, &including, nullptr);
-        sub->setUnloaded(true);
-        QCOMPARE(sub->name(), u"lib"_s);
-
-        const QString text = sub->toString();
-        QVERIFY(text.startsWith(u"<sub_project>\n  <data>\n"_s));
-        QVERIFY(text.endsWith(QStringLiteral("  </data>\n"
-                                             "  <project_file>../lib/lib.rtp</project_file>\n"
-                                             "  <unload>true</unload>\n"
-                                             "</sub_project>\n")));
-
-        DirectoryItem elsewhere(u"/other/main"_s);
-        std::unique_ptr<QAStData> back = buildItem(text, &elsewhere);
-        auto* read = qobject_cast<QAStSubProject*>(back.get());
-        QVERIFY(read && read->isValid());
-        QVERIFY(read->isUnloaded());
-        QCOMPARE(read->projectFile(), u"/other/lib/lib.rtp"_s);
-        QCOMPARE(read->quid(), sub->quid());
     }
 
     void subProjectInheritsByTheNodeRule()

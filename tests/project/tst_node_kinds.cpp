@@ -15,13 +15,13 @@
 #include "QAStNodeVirtualTester.h"
 #include "QAStPropertyFilters.h"
 #include "RecordingStudio.h"
+#include "TestFiles.h"
 #include "TestItems.h"
 #include "TestPaths.h"
 #include "TestXml.h"
 
 #include <QAction>
 #include <QDomDocument>
-#include <QFile>
 #include <QMenu>
 #include <QtTest>
 
@@ -109,57 +109,6 @@ QStringList classNames(const QList<QAStData*>& items)
     for (const QAStData* item : items)
         names << QString::fromLatin1(item->metaObject()->className());
     return names;
-}
-
-QAStNodeSystemTesting::Deployment deployment(const QString& tester, const QString& host)
-{
-    QAStNodeSystemTesting::Deployment d;
-    d.activated = false;
-    d.vtNodeName = tester;
-    d.instance = u"I \"1\", <a&b>"_s;
-    d.delay = 250;
-    d.number = 3;
-    d.occId = 4;
-    d.hostIp = host;
-    d.portAgent = 10000;
-    d.startRoutine = u"vt_main"_s;
-    return d;
-}
-
-// Gives every field a node kind owns a value other than its default.
-void setOwnFields(QAStNode* node)
-{
-    node->setState(QAStNode::UnSelectedReported);
-    node->setBackground(true);
-    node->setCurrentConfigurationName(u"Debug"_s);
-    node->addConfiguration(u"Debug"_s)->setProperty(u"cflags"_s, u"-g"_s);
-    node->addConfiguration(u"Release"_s);
-    node->addOutputFile(u"TSF"_s, {u"a.tsf"_s, u"b,c.tsf"_s});
-    node->setPerlScriptBeforeChild(u"print \"before\";\n"_s);
-    node->setPerlScriptAfterChild(u"print 'after', 1;"_s);
-    if (auto* file = qobject_cast<QAStNodeFileRef*>(node))
-        file->setFileKey(u"src/a b,c.c"_s);
-    if (auto* source = qobject_cast<QAStNodeSource*>(node))
-        source->setIntegratedSource(true);
-    if (auto* script = qobject_cast<QAStNodeTestScript*>(node)) {
-        script->setTestCases({u"t1"_s, u"t,2"_s});
-        script->setFamilies({u"nominal"_s, u"robustness"_s});
-        script->setSelectedTestCases({u"t,2"_s});
-        script->setSelectedFamilies({u"nominal"_s});
-        script->setInstance(u"VT<1>"_s);
-    }
-    if (auto* system = qobject_cast<QAStNodeSystemTesting*>(node)) {
-        system->setDeployments({deployment(u"VT1"_s, u"10.0.0.1"_s), deployment(u"VT2"_s, {})});
-        system->setRendezvous({{u"start"_s, 2}, {u"end,all"_s, 3}});
-        system->setRendezvousAutoGenerate(false);
-        system->setMachines({u"host-a"_s, u"host \"b\""_s});
-    }
-    if (auto* user = qobject_cast<QAStNodeUser*>(node)) {
-        user->setRedirectStdout(false);
-        user->setRedirectStderr(false);
-    }
-    if (auto* link = qobject_cast<QAStNodeLink*>(node))
-        link->setLinkedNode(u"Lib"_s, u"QAStNodeLibrary"_s);
 }
 
 }
@@ -254,32 +203,17 @@ private slots:
         QCOMPARE(read->last()->name(), u"VT2"_s);
     }
 
+    // The lists read back whole, quotes, commas and markup in their
+    // attributes; the TDF channel is not kept.
     void systemTestingLists()
     {
         QAStNodeSystemTesting system(u"ST"_s, QPixmap());
-        QAStNodeSystemTesting::Deployment d = deployment(u"VT,1"_s, u"10.0.0.1"_s);
+        QAStNodeSystemTesting::Deployment d = testDeployment(u"VT,1"_s, u"10.0.0.1"_s);
         system.setDeployments({d});
         system.setRendezvous({{u"go"_s, 2}});
         system.setMachines({u"m1"_s, u"m2"_s});
         system.setConnectedTDFChannel(5);
-
-        const QString text = system.toString();
-        QVERIFY(text.contains(
-            u"  <deployment_table>\n"
-            "    <deployment_data isActivated=\"false\" vtNodeName=\"VT#comma#1\""
-            " instance=\"I &quot;1&quot;#comma# &lt;a&amp;b&gt;\" delay=\"250\" number=\"3\""
-            " occId=\"4\" hostIp=\"10.0.0.1\" portAgent=\"10000\" startRoutine=\"vt_main\"/>\n"
-            "  </deployment_table>\n"
-            "  <rendezvous_list autogenerate=\"true\">\n"
-            "    <rendezvous name=\"go\" number=\"2\"/>\n"
-            "  </rendezvous_list>\n"
-            "  <machine_list>\n"
-            "    <machine name=\"m1\"/>\n"
-            "    <machine name=\"m2\"/>\n"
-            "  </machine_list>\n"
-            "</system_testing>\n"_s));
-
-        const std::unique_ptr<QAStData> read = buildItem(text);
+        const std::unique_ptr<QAStData> read = buildItem(system.toString());
         const auto* readSystem = qobject_cast<QAStNodeSystemTesting*>(read.get());
         QVERIFY(readSystem);
         QCOMPARE(readSystem->deployments().size(), 1);
@@ -419,14 +353,9 @@ private slots:
         QCOMPARE(menu->actions().size(), 1);
         QMenu* add = menu->actions().first()->menu();
         QVERIFY(add);
-        QCOMPARE(add->title(), u"Add"_s);
-        QStringList texts;
         QStringList tags;
-        for (const QAction* action : add->actions()) {
-            texts << action->text();
+        for (const QAction* action : add->actions())
             tags << action->data().toString();
-        }
-        QCOMPARE(texts, (QStringList{u"System Testing Script"_s, u"Source"_s}));
         QCOMPARE(tags, system.addableChildKinds());
 
         add->actions().first()->trigger();
@@ -455,22 +384,16 @@ private slots:
         QCOMPARE(link->linkedNode(), nullptr);
     }
 
+    // A file as written by hand reads, values and all, and writes back the
+    // same.
     void exampleFile()
     {
-        QFile file(TestPaths::data(u"nodes/application.xml"_s));
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QString text = QString::fromUtf8(file.readAll());
-
+        const QString text = QString::fromUtf8(TestFiles::readFile(TestPaths::data(u"nodes/application.xml"_s)));
         const std::unique_ptr<QAStData> read = buildItem(text);
         const auto* application = qobject_cast<QAStNodeApplication*>(read.get());
         QVERIFY(application);
         QCOMPARE(QAStData::loadReport(), QString());
-        QCOMPARE(application->configurations(), QStringList{u"Debug"_s});
-        QCOMPARE(classNames(application->childItems()),
-                 (QStringList{u"QAStNodeSource"_s, u"QAStNodeLink"_s}));
-        const auto* source = static_cast<QAStNodeSource*>(application->child());
-        QCOMPARE(source->fileKey(), u"src/calc.c"_s);
-        QVERIFY(!source->integratedSource());
+        QCOMPARE(application->outputFiles(u"TSF"_s), QStringList{u"Calc.tsf"_s});
         QCOMPARE(static_cast<QAStNodeLink*>(application->last())->linkedNodeName(), u"MathLib"_s);
         QCOMPARE(read->toString(), text);
     }

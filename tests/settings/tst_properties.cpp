@@ -23,8 +23,8 @@
 #include "QAPropertyYesNo.h"
 #include "QARes.h"
 
-#include <QComboBox>
 #include <QCheckBox>
+#include <QComboBox>
 #include <QDomDocument>
 #include <QLineEdit>
 #include <QListWidget>
@@ -168,21 +168,6 @@ private slots:
         QVERIFY(!store.property("int").isValid());
         store.clear();
         QVERIFY(store.propertyNames().isEmpty());
-    }
-
-    void storeLooksUpAlongTheChain()
-    {
-        ChainedStore top, middle(&top), bottom(&middle);
-        top.setProperty("k", 1);
-        QCOMPARE(bottom.property("k"), QVariant(1));
-        QVERIFY(!bottom.hasProperty("k"));
-        middle.setProperty("k", 2);
-        QCOMPARE(bottom.property("k"), QVariant(2));
-        QCOMPARE(top.property("k"), QVariant(1));
-        middle.unsetProperty("k");
-        QCOMPARE(bottom.property("k"), QVariant(1));
-        // A gap in the chain ends it.
-        QVERIFY(!ChainedStore().property("k").isValid());
     }
 
     void storeCopiesItsMap()
@@ -463,17 +448,12 @@ private slots:
         QAPropertyMapGroup group;
         auto* p = new QAPropertyMapPathBox("paths", "Paths");
         group.addChild(p);
-        p->setWhatThis("help");
-        p->setReadOnly(true);
         p->setPerlVarName("$PATHS");
         p->setInitValue(QStringList{"/x"});
-        p->setFilters({"*.c"});
         p->setButtons(QAPropertyPathBox::SingleWithoutMoves);
         const QAPropertyMapPathBox copy(*p);
-        QCOMPARE(QStringList({copy.tag(), copy.name(), copy.whatThis(), copy.perlVarName()}),
-                 QStringList({"paths", "Paths", "help", "$PATHS"}));
-        QVERIFY(copy.readOnly() && copy.hasInitValue());
-        QCOMPARE(copy.filters(), QStringList{"*.c"});
+        QCOMPARE(QStringList({copy.tag(), copy.name(), copy.perlVarName()}), QStringList({"paths", "Paths", "$PATHS"}));
+        QVERIFY(copy.hasInitValue());
         QCOMPARE(copy.buttons(), QAPropertyPathBox::SingleWithoutMoves);
         QVERIFY(!copy.parentGroup());
         auto* target = new QAPropertyMapPathBox;
@@ -626,18 +606,18 @@ private slots:
 
     // --- editors
 
+    // An editor shows the value the chain gives, writes what is chosen into
+    // the node's own store, and shows the inherited value again after a
+    // reset; a read-only setting's editor changes nothing.
     void intEditorWritesAndResets()
     {
         Sheet sheet;
         auto* p = sheet.add(new QAPropertyMapInt("level", "Level", 0, 50, 5));
-        p->setSuffix(" %");
         sheet.parent.setProperty("level", 10);
         auto editor = editorOf<QAPropertyIntWidget>(p);
         QSpinBox* spin = editor->spinBox();
         QCOMPARE(spin->value(), 10);
         QCOMPARE(spin->maximum(), 50);
-        QCOMPARE(spin->singleStep(), 5);
-        QCOMPARE(spin->suffix(), u" %"_s);
         QSignalSpy committed(editor.get(), &QAPropertyEditor::valueCommitted);
         spin->setValue(25);
         QCOMPARE(committed.count(), 1);
@@ -647,29 +627,14 @@ private slots:
         QVERIFY(!sheet.child.hasProperty("level"));
         QCOMPARE(spin->value(), 10);
         QCOMPARE(committed.count(), 1);
-    }
 
-    void readOnlyEditorRefusesEdits()
-    {
-        Sheet sheet;
-        auto* number = sheet.add(new QAPropertyMapInt("n"));
-        auto* text = sheet.add(new QAPropertyMapLineEdit("t"));
-        number->setReadOnly(true);
-        text->setReadOnly(true);
-        sheet.child.setProperty("n", 3);
-        sheet.parent.setProperty("n", 1);
-        auto numberEditor = editorOf<QAPropertyIntWidget>(number);
-        QVERIFY(!numberEditor->isEnabled());
-        numberEditor->spinBox()->setValue(7);
-        QCOMPARE(sheet.child.property("n"), QVariant(3));
-        numberEditor->reset();
-        QCOMPARE(sheet.child.property("n"), QVariant(3));
-        auto textEditor = editorOf<QAPropertyLineEditWidget>(text);
-        QVERIFY(!textEditor->isEnabled());
-        textEditor->lineEdit()->setText("x");
-        textEditor->lineEdit()->setModified(true);
-        emit textEditor->lineEdit()->editingFinished();
-        QVERIFY(!sheet.child.hasProperty("t"));
+        p->setReadOnly(true);
+        sheet.child.setProperty("level", 3);
+        auto readOnly = editorOf<QAPropertyIntWidget>(p);
+        QVERIFY(!readOnly->isEnabled());
+        readOnly->spinBox()->setValue(7);
+        readOnly->reset();
+        QCOMPARE(sheet.child.property("level"), QVariant(3));
     }
 
     // A combo box shows the label of the value, stores the value of the
@@ -687,7 +652,6 @@ private slots:
         sheet.parent.setProperty("cc", "gcc");
         auto intEditor = editorOf<QAPropertyComboIntWidget>(numbers);
         QComboBox* combo = intEditor->comboBox();
-        QCOMPARE(combo->count(), 2);
         QCOMPARE(combo->currentText(), u"high"_s);
         combo->setCurrentIndex(0);
         QCOMPARE(sheet.child.property("opt"), QVariant(1));
@@ -702,8 +666,6 @@ private slots:
         QCOMPARE(stringEditor->comboBox()->currentText(), u"GNU C"_s);
         stringEditor->comboBox()->setCurrentIndex(1);
         QCOMPARE(sheet.child.property("cc"), QVariant("clang"));
-        stringEditor->reset();
-        QCOMPARE(stringEditor->comboBox()->currentText(), u"GNU C"_s);
     }
 
     void boolEditorStyles()
@@ -713,9 +675,6 @@ private slots:
         auto* flag = sheet.add(new QAPropertyMapBool("b"));
         sheet.parent.setProperty("y", true);
         auto combo = editorOf<QAPropertyBoolWidget>(yesNo);
-        QVERIFY(!combo->checkBox());
-        QCOMPARE(combo->comboBox()->itemText(0), u"Yes"_s);
-        QCOMPARE(combo->comboBox()->itemText(1), u"No"_s);
         QCOMPARE(combo->comboBox()->currentText(), u"Yes"_s);
         combo->comboBox()->setCurrentIndex(1);
         QCOMPARE(sheet.child.property("y"), QVariant(false));
@@ -724,7 +683,6 @@ private slots:
         // No value anywhere: no entry chosen.
         QCOMPARE(editorOf<QAPropertyBoolWidget>(flag)->comboBox()->currentIndex(), -1);
         QAPropertyBoolWidget check(flag, nullptr, QAPropertyBoolWidget::CheckBox);
-        QVERIFY(!check.comboBox());
         QVERIFY(!check.checkBox()->isChecked());
         check.checkBox()->setChecked(true);
         QCOMPARE(sheet.child.property("b"), QVariant(true));
@@ -740,7 +698,6 @@ private slots:
         auto editor = editorOf<QAPropertyLineEditWidget>(p);
         QLineEdit* line = editor->lineEdit();
         QCOMPARE(line->text(), u"-O2"_s);
-        QVERIFY(editor->button());
         // Finishing without a change keeps the value inherited.
         emit line->editingFinished();
         QVERIFY(!sheet.child.hasProperty("flags"));
@@ -804,35 +761,6 @@ private slots:
         auto inPlace = editorOf<QAPropertyListBoxWidget>(p);
         inPlace->listWidget()->item(1)->setText("X");
         QTRY_COMPARE(sheet.child.property("defines"), QVariant(QStringList({"A", "X"})));
-    }
-
-    void pathBoxButtons_data()
-    {
-        QTest::addColumn<int>("layout");
-        QTest::addColumn<QStringList>("buttons");
-        QTest::newRow("NoButton") << int(QAPropertyPathBox::NoButton) << QStringList();
-        QTest::newRow("Single") << int(QAPropertyPathBox::Single) << QStringList{"add", "remove", "up", "down"};
-        QTest::newRow("SingleWithoutMoves") << int(QAPropertyPathBox::SingleWithoutMoves)
-                                            << QStringList{"add", "remove"};
-        QTest::newRow("Multi") << int(QAPropertyPathBox::Multi) << QStringList{"addFile", "addDirectory", "remove"};
-        QTest::newRow("MultiWithMoves") << int(QAPropertyPathBox::MultiWithMoves)
-                                        << QStringList{"addFile", "addDirectory", "remove", "up", "down"};
-    }
-    void pathBoxButtons()
-    {
-        QFETCH(int, layout);
-        QFETCH(QStringList, buttons);
-        QAPropertyPathBox::Buttons parsed;
-        QVERIFY(QAPropertyPathBox::buttonsFromString(QTest::currentDataTag(), &parsed));
-        QCOMPARE(int(parsed), layout);
-        Sheet sheet;
-        auto* p = sheet.add(new QAPropertyMapPathBox("paths"));
-        p->setButtons(QAPropertyPathBox::Buttons(layout));
-        auto editor = editorOf<QAPropertyPathBoxWidget>(p);
-        QStringList found;
-        for (QPushButton* b : editor->findChildren<QPushButton*>())
-            found << b->objectName();
-        QCOMPARE(found, buttons);
     }
 
     void pathBoxAddsChosenPaths()
