@@ -1,13 +1,12 @@
 #pragma once
 
+#include "QAStFile.h"
 #include "sdk110_export.h"
 
 #include <QList>
 #include <QObject>
 #include <QPointer>
 #include <QTimer>
-
-class QAStFile;
 
 // Analyses a list of files into tags behind the host's progress dialog
 // (StudioInterface::startProgress): the label "Analysing file in
