@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 #include <vector>
@@ -30,6 +31,15 @@ struct Registrar {
 };
 
 std::vector<Benchmark>& registry();
+
+// A step run alone in a fresh process of the benchmark program, for its
+// peak memory: `sdk110-bench --step NAME ARGS...` runs it and prints how
+// far the peak resident size rose above the size before it, in KiB.
+struct StepRegistrar {
+    StepRegistrar(const char* name, std::function<void(const QStringList&)> run);
+};
+// That figure for one step with its arguments; -1 when it could not run.
+long peakOfStepKiB(const QString& name, const QStringList& arguments);
 
 // Keeps the optimiser from discarding a computed value.
 void keep(const void* p);

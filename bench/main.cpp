@@ -2,10 +2,13 @@
 
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QFile>
+#include <QProcess>
 #include <QTextStream>
 
 #include <algorithm>
 #include <cstdio>
+#include <map>
 
 #include <sys/resource.h>
 
@@ -15,6 +18,45 @@ std::vector<Benchmark>& registry()
 {
     static std::vector<Benchmark> benchmarks;
     return benchmarks;
+}
+
+namespace {
+
+std::map<QString, std::function<void(const QStringList&)>>& steps()
+{
+    static std::map<QString, std::function<void(const QStringList&)>> all;
+    return all;
+}
+
+long statusKiB(const char* field)
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return -1;
+    for (const QByteArray& line : status.readAll().split('\n')) {
+        if (line.startsWith(field))
+            return line.mid(int(qstrlen(field))).trimmed().split(' ').first().toLong();
+    }
+    return -1;
+}
+
+}
+
+StepRegistrar::StepRegistrar(const char* name, std::function<void(const QStringList&)> run)
+{
+    steps()[QString::fromUtf8(name)] = std::move(run);
+}
+
+long peakOfStepKiB(const QString& name, const QStringList& arguments)
+{
+    QProcess step;
+    step.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    step.start(QCoreApplication::applicationFilePath(), QStringList{QStringLiteral("--step"), name} + arguments);
+    if (!step.waitForFinished(-1) || step.exitCode() != 0)
+        return -1;
+    bool ok = false;
+    const long kib = step.readAllStandardOutput().trimmed().toLong(&ok);
+    return ok ? kib : -1;
 }
 
 Registrar::Registrar(const char* name, std::function<Measure()> prepare)
@@ -97,6 +139,15 @@ int main(int argc, char** argv)
                "them, and prints the medians in wall and processor time (its own and that\n"
                "of the programs it ran) and the ratio against its target. Exit status 1\n"
                "when a benchmark is over its target. --list prints every name.\n";
+        return 0;
+    }
+    if (filters.size() >= 2 && filters.first() == QLatin1String("--step")) {
+        const auto step = Bench::steps().find(filters.at(1));
+        if (step == Bench::steps().end())
+            return 2;
+        const long before = Bench::statusKiB("VmRSS:");
+        step->second(filters.mid(2));
+        out << Bench::statusKiB("VmHWM:") - before << "\n";
         return 0;
     }
     if (filters == QStringList{QStringLiteral("--list")}) {

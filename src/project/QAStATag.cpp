@@ -316,9 +316,9 @@ bool QAStATag::init(const QDomElement& e, int version)
     }
     setFilePath(QAXML::domValue(childElement(e, "filepath")));
     bool ok = false;
-    const int line = QAXML::toInt(childElement(e, "line").text(), &ok);
+    const int line = QAXML::toInt(QAXML::domText(childElement(e, "line")), &ok);
     m_line = ok ? line : -1;
-    m_qualifier = QAXML::toInt(childElement(e, "qualifier").text());
+    m_qualifier = QAXML::toInt(QAXML::domText(childElement(e, "qualifier")));
     m_signature = QAXML::domValue(childElement(e, "signature"));
     initChildren(childElement(e, "tag_child"), version, QStringList{QStringLiteral("QAStATag")});
     return true;

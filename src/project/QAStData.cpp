@@ -816,11 +816,11 @@ bool QAStData::init(const QDomElement& e, int)
     const QDomElement quidElement = e.firstChildElement(QStringLiteral("quid"));
     if (checkTag(quidElement, "quid")) {
         bool number = false;
-        const uint quid = QAXML::toUInt(quidElement.text(), &number);
+        const uint quid = QAXML::toUInt(QAXML::domText(quidElement), &number);
         if (number)
             setQuid(quid);
         else
-            reportBadQuid(quidElement.text());
+            reportBadQuid(QAXML::domText(quidElement));
     } else {
         d->m_valid = false;
     }
@@ -833,7 +833,7 @@ bool QAStData::init(const QDomElement& e, int)
     const auto readFlag = [&e](const char* tag, QAStBoolAttribute& flag) {
         const QDomElement f = e.firstChildElement(QLatin1String(tag));
         if (!f.isNull())
-            flag.setValue(QAXML::toBool(f.text()));
+            flag.setValue(QAXML::toBool(QAXML::domText(f)));
     };
     readFlag("renameable", d->m_renameable);
     readFlag("deletable", d->m_deletable);
@@ -841,7 +841,7 @@ bool QAStData::init(const QDomElement& e, int)
     readFlag("sorted", d->m_sorted);
     const QDomElement result = e.firstChildElement(QStringLiteral("executionResult"));
     if (!result.isNull())
-        d->m_executionResult.setValue(QAXML::toInt(result.text()));
+        d->m_executionResult.setValue(QAXML::toInt(QAXML::domText(result)));
     return d->m_valid;
 }
 

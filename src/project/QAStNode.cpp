@@ -410,14 +410,14 @@ QString QAStNode::readText(const QDomElement& block, const char* tag, const QStr
 bool QAStNode::readBool(const QDomElement& block, const char* tag, bool fallback)
 {
     bool ok = false;
-    const bool value = QAXML::toBool(field(block, tag).text(), &ok);
+    const bool value = QAXML::toBool(QAXML::domText(field(block, tag)), &ok);
     return ok ? value : fallback;
 }
 
 int QAStNode::readInt(const QDomElement& block, const char* tag, int fallback)
 {
     bool ok = false;
-    const int value = QAXML::toInt(field(block, tag).text(), &ok);
+    const int value = QAXML::toInt(QAXML::domText(field(block, tag)), &ok);
     return ok ? value : fallback;
 }
 

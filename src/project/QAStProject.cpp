@@ -568,7 +568,7 @@ void QAStProject::readExecutionFlag(const QDomElement& flag)
 {
     if (flag.isNull())
         return;
-    const int value = QAXML::toInt(flag.text());
+    const int value = QAXML::toInt(QAXML::domText(flag));
     for (QAStConfiguration* c : configurationList())
         c->setProperty(QStringLiteral("executionFlag"), value);
 }

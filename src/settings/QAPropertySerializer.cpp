@@ -79,13 +79,13 @@ void readLeaf(QAPropertyStore& store, const QAProperty& leaf, const QDomElement&
         store.setProperty(tag, QAXML::domValue(e).toUtf8());
         break;
     case QMetaType::Bool:
-        store.setProperty(tag, QAXML::toBool(e.text()));
+        store.setProperty(tag, QAXML::toBool(QAXML::domText(e)));
         break;
     case QMetaType::UInt:
-        store.setProperty(tag, QAXML::toUInt(e.text()));
+        store.setProperty(tag, QAXML::toUInt(QAXML::domText(e)));
         break;
     case QMetaType::Int:
-        store.setProperty(tag, QAXML::toInt(e.text()));
+        store.setProperty(tag, QAXML::toInt(QAXML::domText(e)));
         break;
     case QMetaType::QStringList:
         store.setProperty(tag, QAXML::domValueList(e));

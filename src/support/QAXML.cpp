@@ -5,11 +5,12 @@
 #include <QCoreApplication>
 #include <QDomDocument>
 #include <QDomElement>
+#include <QFile>
 #include <QIODevice>
 #include <QTextStream>
-#include <QXmlStreamReader>
 
 #include <algorithm>
+#include <cstring>
 
 namespace {
 
@@ -302,19 +303,29 @@ QMap<QString, QString> QAXML::commaToStringMap(const QString& parsedText)
     return splitMap(parsedText, &QAXML::commaToString);
 }
 
+QString QAXML::domText(const QDomElement& e)
+{
+    const QDomNode first = e.firstChild();
+    if (first.isNull())
+        return QString();
+    if (first.nextSibling().isNull() && first.isText())
+        return first.nodeValue();
+    return e.text();
+}
+
 QString QAXML::domValue(const QDomElement& e)
 {
-    return commaToString(e.text());
+    return commaToString(domText(e));
 }
 
 QStringList QAXML::domValueList(const QDomElement& e)
 {
-    return commaToStringList(e.text());
+    return commaToStringList(domText(e));
 }
 
 QMap<QString, QString> QAXML::domValueMap(const QDomElement& e)
 {
-    return commaToStringMap(e.text());
+    return commaToStringMap(domText(e));
 }
 
 QString QAXML::boolToXMLValue(bool b)
@@ -364,34 +375,135 @@ void QAXML::toStream(QTextStream& s, const char* tag, const QString& value, int 
     s << '<' << tag << '>' << value << "</" << tag << ">\n";
 }
 
-bool QAXML::setContent(QDomDocument& document, QIODevice* device, QString* message, int* line,
-                       int* column)
+namespace {
+
+// The offset of the first start tag that opens a level deeper than
+// maxDepth, or -1. A linear walk over the bytes that knows just enough of
+// XML to count levels: comments, CDATA sections, processing instructions
+// and declarations (a document type's internal subset included) are
+// skipped, quoted attribute values may hold '>' and '/'. What it cannot
+// make sense of it leaves to the parser, which reports malformed text.
+qsizetype tooDeep(const QByteArray& text, int maxDepth, qsizetype* tagEnd)
 {
-    return setContent(document, device->readAll(), message, line, column);
+    const char* const begin = text.constData();
+    const char* const end = begin + text.size();
+    const auto find = [end](const char* from, const char* what) -> const char* {
+        const qsizetype n = qsizetype(qstrlen(what));
+        for (const char* p = from; end - p >= n; ++p) {
+            p = static_cast<const char*>(std::memchr(p, what[0], size_t(end - p)));
+            if (!p || end - p < n)
+                return nullptr;
+            if (std::memcmp(p, what, size_t(n)) == 0)
+                return p;
+        }
+        return nullptr;
+    };
+    const auto startsWith = [end](const char* p, const char* what) {
+        const qsizetype n = qsizetype(qstrlen(what));
+        return end - p >= n && std::memcmp(p, what, size_t(n)) == 0;
+    };
+    int depth = 0;
+    for (const char* p = begin; p < end;) {
+        p = static_cast<const char*>(std::memchr(p, '<', size_t(end - p)));
+        if (!p)
+            return -1;
+        const char* close = nullptr;
+        if (startsWith(p, "<!--")) {
+            close = find(p + 4, "-->");
+        } else if (startsWith(p, "<![CDATA[")) {
+            close = find(p + 9, "]]>");
+        } else if (startsWith(p, "<?")) {
+            close = find(p + 2, "?>");
+        } else if (startsWith(p, "<!")) {
+            // A declaration; a document type's internal subset ends at "]".
+            const char* q = p + 2;
+            while (q < end && *q != '>' && *q != '[')
+                ++q;
+            if (q < end && *q == '[')
+                q = find(q, "]");
+            close = q ? static_cast<const char*>(std::memchr(q, '>', size_t(end - q))) : nullptr;
+        } else {
+            const bool endTag = startsWith(p, "</");
+            const char* q = p + 1;
+            while (q < end && *q != '>') {
+                if (*q == '"' || *q == '\'') {
+                    const void* quote = std::memchr(q + 1, *q, size_t(end - q - 1));
+                    if (!quote)
+                        return -1;
+                    q = static_cast<const char*>(quote);
+                }
+                ++q;
+            }
+            if (q >= end)
+                return -1;
+            if (endTag) {
+                --depth;
+            } else if (q[-1] != '/' && ++depth > maxDepth) {
+                *tagEnd = q + 1 - begin;
+                return p - begin;
+            }
+            close = q;
+        }
+        if (!close)
+            return -1;
+        p = close + 1;
+    }
+    return -1;
+}
+
+}
+
+namespace {
+
+// A first pass over the bytes, which takes linear time whatever the depth:
+// true, with the place, when they nest deeper than maxDepth. A malformed
+// text is left for the DOM parser to report.
+bool refuseDeep(QDomDocument& document, const QByteArray& text, QString* message, int* line,
+                int* column)
+{
+    qsizetype tagEnd = 0;
+    if (tooDeep(text, QAXML::maxDepth, &tagEnd) >= 0) {
+        if (message)
+            *message = QATr::support("elements nested more than %1 deep").arg(QAXML::maxDepth);
+        // Where a stream reader stands after the tag: the line, and the
+        // characters of it read so far.
+        const qsizetype lineStart = text.lastIndexOf('\n', tagEnd - 1) + 1;
+        if (line)
+            *line = int(text.left(lineStart).count('\n') + 1);
+        if (column)
+            *column = int(QString::fromUtf8(text.constData() + lineStart, tagEnd - lineStart).size());
+        document.clear();
+        return true;
+    }
+    return false;
+}
+
 }
 
 bool QAXML::setContent(QDomDocument& document, const QByteArray& text, QString* message,
                        int* line, int* column)
 {
-    // A first pass with the stream reader, which takes linear time whatever
-    // the depth; a malformed text is left for the DOM parser to report.
-    QXmlStreamReader reader(text);
-    int depth = 0;
-    while (!reader.atEnd()) {
-        const QXmlStreamReader::TokenType token = reader.readNext();
-        if (token == QXmlStreamReader::EndElement) {
-            --depth;
-        } else if (token == QXmlStreamReader::StartElement && ++depth > maxDepth) {
-            if (message)
-                *message = QATr::support("elements nested more than %1 deep")
-                               .arg(maxDepth);
-            if (line)
-                *line = int(reader.lineNumber());
-            if (column)
-                *column = int(reader.columnNumber());
-            document.clear();
-            return false;
+    return !refuseDeep(document, text, message, line, column) &&
+           document.setContent(text, message, line, column);
+}
+
+bool QAXML::setContent(QDomDocument& document, QIODevice* device, QString* message, int* line,
+                       int* column)
+{
+    // A file is checked through a map of its pages and then parsed from
+    // the file, so that its text is never held on the heap beside the
+    // document the parser builds.
+    auto* file = qobject_cast<QFile*>(device);
+    if (file && !file->isSequential() && file->pos() == 0 && file->size() > 0) {
+        if (uchar* map = file->map(0, file->size())) {
+            const QByteArray text = QByteArray::fromRawData(reinterpret_cast<const char*>(map),
+                                                            qsizetype(file->size()));
+            const bool deep = refuseDeep(document, text, message, line, column);
+            file->unmap(map);
+            if (deep)
+                return false;
+            return document.setContent(device, message, line, column);
         }
     }
-    return document.setContent(text, message, line, column);
+    return setContent(document, device->readAll(), message, line, column);
 }

@@ -67,6 +67,9 @@ public:
     // The decoded text of an element read by an XML parser, and its list and
     // map forms.
     static QString domValue(const QDomElement& e);
+    // The element's text, as QDomElement::text() gives it; an element of
+    // one text node gives that node's string itself, without a copy.
+    static QString domText(const QDomElement& e);
     static QStringList domValueList(const QDomElement& e);
     static QMap<QString, QString> domValueMap(const QDomElement& e);
     static QString commaToString(const QString& parsedText);
