@@ -490,11 +490,11 @@ bool QAXML::setContent(QDomDocument& document, const QByteArray& text, QString* 
 bool QAXML::setContent(QDomDocument& document, QIODevice* device, QString* message, int* line,
                        int* column)
 {
-    // A file is checked through a map of its pages and then parsed from
-    // the file, so that its text is never held on the heap beside the
-    // document the parser builds.
+    // A large file is checked through a map of its pages and then parsed
+    // from the file, so that its text is never held on the heap beside the
+    // document the parser builds; a small one is cheaper read.
     auto* file = qobject_cast<QFile*>(device);
-    if (file && !file->isSequential() && file->pos() == 0 && file->size() > 0) {
+    if (file && !file->isSequential() && file->pos() == 0 && file->size() > (1 << 20)) {
         if (uchar* map = file->map(0, file->size())) {
             const QByteArray text = QByteArray::fromRawData(reinterpret_cast<const char*>(map),
                                                             qsizetype(file->size()));

@@ -923,6 +923,23 @@ private slots:
         QVERIFY(!message.contains(QLatin1String("nested")));
         // Deep enough to take QDomDocument seconds: refused at once.
         QVERIFY(!QAXML::setContent(document, nested(200000)));
+        // A file past a megabyte is checked through a map of its pages and
+        // parsed from the file: the same answers.
+        const QByteArray padding = "<!--" + QByteArray(1 << 20, ' ') + "-->\n";
+        for (const int depth : {QAXML::maxDepth, QAXML::maxDepth + 1}) {
+            const QString path = m_dir->filePath(u"large.xml"_s);
+            TestFiles::writeFile(path, padding + QByteArray("<a>").repeated(depth) +
+                                           QByteArray("</a>").repeated(depth));
+            QFile large(path);
+            QVERIFY(large.open(QIODevice::ReadOnly));
+            const bool read = QAXML::setContent(document, &large, &message, &line, &column);
+            QCOMPARE(read, depth == QAXML::maxDepth);
+            if (!read) {
+                QCOMPARE(message, u"elements nested more than 1000 deep"_s);
+                QCOMPARE(line, 2);
+                QCOMPARE(column, 3 * (QAXML::maxDepth + 1));
+            }
+        }
     }
 
     // Every reader of the library's XML files refuses it.
