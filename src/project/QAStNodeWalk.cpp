@@ -389,6 +389,10 @@ bool QAStNode::runWalkScript(const QString& script, const QStringList& arguments
     const QString path = environmentFileName();
     QDir().mkpath(QFileInfo(path).absolutePath());
     d->m_environmentFile = std::make_unique<QFile>(path);
+    // A fresh file rather than the former one cut short: a file system
+    // such as ext4 writes a truncated file out at its close, which cost
+    // each driver run more than writing the script.
+    QFile::remove(path);
     if (!d->m_environmentFile->open(QIODevice::WriteOnly | QIODevice::Truncate)) {
         displayMessage(OutputConsole, tr("%1: cannot write the environment file %2: %3\n")
                                           .arg(name(), path, d->m_environmentFile->errorString()));
