@@ -40,6 +40,8 @@ struct StepRegistrar {
 };
 // That figure for one step with its arguments; -1 when it could not run.
 long peakOfStepKiB(const QString& name, const QStringList& arguments);
+// A "VmRSS:"-like field of /proc/self/status, in KiB; -1 when unknown.
+long statusKiB(const char* field);
 
 // Keeps the optimiser from discarding a computed value.
 void keep(const void* p);

@@ -43,18 +43,6 @@ void load(const QString& path)
     Bench::keep(&project);
 }
 
-long statusKiB(const char* field)
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return -1;
-    for (const QByteArray& line : status.readAll().split('\n')) {
-        if (line.startsWith(field))
-            return line.mid(int(qstrlen(field))).trimmed().split(' ').first().toLong();
-    }
-    return -1;
-}
-
 // The memory a loaded project holds and the most its save adds, in KiB,
 // measured in a forked child that hands its free heap back first, its
 // peak resident size (VmHWM) reset through clear_refs before the save.
@@ -73,19 +61,19 @@ SaveMemory saveMemory(const QString& path)
         ::close(channel[0]);
         ::malloc_trim(0);
         SaveMemory figures;
-        const long before = statusKiB("VmRSS:");
+        const long before = Bench::statusKiB("VmRSS:");
         QAStProject project(QStringLiteral("big"), QPixmap());
         project.open(path);
         ::malloc_trim(0);
-        const long loaded = statusKiB("VmRSS:");
+        const long loaded = Bench::statusKiB("VmRSS:");
         figures.held = loaded - before;
         QFile clear(QStringLiteral("/proc/self/clear_refs"));
         if (clear.open(QIODevice::WriteOnly))
             clear.write("5");
         clear.close();
-        const long base = statusKiB("VmRSS:");
+        const long base = Bench::statusKiB("VmRSS:");
         project.save();
-        figures.added = statusKiB("VmHWM:") - base;
+        figures.added = Bench::statusKiB("VmHWM:") - base;
         ::write(channel[1], &figures, sizeof figures);
         ::_exit(0);
     }

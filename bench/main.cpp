@@ -28,18 +28,6 @@ std::map<QString, std::function<void(const QStringList&)>>& steps()
     return all;
 }
 
-long statusKiB(const char* field)
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return -1;
-    for (const QByteArray& line : status.readAll().split('\n')) {
-        if (line.startsWith(field))
-            return line.mid(int(qstrlen(field))).trimmed().split(' ').first().toLong();
-    }
-    return -1;
-}
-
 }
 
 StepRegistrar::StepRegistrar(const char* name, std::function<void(const QStringList&)> run)
@@ -57,6 +45,18 @@ long peakOfStepKiB(const QString& name, const QStringList& arguments)
     bool ok = false;
     const long kib = step.readAllStandardOutput().trimmed().toLong(&ok);
     return ok ? kib : -1;
+}
+
+long statusKiB(const char* field)
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return -1;
+    for (const QByteArray& line : status.readAll().split('\n')) {
+        if (line.startsWith(field))
+            return line.mid(int(qstrlen(field))).trimmed().split(' ').first().toLong();
+    }
+    return -1;
 }
 
 Registrar::Registrar(const char* name, std::function<Measure()> prepare)

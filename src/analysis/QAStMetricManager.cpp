@@ -141,6 +141,16 @@ bool QAStMetricManager::hostCanceled() const
     return m_cancelEnabled && host && host->progressWasCanceled();
 }
 
+bool QAStMetricManager::showProgress()
+{
+    if (StudioInterface* host = progressHost())
+        host->setProgressValue(m_index);
+    if (!hostCanceled())
+        return true;
+    canceled();
+    return false;
+}
+
 void QAStMetricManager::pollCancel()
 {
     if (hostCanceled())
@@ -153,12 +163,8 @@ void QAStMetricManager::nextBatch()
 {
     if (!m_inProgress || m_stopping)
         return;
-    if (StudioInterface* host = progressHost())
-        host->setProgressValue(m_index);
-    if (hostCanceled()) {
-        canceled();
+    if (!showProgress())
         return;
-    }
     if (m_index >= m_files.size()) {
         m_state = m_failedFiles.isEmpty();
         finish();
@@ -222,12 +228,8 @@ void QAStMetricManager::fileReported(int index, bool succeeded)
     endFile(succeeded);
     if (!m_inProgress || m_stopping)
         return;
-    if (StudioInterface* host = progressHost())
-        host->setProgressValue(m_index);
-    if (hostCanceled()) {
-        canceled();
+    if (!showProgress())
         return;
-    }
     if (m_index < m_batchEnd)
         startFile();
 }

@@ -129,6 +129,9 @@ private slots:
 
 private:
     bool hostCanceled() const;
+    // Shows the files done as the progress value; false, the run canceled,
+    // when the host was asked to cancel.
+    bool showProgress();
     // Starts the file at m_index: its label and computeFileStarted. False
     // when a receiver stopped the run.
     bool startFile();

@@ -264,14 +264,7 @@ QString QAStAFunctionTag::testedSourceFile() const
 
 QString QAStAFunctionTag::testNodeKind() const
 {
-    switch (QAStFile::languageType(testedSourceFile())) {
-    case QAStFile::LanguageJava:
-        return QStringLiteral("java_testing");
-    case QAStFile::LanguageCpp:
-        return QStringLiteral("object_testing");
-    default:
-        return QStringLiteral("unit_testing");
-    }
+    return testNodeKindOf(QAStFile::languageType(testedSourceFile()));
 }
 
 void QAStAFunctionTag::write(QTextStream& s, int indent) const

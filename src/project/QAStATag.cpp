@@ -206,7 +206,12 @@ bool QAStATag::isARootItem() const
 
 QString QAStATag::testNodeKind() const
 {
-    switch (language()) {
+    return testNodeKindOf(language());
+}
+
+QString QAStATag::testNodeKindOf(int language)
+{
+    switch (language) {
     case QAStFile::LanguageJava:
         return QStringLiteral("java_testing");
     case QAStFile::LanguageCpp:

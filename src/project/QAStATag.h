@@ -157,6 +157,8 @@ protected:
     virtual QString testedSourceFile() const;
     // The test node kind for the tag (see test()).
     virtual QString testNodeKind() const;
+    // The test node kind for a language of QAStFile::languageType.
+    static QString testNodeKindOf(int language);
 
 private:
     QString m_filePath;
