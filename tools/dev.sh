@@ -24,7 +24,7 @@ jobs=$(nproc 2>/dev/null || echo 2)
 packages=(
   build-essential cmake ninja-build pkg-config
   qt6-base-dev qt6-base-dev-tools libgl-dev
-  perl universal-ctags libxml2-utils
+  perl universal-ctags libxml2-utils lcov
   xvfb xauth
   clang libclang-rt-dev llvm
 )
