@@ -5,7 +5,8 @@
 
 #include <memory>
 
-// The benchmarks' large project, generated once per run and saved in a
+// The benchmarks' large project, written once per run by
+// bench/generate_project.pl (not by the library) in a
 // temporary directory: 357 groups of three applications with seven sources
 // each and a unit-testing node with its script and source (10,000 nodes,
 // each owning its "Debug" and "Release" configurations), and 50,000 files

@@ -166,8 +166,7 @@ SDK110_BENCHMARK(splitAgainstAwk, "split: 256 MiB runtime output against awk")
     const QString splitDir = generated->dir.filePath(QStringLiteral("split"));
     const QString awkDir = generated->dir.filePath(QStringLiteral("awk"));
     QDir().mkpath(awkDir);
-    const QString script = QFileInfo(QStringLiteral(__FILE__)).absolutePath()
-        + QStringLiteral("/split.awk");
+    const QString script = QStringLiteral(SDK110_BENCH_SOURCES "/split.awk");
     std::printf("  awk: %s, on the first 256 MiB of the input (a run on 1 GiB takes about"
                 " a minute)\n",
                 qPrintable(awkVersion()));
