@@ -10,7 +10,7 @@
 
 // Loading the installation's settings descriptor into its property tree,
 // against reading the file's bytes alone.
-SDK110_BENCHMARK(descriptorLoad, "settings descriptor: load the installation's descriptor")
+SDK110_BENCHMARK(descriptorLoad, "settings descriptor: load the installation's descriptor against reading the file (no goal)")
 {
     const QString file = QStringLiteral(SDK110_INSTALL_TREE "/korvilprojectsettings.properties");
     const QMap<QString, int> filters = QAStPropertyFilters::table();

@@ -266,7 +266,7 @@ struct Data {
 }
 
 SDK110_BENCHMARK(filtersEvaluate,
-                 "filters: 10 filters of 5 groups of 5 expressions over 1,000,000 tags")
+                 "filters: 10 filters of 5 groups of 5 expressions over 1,000,000 tags against a hand-written loop (goal 1.5x)")
 {
     auto data = std::make_shared<Data>();
     data->tags = makeTags();

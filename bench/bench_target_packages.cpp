@@ -74,7 +74,7 @@ qint64 readIniBytes(const QString& root)
 
 }
 
-SDK110_BENCHMARK(targetPackagesScan, "target packages: scan 200 packages")
+SDK110_BENCHMARK(targetPackagesScan, "target packages: scan 200 packages against listing and reading them (goal 3x)")
 {
     auto dir = std::make_shared<QTemporaryDir>();
     writePackages(dir->path());

@@ -159,7 +159,7 @@ void setUpInstallation()
 
 } // namespace
 
-SDK110_BENCHMARK(walkBuild, "walk: build 200 nodes with drivers that do nothing")
+SDK110_BENCHMARK(walkBuild, "walk: build 200 nodes with drivers that do nothing against a shell loop (goal 1.2x)")
 {
     auto setup = std::make_shared<WalkSetup>();
     setup->hadHome = qEnvironmentVariableIsSet("ZELTAHOME");
@@ -262,7 +262,7 @@ struct SleepSetup {
 
 } // namespace
 
-SDK110_BENCHMARK(walkProcessorTime, "walk: processor time of a synchronous run")
+SDK110_BENCHMARK(walkProcessorTime, "walk: processor time of a synchronous run against a blocking wait (goal 1.2x)")
 {
     setUpInstallation();
     auto setup = std::make_shared<SleepSetup>();

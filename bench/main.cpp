@@ -120,7 +120,8 @@ QString human(double ns)
 
 // Usage: sdk110-bench [substring...]   runs the benchmarks whose name holds
 // one of the given substrings (all without arguments).
-//        sdk110-bench --list            prints the name of every benchmark.
+//        sdk110-bench --list            prints the name of every benchmark: what
+//                                       it measures, its baseline and its goal.
 // Each side is timed on the wall clock and in processor time (its own and
 // that of the programs it ran), the medians of its runs side by side.
 int main(int argc, char** argv)
@@ -138,7 +139,11 @@ int main(int argc, char** argv)
                "one). Each times its subject and a baseline on the same input, alternating\n"
                "them, and prints the medians in wall and processor time (its own and that\n"
                "of the programs it ran) and the ratio against its target. Exit status 1\n"
-               "when a benchmark is over its target. --list prints every name.\n";
+               "when a benchmark is over its target.\n\n"
+               "--list prints every benchmark's name, which says what it measures, against\n"
+               "which baseline and its goal. --step NAME ARGS runs one step of a benchmark\n"
+               "alone and prints how far it raised the peak resident size, in KiB.\n"
+               "SDK110_BENCH_KEEP=1 keeps the generated large project for a profiler.\n";
         return 0;
     }
     if (filters.size() >= 2 && filters.first() == QLatin1String("--step")) {
