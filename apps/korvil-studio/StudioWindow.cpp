@@ -6,23 +6,32 @@
 #include "QAProcess.h"
 #include "QAStATag.h"
 #include "QAStConfiguration.h"
+#include "QAStCoverageView.h"
 #include "QAStData.h"
 #include "QAStDataUndoActionManager.h"
 #include "QAStFile.h"
+#include "QASTSplitSurvey.h"
 #include "QAStFileAnalyse.h"
+#include "QAStMemoryView.h"
 #include "QAStNode.h"
+#include "QAStNodeTest.h"
 #include "QAStObjectManager.h"
 #include "QAStOutputWidget.h"
+#include "QAStProfileView.h"
 #include "QAStProject.h"
 #include "QAStProjectImport.h"
 #include "QAStProjectSetup.h"
+#include "QASTSplitSurvey.h"
+#include "QAStResultsView.h"
 #include "QATagFiltersMgr.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QComboBox>
+#include <QDockWidget>
 #include <QDir>
+#include <QDockWidget>
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -89,6 +98,8 @@ StudioWindow::StudioWindow(QWidget* parent) : QMainWindow(parent)
     QAStData::initialize(this);
     QAStProject::setModeBatch(false);
     createParts();
+    createResultDocks();
+    createCoverageDock();
     createActions();
     createMenus();
     if (!QAStConfiguration::initialize(this, nullptr))
@@ -184,6 +195,63 @@ void StudioWindow::createParts()
     m_configChooser->setMinimumContentsLength(10);
     connect(m_configChooser, &QComboBox::activated, this,
             [this](int index) { setCurrentConfiguration(m_configChooser->itemText(index)); });
+}
+
+QDockWidget* StudioWindow::addResultDock(const char* objectName, const QString& title, QWidget* view)
+{
+    auto* dock = new QDockWidget(title, this);
+    dock->setObjectName(QLatin1String(objectName));
+    dock->setWidget(view);
+    addDockWidget(Qt::BottomDockWidgetArea, dock);
+    return dock;
+}
+
+// The results, profile and memory docks, tabbed at the bottom.
+void StudioWindow::createResultDocks()
+{
+    m_resultsView = new QAStResultsView;
+    m_profileView = new QAStProfileView;
+    m_memoryView = new QAStMemoryView;
+    QDockWidget* results = addResultDock("resultsDock", tr("Test results"), m_resultsView);
+    QDockWidget* profile = addResultDock("profileDock", tr("Performance profile"), m_profileView);
+    QDockWidget* memory = addResultDock("memoryDock", tr("Memory profile"), m_memoryView);
+    tabifyDockWidget(results, profile);
+    tabifyDockWidget(profile, memory);
+    results->raise();
+}
+
+void StudioWindow::showResultsOf(QAStNodeTest* test)
+{
+    const QStringList files = test ? test->runtimeResultFiles() : QStringList();
+    m_shownTest = files.isEmpty() ? nullptr : test;
+    if (files.isEmpty()) {
+        m_resultsView->follow(QString(), QString());
+        m_profileView->follow(QString());
+        m_memoryView->follow(QString());
+        return;
+    }
+    m_resultsView->follow(files.at(QASTSplitSurvey::Results), files.at(QASTSplitSurvey::EndOfTest));
+    m_profileView->follow(files.at(QASTSplitSurvey::PerformanceProfile));
+    m_memoryView->follow(files.at(QASTSplitSurvey::MemoryProfile));
+}
+
+void StudioWindow::followRunsBelow(QAStNode* node)
+{
+    QList<QAStData*> nodes{node};
+    nodes += node->childrenOfClass("QAStNodeTest", true);
+    auto invoked = std::make_shared<QList<QMetaObject::Connection>>();
+    for (QAStData* item : nodes) {
+        if (auto* test = qobject_cast<QAStNodeTest*>(item))
+            invoked->append(connect(test, &QAStNode::buildExecuteInvoked, this, [this, test] { showResultsOf(test); }));
+    }
+    connect(node, &QAStNode::buildExecuteFinished, this, [this, invoked] {
+        for (const QMetaObject::Connection& connection : std::as_const(*invoked))
+            disconnect(connection);
+        // The last lines of the run, without waiting for a tick.
+        m_resultsView->poll();
+        m_profileView->poll();
+        m_memoryView->poll();
+    }, Qt::SingleShotConnection);
 }
 
 QAction* StudioWindow::newAction(const char* objectName, const QString& text,
@@ -452,6 +520,7 @@ void StudioWindow::showProject()
     const QString dir = project ? project->directory() : QString();
     m_output->setBaseDirectory(dir);
     m_messages->setBaseDirectory(dir);
+    m_coverage->setBaseDirectory(dir);
     fillConfigurationChooser();
     applyTagFilters();
     selectionChanged(m_tree->currentData());
@@ -517,7 +586,9 @@ void StudioWindow::dropProject()
     QAProcess::killAll();
     m_tree->setProject(nullptr);
     m_sheet->setNode(nullptr);
+    showResultsOf(nullptr);
     m_tagBrowser->setProject(nullptr);
+    m_coverage->setFile(QString());
     m_project.reset();
     // The entries would name items of the project gone.
     QAStData::undoManager()->clear();
@@ -586,6 +657,9 @@ QAStNode* StudioWindow::selectedNode() const
 void StudioWindow::selectionChanged(QAStData* data)
 {
     m_sheet->setNode(qobject_cast<QAStNode*>(data));
+    showCoverageOf(qobject_cast<QAStNode*>(data));
+    if (auto* test = qobject_cast<QAStNodeTest*>(data))
+        showResultsOf(test);
     rebuildAddMenu();
     updateActions();
 }
@@ -774,10 +848,13 @@ bool StudioWindow::startWalk(void (QAStNode::*command)(), const QString& what)
                               .arg(guard->name(), what,
                                    guard->walkSucceeded() ? ProjectTree::succeededText()
                                                           : ProjectTree::failedText()));
+        if (guard)
+            showCoverageOf(guard);
         // The walk pointed the shared descriptor at other configurations.
         m_sheet->refresh();
         updateActions();
     });
+    followRunsBelow(node);
     (node->*command)();
     updateActions();
     return true;
@@ -864,6 +941,43 @@ void StudioWindow::setCurrentConfiguration(const QString& name)
     m_sheet->setNode(selectedNode());
     setModified(true);
     statusMessage(tr("Configuration %1 in use").arg(name));
+}
+
+// --- coverage
+
+void StudioWindow::createCoverageDock()
+{
+    m_coverage = new QAStCoverageView;
+    connect(m_coverage, &QAStCoverageView::sourceRequested, this, [this](const QString& file, int line) {
+        editFile(file, line);
+        m_coverage->markLines(editorOf(file), file);
+    });
+    // Beside the result docks, in their tabs.
+    QDockWidget* results = findChild<QDockWidget*>(QStringLiteral("memoryDock"));
+    QDockWidget* dock = addResultDock("coverageDock", tr("Coverage"), m_coverage);
+    if (results)
+        tabifyDockWidget(results, dock);
+}
+
+void StudioWindow::showCoverageOf(QAStNode* node)
+{
+    if (!node)
+        return;
+    // A test node's own file; for a node above them, the first test node
+    // below it that has one.
+    QList<QAStNodeTest*> tests;
+    if (auto* test = qobject_cast<QAStNodeTest*>(node))
+        tests.append(test);
+    else
+        for (QAStData* item : node->childrenOfClass("QAStNodeTest", true))
+            tests.append(static_cast<QAStNodeTest*>(item));
+    for (const QAStNodeTest* test : tests) {
+        const QString file = test->runtimeResultFiles().value(QASTSplitSurvey::Coverage);
+        if (QFileInfo(file).size() > 0 || test == node) {
+            m_coverage->setFile(file);
+            return;
+        }
+    }
 }
 
 // --- editor tabs

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "QAStNodeTest.h"
 #include "StudioInterface.h"
 
 #include <QMainWindow>
@@ -11,14 +12,19 @@
 class PropertySheet;
 class ProjectTree;
 class QAction;
+class QAStCoverageView;
 class QAStData;
 class QAStFileAnalyse;
+class QAStMemoryView;
 class QAStNode;
+class QAStProfileView;
+class QAStResultsView;
 class QAStObjectManager;
 class QAStOutputWidget;
 class QAStProject;
 class QATagFiltersMgr;
 class QComboBox;
+class QDockWidget;
 class QMenu;
 class QPlainTextEdit;
 class QProgressDialog;
@@ -137,9 +143,18 @@ public:
     QAStOutputWidget* console(int console) const;
     QTabWidget* editorTabs() const { return m_editors; }
     QAStObjectManager* tagBrowser() const { return m_tagBrowser; }
+    // The coverage of the selected test node, or of the last run.
+    QAStCoverageView* coverageView() const { return m_coverage; }
     QComboBox* tagLayoutChooser() const { return m_layoutChooser; }
     QComboBox* configurationChooser() const { return m_configChooser; }
     QATagFiltersMgr* tagFilters() const { return m_tagFilters; }
+    // The docked views of a test node's last run: its results, its
+    // performance and memory profiles, following the node's result files.
+    QAStResultsView* resultsView() const { return m_resultsView; }
+    QAStProfileView* profileView() const { return m_profileView; }
+    QAStMemoryView* memoryView() const { return m_memoryView; }
+    // The test node whose result files the docks show; null when none.
+    QAStNodeTest* shownTestNode() const { return m_shownTest; }
     // The add menu of the selected node, rebuilt on each selection.
     QMenu* addMenu() const { return m_addMenu; }
     QAction* action(const QString& objectName) const;
@@ -178,6 +193,16 @@ protected:
 
 private:
     void createParts();
+    void createCoverageDock();
+    // Shows the coverage file of node, or of the first test node below it
+    // that has one.
+    void showCoverageOf(QAStNode* node);
+    QDockWidget* addResultDock(const char* objectName, const QString& title, QWidget* view);
+    void createResultDocks();
+    // Points the docks at the result files of test (none when null).
+    void showResultsOf(QAStNodeTest* test);
+    // During a walk from node, the docks follow each test node it runs.
+    void followRunsBelow(QAStNode* node);
     void createActions();
     void createMenus();
     QAction* newAction(const char* objectName, const QString& text, const QKeySequence& shortcut,
@@ -214,6 +239,7 @@ private:
     QAStOutputWidget* m_output = nullptr;
     QAStOutputWidget* m_messages = nullptr;
     QAStObjectManager* m_tagBrowser = nullptr;
+    QAStCoverageView* m_coverage = nullptr;
     QComboBox* m_layoutChooser = nullptr;
     QComboBox* m_configChooser = nullptr;
     QATagFiltersMgr* m_tagFilters = nullptr;
@@ -222,4 +248,8 @@ private:
     QMenu* m_recentMenu = nullptr;
     QPointer<QProgressDialog> m_progress;
     QPointer<QAStFileAnalyse> m_analyse;
+    QAStResultsView* m_resultsView = nullptr;
+    QAStProfileView* m_profileView = nullptr;
+    QAStMemoryView* m_memoryView = nullptr;
+    QPointer<QAStNodeTest> m_shownTest;
 };

@@ -168,12 +168,6 @@ QAStNode* findNode(QAStProject& project, const QString& name)
     return qobject_cast<QAStNode*>(project.findNode(name));
 }
 
-namespace {
-
-// --- the project
-
-// Makes name the current configuration of every node; false when the
-// project has no configuration of that name.
 bool useConfiguration(QAStProject& project, const QString& name)
 {
     if (name.isEmpty())
@@ -188,6 +182,8 @@ bool useConfiguration(QAStProject& project, const QString& name)
         static_cast<QAStNode*>(item)->setCurrentConfigurationName(name);
     return true;
 }
+
+namespace {
 
 // "application" for QAStNodeApplication, "sub-project" for QAStSubProject.
 QString kindWord(const QAStData* item)
@@ -360,11 +356,13 @@ int walk(QCommandLineParser& parser, CommandLineStudio& studio, const char* verb
         QObject::disconnect(walked, &QAStNode::buildExecuteInvoked, walked, nullptr);
     if (listResults)
         printResultFiles(executed);
+    const bool junitWritten = !listResults || !parser.isSet(junitOption()) ||
+                              writeJUnit(executed, parser.value(junitOption()));
     if (!node->walkSucceeded()) {
         err(QStringLiteral("%1: %2 of \"%3\" failed").arg(args.value(0), QLatin1String(verb), node->name()));
         return Failure;
     }
-    return Success;
+    return junitWritten ? Success : Failure;
 }
 
 int save(QCommandLineParser& parser, CommandLineStudio& studio)
@@ -418,14 +416,18 @@ const QList<Command>& commands()
         {"execute", "PROJECT [NODE]", "Execute the test nodes of a node.",
          "The runtime output of each test is split into its result files while it runs;\n"
          "at the end the result files of every executed test node are listed with their\n"
-         "line counts.\n",
+         "line counts. --junit FILE writes their results as JUnit XML, also when tests\n"
+         "failed; the exit status stays that of the run.\n",
          [](QCommandLineParser& p) {
              p.addOption(configOption);
              p.addOption(debugOption);
+             p.addOption(junitOption());
          },
          [](QCommandLineParser& p, CommandLineStudio& s) {
              return walk(p, s, "execute", p.isSet(debugOption) ? &QAStNode::debug : &QAStNode::execute, true);
          }},
+        {"report", "WHAT PROJECT [NODE]", "Report what the last run of test nodes left in their result files.",
+         reportDetails(), reportOptions, report},
         {"clean", "PROJECT [NODE]", "Remove what a build and a run of a node made.", "",
          [](QCommandLineParser& p) { p.addOption(configOption); },
          [](QCommandLineParser& p, CommandLineStudio& s) { return walk(p, s, "clean", &QAStNode::clean); }},
@@ -522,6 +524,8 @@ QString argumentHelp(const QString& command, const QString& word)
         return QStringLiteral("The runtime output to split.");
     if (word == QLatin1String("FILE") && command.startsWith(QLatin1String("add")))
         return QStringLiteral("A file or a directory.");
+    if (word == QLatin1String("WHAT"))
+        return QStringLiteral("The report, one of those below.");
     if (word == QLatin1String("KIND"))
         return QStringLiteral("The kind of the node: application, library, group, source, ...");
     if (word == QLatin1String("NAME"))

@@ -7,7 +7,9 @@
 class CommandLineStudio;
 class QAStFile;
 class QAStNode;
+class QAStNodeTest;
 class QAStProject;
+class QCommandLineOption;
 class QCommandLineParser;
 
 // The commands of the command-line tool. Exit status: 0 success, 1 a failed
@@ -39,6 +41,10 @@ std::unique_ptr<QAStProject> load(const QString& path);
 // or a name found anywhere (the first, depth first). The project itself
 // when name is empty; null when none is so named.
 QAStNode* findNode(QAStProject& project, const QString& name);
+
+// Makes name the current configuration of every node; false, told on
+// standard error, when the project has no configuration of that name.
+bool useConfiguration(QAStProject& project, const QString& name);
 
 // Whether path names a project file (by its first lines, else by the
 // extension ".rtp" or ".rtt").
@@ -84,5 +90,17 @@ int import(QCommandLineParser& parser, CommandLineStudio& studio);
 void settingOptions(QCommandLineParser& parser);
 int set(QCommandLineParser& parser, CommandLineStudio& studio);
 int get(QCommandLineParser& parser, CommandLineStudio& studio);
+void reportOptions(QCommandLineParser& parser);
+int report(QCommandLineParser& parser, CommandLineStudio& studio);
+// The help text after report's options: its WHATs.
+const char* reportDetails();
+// execute's --junit FILE, and the writing of that file for the test nodes
+// executed; false, told on standard error, when it cannot be written.
+const QCommandLineOption& junitOption();
+bool writeJUnit(const QList<QAStNodeTest*>& tests, const QString& file);
+// The coverage of the test nodes' last runs, a WHAT of report; its options
+// --lcov FILE and --cobertura FILE.
+void coverageReportOptions(QCommandLineParser& parser);
+int reportCoverage(const QList<QAStNodeTest*>& tests, const QCommandLineParser& parser);
 
 }

@@ -6,6 +6,9 @@
 #include "TestPaths.h"
 
 #include <QDirIterator>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
@@ -158,7 +161,7 @@ private slots:
         const Run tool = korvil({"--help"});
         QCOMPARE(tool.status, 0);
         for (const char* name : {"info", "env", "build", "rebuild", "execute", "clean", "save", "tags", "metrics",
-                                 "split", "new", "add", "add-files", "import", "set", "get"}) {
+                                 "split", "new", "add", "add-files", "import", "set", "get", "report"}) {
             const QString command = QLatin1String(name);
             QVERIFY2(tool.out.contains(u"\n  %1 "_s.arg(command)), name);
             const Run own = korvil({command, "--help"});
@@ -284,6 +287,111 @@ private slots:
             }
             QVERIFY2(withLines > 0, node);
         }
+    }
+
+    // The coverage of the run above: each file and function of the unit
+    // test with its lines, branches and functions, the totals, and the
+    // lcov and Cobertura files; an unknown report names the known ones.
+    void reportCoverage()
+    {
+        SKIP_WITHOUT("gcc", "perl", "gcov");
+        const Run report = korvil({"report", "coverage", "calculator.rtp", "Unit tests", "--lcov", "cov.info",
+                                   "--cobertura", "cov.xml"});
+        QVERIFY2(report.status == 0, qPrintable(report.out + report.err));
+        QVERIFY2(report.err.isEmpty(), qPrintable(report.err));
+        QVERIFY(report.out.startsWith(u"Coverage of \"Unit tests\": build/results/Unit tests.tio\n"_s));
+        const QRegularExpression counts(u"^ +(\\S+) +(\\d+)/(\\d+) +([\\d.]+) % "_s);
+        const QString calc = lineStarting(report.out, u"src/calc.c"_s);
+        const QRegularExpressionMatch m = counts.match(calc);
+        QVERIFY2(m.hasMatch(), qPrintable(report.out));
+        QVERIFY(m.captured(2).toInt() > 0 && m.captured(2).toInt() <= m.captured(3).toInt());
+        QVERIFY(!lineStarting(report.out, u"calc_evaluate"_s).isEmpty());
+        QVERIFY(counts.match(lineStarting(report.out, u"Total"_s)).hasMatch());
+        const QByteArray lcov = TestFiles::readFile(path("cov.info"));
+        QVERIFY(lcov.startsWith("TN:Unit_tests\nSF:/"));
+        QVERIFY(lcov.contains("/src/calc.c\n"));
+        QVERIFY(TestFiles::readFile(path("cov.xml")).contains("<coverage "));
+
+        // The whole project: the unit test is the one test node with coverage.
+        const Run all = korvil({"report", "coverage", "calculator.rtp"});
+        QCOMPARE(all.status, 0);
+        QVERIFY(all.out.contains(u"src/calc.c"_s));
+
+        const Run unknown = korvil({"report", "nothing", "calculator.rtp"});
+        QCOMPARE(unknown.status, 2);
+        QVERIFY2(unknown.err.contains(u"one of: coverage"_s), qPrintable(unknown.err));
+        QVERIFY(messageLayoutFault(unknown.err).isEmpty());
+    }
+
+    // A run of the example's unit test with a failing check: --junit
+    // writes a JUnit file that the schema accepts and that names the
+    // check, the run's status stays a failure; the reports read the
+    // run's result files back, and the trace becomes a trace-event file
+    // with one event per call entered.
+    void reportsOfARun()
+    {
+        SKIP_WITHOUT("gcc", "perl", "xmllint");
+        QTemporaryDir dir;
+        TestFiles::copyTree(TestPaths::sourceDir() + u"/examples/calculator"_s, dir.path());
+        const QString test = dir.filePath(u"tests/unit/test_calc.c"_s);
+        QByteArray source = TestFiles::readFile(test);
+        QVERIFY(source.contains("check_evaluate(\"2 + 3\", CALC_OK, 5);"));
+        source.replace("check_evaluate(\"2 + 3\", CALC_OK, 5);", "check_evaluate(\"2 + 3\", CALC_OK, 6);");
+        TestFiles::writeFile(test, source);
+        const auto tool = [&](const QStringList& arguments) { return korvil(arguments, dir.path()); };
+        QCOMPARE(tool({"set", "calculator.rtp", "Unit tests", "arguments", "--", "--rounds", "1"}).status, 0);
+        const Run build = tool({"build", "calculator.rtp", "Unit tests"});
+        QVERIFY2(build.status == 0, qPrintable(build.out + build.err));
+
+        const Run execute = tool({"execute", "calculator.rtp", "Unit tests", "--junit", "out/junit.xml"});
+        QVERIFY2(execute.status == 1, qPrintable(execute.out + execute.err));
+        const QString junit = dir.filePath(u"out/junit.xml"_s);
+        QProcess lint;
+        lint.start(u"xmllint"_s, {u"--noout"_s, u"--schema"_s, QStringLiteral(SDK110_TEST_DATA "/junit/junit.xsd"), junit});
+        QVERIFY(lint.waitForFinished(60000));
+        QVERIFY2(lint.exitCode() == 0, lint.readAllStandardError().constData());
+        const QByteArray xml = TestFiles::readFile(junit);
+        QVERIFY2(xml.contains("<testsuite name=\"Unit tests\""), xml.constData());
+        QVERIFY2(xml.contains("<testcase name=\"&quot;2 + 3&quot; gave ok 5, expected ok 6\" classname=\"Unit tests\""),
+                 xml.constData());
+        QVERIFY(xml.contains("failures=\"1\""));
+
+        const Run results = tool({"report", "results", "calculator.rtp", "Unit tests"});
+        QCOMPARE(results.status, 1);
+        QVERIFY2(results.out.startsWith(u"Unit tests: FAILED, 1 test(s), 1 check(s): 0 passed, 1 failed\n"_s),
+                 qPrintable(results.out));
+        QVERIFY(results.out.contains(u"    failed: \"2 + 3\" gave ok 5, expected ok 6\n"_s));
+        QVERIFY(results.out.endsWith(u"Total: 1 test node(s), 0 passed, 1 failed; 1 check(s), 1 failed\n"_s));
+        QCOMPARE(results.err, QString());
+
+        const Run profile = tool({"report", "profile", "calculator.rtp", "Unit tests"});
+        QVERIFY2(profile.status == 0, qPrintable(profile.err));
+        QVERIFY2(QRegularExpression(u"\n +\\d+ us +[\\d.]+ +\\d+ us +16 +\\d+ us  calc_evaluate\n"_s).match(profile.out).hasMatch(),
+                 qPrintable(profile.out));
+        QVERIFY(profile.out.contains(u" us  main\n"_s));
+
+        const Run memory = tool({"report", "memory", "calculator.rtp", "Unit tests"});
+        QVERIFY2(memory.status == 0, qPrintable(memory.err));
+        QVERIFY2(memory.out.contains(u": 16 allocation(s), 16 free(s), "_s), qPrintable(memory.out));
+        QVERIFY(memory.out.contains(u"0 block(s) not freed, 0 byte(s)\n"_s));
+
+        const Run trace = tool({"report", "trace", "calculator.rtp", "Unit tests", "--chrome", "out/trace.json"});
+        QVERIFY2(trace.status == 0, qPrintable(trace.err));
+        QJsonParseError error;
+        const QJsonDocument json = QJsonDocument::fromJson(TestFiles::readFile(dir.filePath(u"out/trace.json"_s)), &error);
+        QVERIFY2(error.error == QJsonParseError::NoError, qPrintable(error.errorString()));
+        int calls = 0;
+        for (const QJsonValue& event : json.object().value(u"traceEvents"_s).toArray())
+            calls += event.toObject().value(u"ph"_s) == u"X"_s;
+        int entries = 0;
+        for (const QByteArray& line : TestFiles::readFile(dir.filePath(u"build/results/Unit tests.tdf"_s)).split('\n'))
+            entries += line.startsWith("ME ");
+        QVERIFY(entries > 16);
+        QCOMPARE(calls, entries);
+
+        const Run unknown = tool({"report", "speed", "calculator.rtp"});
+        QCOMPARE(unknown.status, 2);
+        QVERIFY(unknown.err.contains(u"unknown report \"speed\" (one of: coverage, results, profile, memory, trace"_s));
     }
 
     // A second save of a saved project writes the same bytes, project file

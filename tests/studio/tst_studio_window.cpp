@@ -8,8 +8,13 @@
 
 #include "QAPropertyTextWidget.h"
 #include "QAStConfiguration.h"
+#include "QAStCoverageView.h"
 #include "QAStData.h"
 #include "QAStFile.h"
+#include "QAStMemoryView.h"
+#include "QAStNodeTest.h"
+#include "QAStProfileView.h"
+#include "QAStResultsView.h"
 #include "QAStObjectManager.h"
 #include "QAStOutputWidget.h"
 #include "QAStRootFolder.h"
@@ -21,6 +26,7 @@
 
 #include <QApplication>
 #include <QComboBox>
+#include <QDockWidget>
 #include <QInputDialog>
 #include <QLineEdit>
 #include <QMenu>
@@ -521,6 +527,96 @@ private slots:
         QCOMPARE(nodes, QStringList{u"QAStNodeApplication:tool"_s});
         QTRY_VERIFY(row(tree(), u"greet.c"_s));
         QVERIFY(!m_window->isModified());
+    }
+
+    // The example's unit test, run above with coverage: selecting it shows
+    // its files and functions with their coverage, coloured by it; a double
+    // click opens the source with the lines that ran and those that did
+    // not marked.
+    void coverageViewShowsTheRun()
+    {
+        SKIP_WITHOUT("gcc", "perl", "gcov");
+        if (m_window->project() && m_window->isModified())
+            m_boxes->click(QMessageBox::Discard);
+        QVERIFY(m_window->openProject(path(u"calculator.rtp"_s)));
+        QVERIFY(select(u"Unit tests"_s));
+        QAStCoverageView* view = m_window->coverageView();
+        QVERIFY(view->isVisible());
+        QCOMPARE(view->file(), path(u"build/results/Unit tests.tio"_s));
+        QVERIFY(view->report().hasLineCoverage());
+        QTreeWidgetItem* calc = row(view, u"src/calc.c"_s);
+        QVERIFY(calc);
+        QVERIFY(calc->text(QAStCoverageView::LinesColumn).contains(u'%'));
+        QVERIFY(calc->background(QAStCoverageView::LinesColumn).color().isValid());
+        QTreeWidgetItem* evaluate = row(view, u"calc_evaluate"_s);
+        QVERIFY(evaluate && evaluate->parent() == calc);
+        QVERIFY(row(view, u"Total"_s));
+        QCOMPARE(QAStCoverageView::colourOf(1, 4), QColor(0xf4, 0xb6, 0xb0));
+        QCOMPARE(QAStCoverageView::colourOf(3, 5), QColor(0xf8, 0xd8, 0x8c));
+        QCOMPARE(QAStCoverageView::colourOf(4, 5), QColor(0xb8, 0xe6, 0xb0));
+
+        emit view->itemDoubleClicked(evaluate, 0);
+        QPlainTextEdit* editor = m_window->editorOf(path(u"src/calc.c"_s));
+        QVERIFY(editor);
+        const QAStCoverageReport::File* file = view->report().file(path(u"src/calc.c"_s));
+        QVERIFY(file);
+        const QList<QTextEdit::ExtraSelection> marks = editor->extraSelections();
+        QCOMPARE(marks.size(), int(file->lines.size()));
+        QSet<QRgb> colours;
+        for (const QTextEdit::ExtraSelection& mark : marks)
+            colours.insert(mark.format.background().color().rgb());
+        QCOMPARE(colours.size(), file->counts.linesHit < file->counts.lines ? 2 : 1);
+        QCOMPARE(editor->textCursor().blockNumber() + 1, evaluate->data(0, QAStCoverageView::LineRole).toInt());
+    }
+
+    // The docks show the results of the test node selected: the example's
+    // unit test as the run above left them, its functions' profile and
+    // its memory counts; they follow the files as a new run empties and
+    // fills them.
+    void resultDocksFollowTheSelectedTest()
+    {
+        SKIP_WITHOUT("gcc", "perl");
+        if (m_window->project() && m_window->isModified())
+            m_boxes->click(QMessageBox::Discard);
+        QVERIFY(m_window->openProject(path(u"calculator.rtp"_s)));
+        for (const char* dock : {"resultsDock", "profileDock", "memoryDock"})
+            QVERIFY2(m_window->findChild<QDockWidget*>(QLatin1String(dock)), dock);
+        QVERIFY(m_window->resultsView()->summaryText().startsWith(u"No test run selected"_s));
+
+        auto* unit = qobject_cast<QAStNodeTest*>(select(u"Unit tests"_s));
+        QVERIFY(unit);
+        QCOMPARE(m_window->shownTestNode(), unit);
+        const QStringList files = unit->runtimeResultFiles();
+        QVERIFY2(QFileInfo::exists(files.at(0)), "the unit test was executed above");
+        QAStResultsView* results = m_window->resultsView();
+        QCOMPARE(results->fileName(), files.at(0));
+        QTreeWidgetItem* test = results->table()->topLevelItem(0);
+        QVERIFY(test);
+        QCOMPARE(test->text(0), u"Unit tests"_s);
+        QCOMPARE(test->text(1), u"passed"_s);
+        QVERIFY2(results->summaryText().startsWith(u"1 test(s): 1 passed, 0 failed; the run ended with status 0"_s),
+                 qPrintable(results->summaryText()));
+        QVERIFY(row(m_window->profileView()->table(), u"calc_evaluate"_s));
+        QVERIFY(m_window->memoryView()->summaryText().contains(u"0 block(s) not freed"_s));
+
+        // A new run empties the file, then writes its records.
+        TestFiles::writeFile(files.at(0), QByteArray());
+        results->poll();
+        QCOMPARE(results->table()->topLevelItemCount(), 0);
+        QFile rio(files.at(0));
+        QVERIFY(rio.open(QIODevice::Append));
+        rio.write("BT \"Unit tests\" \"2026-01-02 03:04:05\" \"test_calc\"\n"
+                  "FL \"tests/unit/test_calc.c:68:add:FAIL: 2 + 3\"\n");
+        rio.close();
+        results->poll();
+        QCOMPARE(results->table()->topLevelItem(0)->text(1), u"running"_s);
+        QTreeWidgetItem* check = results->table()->topLevelItem(0)->child(0);
+        QVERIFY(check);
+        QCOMPARE(check->text(0), u"add"_s);
+        QCOMPARE(check->text(2), u"tests/unit/test_calc.c:68"_s);
+
+        select(u"libcalc"_s); // no test node: the docks keep the last one
+        QCOMPARE(m_window->shownTestNode(), unit);
     }
 };
 

@@ -18,6 +18,7 @@ use lib "$FindBin::RealBin/../lib/perl";
 use File::Spec;
 use Korvil::Driver;
 use Korvil::Env;
+use Korvil::Gcov;
 use Korvil::Make;
 use Korvil::Package;
 use Korvil::Run;
@@ -71,12 +72,13 @@ sub harness {
 # p: the sources are instrumented by the compiler itself (t) and the
 # runtime joins the program at the link (l); this step tells what is asked.
 sub prepare {
-    my @asked = analyses($d->env);
+    my @asked = map { $ANALYSES{$_}{name} } analyses($d->env);
+    push(@asked, 'line and branch coverage') if Korvil::Gcov::wanted($d->env);
     if (!@asked) {
         $d->verbose_info($d->name . ': source preparation skipped: no runtime analysis asked');
         return;
     }
-    $d->verbose_info($d->name . ': instrumented for ' . join(', ', map { $ANALYSES{$_}{name} } @asked));
+    $d->verbose_info($d->name . ': instrumented for ' . join(', ', @asked));
 }
 
 # t: a source node alone compiles its file; a node that links compiles the
@@ -284,7 +286,8 @@ sub make_library {
     my @command;
     if ($dllext ne '' && substr($library, -length($dllext)) eq $dllext) {
         $d->guard(sub { @command = $package->linker });
-        push(@command, package_words($package, 'DLLFLAGS'), option_words($d->env, 'LDFLAGS'), '-o', $library,
+        push(@command, package_words($package, 'DLLFLAGS'), option_words($d->env, 'LDFLAGS'),
+             (Korvil::Gcov::wanted($d->env) ? Korvil::Gcov::options() : ()), '-o', $library,
              @objects, $d->list('ADDITIONAL_LIBRARIES'), library_dir_options(),
              option_words($d->env, 'LIBRARIES'), package_words($package, 'DEFAULT_LIBS'));
         make_product($library, "making the library $library", \@command, [@objects, library_inputs()]);
@@ -330,21 +333,27 @@ sub analyses {
 # Compiler options of an instrumented source: the entry and exit hooks of
 # every function feed coverage, trace and performance profile. Functions
 # of the compiler's own headers (the package's DEFAULT_INCLUDE_PATHS:
-# inline library code such as C++ templates) are left alone.
+# inline library code such as C++ templates) are left alone. The coverage
+# of blocks or conditions adds the compiler's own counters.
 sub instrumentation_options {
     my ($env, $package) = @_;
-    return () unless grep { $_ ne 'memory' } analyses($env);
-    my @options = ('-finstrument-functions');
-    my @system = grep { $_ ne '' && !/,/ } $package->list('DEFAULT_INCLUDE_PATHS');
-    push(@options, '-finstrument-functions-exclude-file-list=' . join(',', @system)) if @system;
+    my @options;
+    if (grep { $_ ne 'memory' } analyses($env)) {
+        push(@options, '-finstrument-functions');
+        my @system = grep { $_ ne '' && !/,/ } $package->list('DEFAULT_INCLUDE_PATHS');
+        push(@options, '-finstrument-functions-exclude-file-list=' . join(',', @system)) if @system;
+    }
+    push(@options, Korvil::Gcov::options()) if Korvil::Gcov::wanted($env);
     return @options;
 }
 
 # Linker options: the memory profile sees the program's allocations
-# through the wrapped functions.
+# through the wrapped functions; the compiler's counters need its library.
 sub runtime_link_options {
-    return () unless grep { $_ eq 'memory' } analyses($d->env);
-    return ('-Wl,' . join(',', map { "--wrap=$_" } @WRAPPED));
+    my @options;
+    push(@options, '-Wl,' . join(',', map { "--wrap=$_" } @WRAPPED)) if grep { $_ eq 'memory' } analyses($d->env);
+    push(@options, Korvil::Gcov::options()) if Korvil::Gcov::wanted($d->env);
+    return @options;
 }
 
 # The runtime of the installation (Common/runtime/korvilrt.c), compiled

@@ -17,6 +17,7 @@ use File::Basename qw(dirname);
 use File::Path qw(remove_tree);
 use File::Spec;
 use Korvil::Driver;
+use Korvil::Gcov;
 use Korvil::Make;
 
 my $d = Korvil::Driver->start('Clean', @ARGV);
@@ -41,7 +42,7 @@ if ($kind eq 'source') {
     $object = $d->object_of($d->get('FILENAME')) if $object eq '' && $d->get('FILENAME') ne '';
     if ($object ne '') {
         product($object);
-        push(@files, "$object.d");
+        push(@files, "$object.d", Korvil::Gcov::notes_file($object), Korvil::Gcov::counter_file($object));
     }
 }
 # A node that links keeps every object it compiled (and its runtime

@@ -13,9 +13,11 @@ use warnings;
 # The modules beside the scripts, also when -I was not given.
 use FindBin;
 use lib "$FindBin::RealBin/../lib/perl";
+use Cwd qw(realpath);
 use File::Basename qw(basename);
 use File::Spec;
 use Korvil::Driver;
+use Korvil::Gcov;
 use Korvil::Records;
 use Korvil::Run;
 
@@ -65,8 +67,12 @@ sub execute {
     $d->fail($@ =~ s/\s+$//r) unless $records;
     # The instrumentation runtime of the program appends its records there.
     local $ENV{ATL_OUT_FILE} = File::Spec->rel2abs($file);
+    my @counted = counted_objects();
+    print STDERR $d->name . ": cannot remove the counters of the last run: $_\n"
+        for Korvil::Gcov::remove_counters(@counted);
     my @failures;
     my $first_code = 0;
+    my $pid;
     for my $run (@runs) {
         my ($test, $path, $command) = @$run;
         $records->begin_test($test, $path);
@@ -78,6 +84,7 @@ sub execute {
             $d->info(Korvil::Run::command_text(@$command));
             $status = Korvil::Run::run_streamed($command, sub { $records->line(@_) });
         }
+        $pid = $status->{pid};
         my $code = Korvil::Run::status_code($status);
         $records->end_test($code);
         next if $code == 0;
@@ -88,6 +95,7 @@ sub execute {
                 :                             "failed with status $status->{exit}";
         push(@failures, "$what $how");
     }
+    record_counters($records, $runs[0][1], $pid, @counted) if @counted;
     $records->end_run($d->name, $first_code);
     return unless @failures;
     # The failure ends the run, after the report: one failure is told as it
@@ -99,6 +107,38 @@ sub execute {
         $d->defer_failure(scalar(@failures) . ' of ' . scalar(@runs) . ' system-testing scripts failed',
                           $first_code);
     }
+}
+
+# The objects of a program built with the compiler's coverage counters:
+# its sources' and its test script's.
+sub counted_objects {
+    return () if $kind eq 'system_testing' || !Korvil::Gcov::wanted($d->env);
+    my @objects = $d->list('OBJECTS');
+    if ($kind eq 'unit_testing') {
+        my $script = $d->get('UNITTESTING_TESTSCRIPT_OBJECT');
+        $script = $d->object_of($d->get('UNITTESTING_TESTSCRIPTNAME'))
+            if $script eq '' && $d->get('UNITTESTING_TESTSCRIPTNAME') ne '';
+        unshift(@objects, $script) if $script ne '';
+    }
+    return grep { defined && $_ ne '' } @objects;
+}
+
+# Appends the line, branch and function coverage of the counters the
+# program left, after the run's records; without gcov the run goes on.
+sub record_counters {
+    my ($records, $program, $pid, @objects) = @_;
+    my $path = realpath($program);
+    my ($lines, $error) = Korvil::Gcov::records(
+        objects => \@objects, root => '.', program => defined $path ? $path : $program, pid => $pid,
+        lines => Korvil::Gcov::lines_wanted($d->env), branches => Korvil::Gcov::branches_wanted($d->env),
+        gcov => $ENV{GCOV});
+    if (!$lines) {
+        $d->info($d->name . ": no line coverage: $error");
+        return;
+    }
+    $records->record(@$_) for @$lines;
+    my $files = @$lines ? $lines->[-1][1] : 0;
+    $d->verbose_info($d->name . ": line coverage of $files file(s) recorded");
 }
 
 sub report {

@@ -135,6 +135,13 @@ sub _write {
     }
 }
 
+# A record of another kind (the coverage of the compiler's counters):
+# its code and fields, text fields already quoted.
+sub record {
+    my ($self, $code, @fields) = @_;
+    $self->_write($code, @fields);
+}
+
 sub begin_test {
     my ($self, $test, $file) = @_;
     $self->{test} = $test;

@@ -292,7 +292,9 @@ sub run_streamed {
     my $wait;
     do { $wait = waitpid($pid, 0) } while ($wait == -1 && $! == EINTR);
     return { error => $exec_error } if $exec_error ne '';
-    return _status_of_wait($wait == -1 ? -1 : $?, "cannot wait for $command[0]: $!");
+    my $status = _status_of_wait($wait == -1 ? -1 : $?, "cannot wait for $command[0]: $!");
+    $status->{pid} = $pid;
+    return $status;
 }
 
 1;
