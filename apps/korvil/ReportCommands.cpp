@@ -21,6 +21,7 @@
 #include <algorithm>
 #include <functional>
 #include <memory>
+#include <numeric>
 
 namespace Commands {
 namespace {
@@ -246,6 +247,31 @@ int reportMemory(const QList<QAStNodeTest*>& tests, const QCommandLineParser& pa
     return faults == 0 ? Success : Failure;
 }
 
+// The functions of a trace, the most time spent in their calls first.
+void printTraceTotals(const QAStTraceReport& trace, const QCommandLineParser& parser)
+{
+    const std::vector<QAStTraceReport::FunctionTotals>& totals = trace.functionTotals();
+    std::vector<qsizetype> order(totals.size());
+    std::iota(order.begin(), order.end(), 0);
+    std::stable_sort(order.begin(), order.end(),
+                     [&](qsizetype a, qsizetype b) { return totals[size_t(a)].total > totals[size_t(b)].total; });
+    const qsizetype shown = std::min<qsizetype>(qsizetype(order.size()), rowLimit(parser));
+    if (shown == 0)
+        return;
+    out(QStringLiteral("  %1 %2 %3  function\n")
+            .arg(QStringLiteral("calls"), 10)
+            .arg(QStringLiteral("time"), 12)
+            .arg(QStringLiteral("longest"), 12));
+    for (qsizetype i = 0; i < shown; ++i) {
+        const QAStTraceReport::FunctionTotals& t = totals[size_t(order[size_t(i)])];
+        out(QStringLiteral("  %1 %2 %3  %4\n")
+                .arg(t.calls, 10)
+                .arg(microseconds(t.total), 12)
+                .arg(microseconds(t.longest), 12)
+                .arg(QString::fromUtf8(trace.functionNames().at(order[size_t(i)]))));
+    }
+}
+
 int reportTrace(const QList<QAStNodeTest*>& tests, const QCommandLineParser& parser)
 {
     if (parser.isSet(chromeOption) && tests.size() != 1) {
@@ -256,6 +282,8 @@ int reportTrace(const QList<QAStNodeTest*>& tests, const QCommandLineParser& par
     int faults = 0;
     for (const QAStNodeTest* test : tests) {
         QAStTraceReport trace;
+        // Each call is kept only for the trace-event file.
+        trace.setKeepCalls(parser.isSet(chromeOption));
         if (!readResult(test, QASTSplitSurvey::Trace, trace)) {
             ++faults;
             continue;
@@ -263,11 +291,12 @@ int reportTrace(const QList<QAStNodeTest*>& tests, const QCommandLineParser& par
         out(QStringLiteral("Trace of \"%1\": %2 call(s) of %3 function(s) on %4 thread(s), depth %5, "
                            "%6 not returned\n")
                 .arg(test->name())
-                .arg(qint64(trace.calls().size()))
+                .arg(trace.entries())
                 .arg(trace.functionNames().size())
                 .arg(trace.threads().size())
                 .arg(trace.maximumDepth())
                 .arg(trace.openCalls()));
+        printTraceTotals(trace, parser);
         if (!parser.isSet(chromeOption))
             continue;
         QString error;

@@ -98,8 +98,8 @@ void QAStMemoryReport::readRecord(const QAStRecordFields& r)
             m_pid = 0;
         return;
     case PT:
-        // PT "<label>" "<time>": the split's stamp.
-        m_date = QString::fromUtf8(r.text(r.count() - 1));
+        // PT "<label>" "<time>": the split's stamp, last; a bare PT has none.
+        m_date = r.count() > 0 ? QString::fromUtf8(r.text(r.count() - 1)) : QString();
         return;
     case PB:
         if (!r.number(0, &block.size) || !r.address(1, &block.address) || !r.isQuoted(2)) {

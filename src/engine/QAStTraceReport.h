@@ -39,10 +39,25 @@ public:
         qint64 tid = 0; // as the records give it; 0 in the older form
     };
 
+    // Per function: its calls, the time spent in them (callees included)
+    // and the longest; a call cut short by a jump out of it counts until
+    // then, one still open at the end of the file adds no time.
+    struct FunctionTotals {
+        qint64 calls = 0;
+        qint64 total = 0;
+        qint64 longest = 0;
+    };
+
     QAStTraceReport();
     void clear() override;
 
+    // Whether each call is kept (calls()), true by default; without them
+    // only the totals are, and a trace of any size reads in the memory of
+    // its functions.
+    void setKeepCalls(bool keep) { m_keepCalls = keep; }
     const std::vector<Call>& calls() const { return m_calls; }
+    // By function, as functionNames().
+    const std::vector<FunctionTotals>& functionTotals() const { return m_totals; }
     // A call's length: an open call lasts until the last time read.
     qint64 durationOf(const Call& call) const
     {
@@ -73,29 +88,46 @@ protected:
     void readRecord(const QAStRecordFields& record) override;
 
 private:
-    // A plain ME or MR line (a name without escapes); false to leave the
-    // line to readRecord.
-    bool readCall(const char* begin, const char* end);
+    // A plain ME or MR line at begin (a name without escapes): where the
+    // next line begins; null to leave the line to readRecord.
+    const char* readCall(const char* begin, const char* end);
     void enter(qint64 depth, qint64 time, qint64 tid, std::string_view name);
     bool leave(qint64 depth, qint64 time, qint64 tid);
     qint32 functionIndex(std::string_view name);
+    void growNameSlots();
     qint32 threadIndex(qint64 tid);
+    // A call open on its thread's stack: its start, function, depth and
+    // index in m_calls (-1 when calls are not kept).
+    struct Open {
+        qint64 start;
+        qint32 function;
+        qint32 depth;
+        qint64 call;
+    };
+    void close(const Open& open, qint64 time, bool complete);
     // Ends the open calls of stack above depth at time, incomplete.
-    void unwind(std::vector<qint32>& stack, qint32 depth, qint64 time);
+    void unwind(std::vector<Open>& stack, qint32 depth, qint64 time);
 
     std::vector<Call> m_calls;
     QList<QByteArray> m_names;
-    // The names by hash, open addressing: the hash and the index in
-    // m_names, -1 for a free slot.
+    // The names by hash, open addressing: the hash, the name's bytes (those
+    // of m_names) and its index there, -1 for a free slot.
     struct NameSlot {
         quint64 hash = 0;
+        const char* bytes = nullptr;
+        size_t size = 0;
         qint32 index = -1;
     };
     std::vector<NameSlot> m_nameSlots;
     QList<Thread> m_threads;
-    std::vector<std::vector<qint32>> m_stacks; // per thread, the open calls
+    std::vector<std::vector<Open>> m_stacks; // per thread, the open calls
+    std::vector<FunctionTotals> m_totals;
+    bool m_keepCalls = true;
     // The threads of the current program: tid and index in m_threads.
     std::vector<std::pair<qint64, qint32>> m_programThreads;
+    // The thread of the last call read, -1 when none.
+    qint64 m_lastTid = 0;
+    qint32 m_lastThread = -1;
     qint64 m_pid = 0;
     QList<Program> m_programs;
     qint64 m_entries = 0;

@@ -167,6 +167,7 @@ private slots:
                                                        << 0ll << "";
         QTest::newRow("memory: bad address") << "memory" << QByteArray("PB 6 16 \"f\"\nPF zz 6 \"f\"\n") << 0ll << 2ll
                                              << "line 1: an allocation with fields missing";
+        QTest::newRow("memory: bare stamp") << "memory" << "PT\n" + memory << 1ll << 0ll << "";
         QTest::newRow("memory: free never allocated") << "memory" << QByteArray("PX 0x30 \"f\"\nPF 0x40 4 \"f\"\n") << 0ll
                                                       << 0ll << "";
 
@@ -336,17 +337,18 @@ private slots:
     // file holds one complete event per entry, valid JSON.
     void traceAndChromeEvents()
     {
+        const QByteArray traceLines = "TS \"/bin/t\" 40\n"
+                                     "ME 0 \"main\" 0 40\n"
+                                     "ME 0 \"worker\" 1 41\n"
+                                     "ME 1 \"f\\\"q\\\\\" 2 40\n"
+                                     "ME 1 \"f\\\"q\\\\\" 3 41\n"
+                                     "MR 1 \"f\\\"q\\\\\" 10 40\n"
+                                     "ME 2 \"deep\" 11 41\n"
+                                     "MR 1 \"f\\\"q\\\\\" 20 41\n" // deep never returned
+                                     "MR 0 \"main\" 30 40\n"
+                                     "ME 1 \"\\x01odd \\xff\" 31 41\n";
         QAStTraceReport trace;
-        trace.addLines("TS \"/bin/t\" 40\n"
-                       "ME 0 \"main\" 0 40\n"
-                       "ME 0 \"worker\" 1 41\n"
-                       "ME 1 \"f\\\"q\\\\\" 2 40\n"
-                       "ME 1 \"f\\\"q\\\\\" 3 41\n"
-                       "MR 1 \"f\\\"q\\\\\" 10 40\n"
-                       "ME 2 \"deep\" 11 41\n"
-                       "MR 1 \"f\\\"q\\\\\" 20 41\n" // deep never returned
-                       "MR 0 \"main\" 30 40\n"
-                       "ME 1 \"\\x01odd \\xff\" 31 41\n");
+        trace.addLines(traceLines);
         QCOMPARE(trace.skippedLines(), 0);
         QCOMPARE(trace.calls().size(), size_t(6));
         QCOMPARE(trace.threads().size(), 2);
@@ -362,6 +364,22 @@ private slots:
         QVERIFY(!calls[1].complete); // worker still open at the end
         QCOMPARE(trace.openCalls(), 2);
         QCOMPARE(trace.maximumDepth(), 2);
+        // The totals, the same whether the calls are kept or not: f"q\
+        // twice (8 and 17 us), main once (30), deep cut at 20 (9).
+        QAStTraceReport totalsOnly;
+        totalsOnly.setKeepCalls(false);
+        totalsOnly.addLines(traceLines);
+        QVERIFY(totalsOnly.calls().empty());
+        for (const QAStTraceReport* read : {&trace, &totalsOnly}) {
+            const auto& totals = read->functionTotals();
+            QCOMPARE(totals.size(), size_t(5));
+            QCOMPARE(totals[0].calls, 1); // main
+            QCOMPARE(totals[0].total, 30);
+            QCOMPARE(totals[2].calls, 2); // f"q\
+            QCOMPARE(totals[2].total, 25);
+            QCOMPARE(totals[2].longest, 17);
+            QCOMPARE(totals[3].total, 9); // deep
+        }
 
         const QJsonArray events = chromeEvents(trace);
         int complete = 0;
