@@ -15,11 +15,11 @@ package Korvil::Records;
 #   PL "<line>"                          a line that tells a passed check
 #                                        (a pass pattern), in place of RL
 #                                        or RE
-#   SM "<test>" <status> <lines> <failures> <passes>
+#   SM "<test>" <status> <lines> <failures> <passes> <ms>
 #                                        the test ended: exit status
 #                                        (128 + signal when killed),
 #                                        lines written, failure lines,
-#                                        pass lines
+#                                        pass lines, milliseconds it ran
 #   td "<run>" <status> <tests> <failed> the run ended: the first non-zero
 #                                        status (0 when all passed), tests
 #                                        run, tests that ended non-zero
@@ -37,6 +37,7 @@ use File::Basename qw(dirname);
 use Fcntl qw(O_APPEND O_CREAT O_TRUNC O_WRONLY);
 use File::Path qw(make_path);
 use POSIX qw(strftime);
+use Time::HiRes ();
 
 our %CODE = (
     begin   => 'BT',
@@ -148,6 +149,7 @@ sub begin_test {
     $self->{lines} = 0;
     $self->{failures} = 0;
     $self->{passes} = 0;
+    $self->{started} = Time::HiRes::time();
     $self->_write($CODE{begin}, quote($test), quote(strftime('%Y-%m-%d %H:%M:%S', localtime)), quote($file));
 }
 
@@ -170,8 +172,9 @@ sub end_test {
     my ($self, $status) = @_;
     ++$self->{tests};
     ++$self->{failed} if $status != 0;
+    my $length = int((Time::HiRes::time() - $self->{started}) * 1000);
     $self->_write($CODE{summary}, quote($self->{test}), $status, $self->{lines}, $self->{failures},
-                  $self->{passes});
+                  $self->{passes}, $length);
 }
 
 sub end_run {
