@@ -1,4 +1,5 @@
-// The tag file: records below a file item, with parents and scopes.
+// The tag file: records below a file item, with parents and scopes, made
+// items by a walk.
 #include "FuzzSupport.h"
 
 #include "QAStFile.h"
@@ -11,5 +12,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     QAStTagFileReader reader(&file);
     reader.readText(QByteArrayView(reinterpret_cast<const char*>(data), qsizetype(size)),
                     QStringLiteral("fuzz.tags"));
+    // The rows kept are made items here, parents and all.
+    file.descendants();
     return 0;
 }

@@ -36,6 +36,9 @@ struct Services {
     QARes* preferenceResources = nullptr;
     QString loadReport;
     quint32 nextQuid = 1;
+    // Quids taken for deferred children, handed out while they are made.
+    quint32 reservedNext = 0;
+    quint32 reservedEnd = 0;
     // Live QAStData::KeepGivenPlace guards.
     int keepGivenPlace = 0;
 };
@@ -99,6 +102,10 @@ struct QAStData::Private {
     QAStData* m_next = nullptr;
     QAStData* m_previous = nullptr;
     int m_childCount = 0;
+    // Children not made yet, and the quids taken for them.
+    std::unique_ptr<DeferredChildren> m_deferred;
+    quint32 m_deferredQuid = 0;
+    quint32 m_deferredCount = 0;
 };
 
 QAStData::QAStData(const QString& name, const QPixmap& icon, QAStData* parent, QAStData* after)
@@ -183,6 +190,7 @@ void QAStData::setQuid(quint32 quid)
 
 void QAStData::renewQuids()
 {
+    makeDeferredChildren();
     d->m_quid = takeFreshQuid();
     for (QAStData* c = d->m_first; c; c = c->d->m_next)
         c->renewQuids();
@@ -190,7 +198,47 @@ void QAStData::renewQuids()
 
 quint32 QAStData::takeFreshQuid()
 {
-    return services().nextQuid++;
+    Services& s = services();
+    if (s.reservedNext < s.reservedEnd)
+        return s.reservedNext++;
+    return s.nextQuid++;
+}
+
+// --- deferred children
+
+QAStData::DeferredChildren::~DeferredChildren() = default;
+
+void QAStData::setDeferredChildren(std::unique_ptr<DeferredChildren> children, quint32 count)
+{
+    makeDeferredChildren();
+    if (!children)
+        return;
+    Services& s = services();
+    d->m_deferred = std::move(children);
+    d->m_deferredQuid = s.nextQuid;
+    d->m_deferredCount = count;
+    s.nextQuid += count;
+}
+
+bool QAStData::hasDeferredChildren() const
+{
+    return d->m_deferred != nullptr;
+}
+
+void QAStData::makeDeferredChildren() const
+{
+    if (!d->m_deferred)
+        return;
+    // Taken first: making the children adds them through addChild.
+    const std::unique_ptr<DeferredChildren> children = std::move(d->m_deferred);
+    Services& s = services();
+    const quint32 next = s.reservedNext;
+    const quint32 end = s.reservedEnd;
+    s.reservedNext = d->m_deferredQuid;
+    s.reservedEnd = d->m_deferredQuid + d->m_deferredCount;
+    children->make(const_cast<QAStData*>(this));
+    s.reservedNext = next;
+    s.reservedEnd = end;
 }
 
 void QAStData::noteQuid(quint32 quid)
@@ -262,6 +310,7 @@ void QAStData::setAlphabeticallySorted(bool sorted, bool recursive)
     if (sorted)
         sortChildren();
     if (recursive) {
+        makeDeferredChildren();
         for (QAStData* c = d->m_first; c; c = c->d->m_next)
             c->setAlphabeticallySorted(sorted, true);
     }
@@ -291,6 +340,7 @@ void QAStData::setModified(bool modified)
 
 QList<QAStData*> QAStData::childItems() const
 {
+    makeDeferredChildren();
     QList<QAStData*> items;
     items.reserve(d->m_childCount);
     for (QAStData* c = d->m_first; c; c = c->d->m_next)
@@ -355,6 +405,7 @@ void QAStData::addChild(QAStData* child, QAStData* after)
 {
     if (!child || child == this || child->isAncestorOf(this))
         return;
+    makeDeferredChildren();
     if (child->d->m_parent)
         child->remove();
     privAttach(child, after);
@@ -398,6 +449,7 @@ void QAStData::remove()
 
 void QAStData::deleteChildren()
 {
+    d->m_deferred.reset();
     while (QAStData* c = d->m_first) {
         c->remove();
         delete c;
@@ -406,6 +458,7 @@ void QAStData::deleteChildren()
 
 void QAStData::sortChildren()
 {
+    makeDeferredChildren();
     QList<QAStData*> items = childItems();
     std::stable_sort(items.begin(), items.end(), nameLess);
     d->m_first = d->m_last = nullptr;
@@ -505,6 +558,8 @@ QList<QAStData*> QAStData::childrenOfClass(const char* className, bool recursive
 void QAStData::collectChildrenOfClass(const char* className, bool recursive,
                                       QList<QAStData*>& found) const
 {
+    if (d->m_deferred && d->m_deferred->mayHold(className))
+        makeDeferredChildren();
     for (QAStData* c = d->m_first; c; c = c->d->m_next) {
         if (c->inherits(className))
             found.append(c);
@@ -516,6 +571,8 @@ void QAStData::collectChildrenOfClass(const char* className, bool recursive,
 QAStData* QAStData::searchChildOfClass(const QString& name, const char* className,
                                        bool recursive) const
 {
+    if (d->m_deferred && d->m_deferred->mayHold(className))
+        makeDeferredChildren();
     for (QAStData* c = d->m_first; c; c = c->d->m_next) {
         if (c->inherits(className) && c->name() == name)
             return c;
@@ -531,6 +588,7 @@ QAStData* QAStData::findNode(const QString& name) const
 {
     if (this->name() == name)
         return const_cast<QAStData*>(this);
+    makeDeferredChildren();
     for (QAStData* c = d->m_first; c; c = c->d->m_next) {
         if (QAStData* found = c->findNode(name))
             return found;
@@ -1191,6 +1249,7 @@ QAStData* QAStData::parent() const
 
 QAStData* QAStData::child() const
 {
+    makeDeferredChildren();
     return d->m_first;
 }
 
@@ -1206,11 +1265,13 @@ QAStData* QAStData::previous() const
 
 QAStData* QAStData::last() const
 {
+    makeDeferredChildren();
     return d->m_last;
 }
 
 int QAStData::childCount() const
 {
+    makeDeferredChildren();
     return d->m_childCount;
 }
 

@@ -165,9 +165,28 @@ public:
     // Detaches the item from its parent: emits removed, then childRemoved
     // on the former parent. The caller owns the item afterwards.
     virtual void remove();
-    // Removes (with the signals) and deletes every child.
+    // Removes (with the signals) and deletes every child; children kept
+    // unmade (setDeferredChildren) are dropped without being made.
     void deleteChildren();
     virtual void sortChildren();
+
+    // Children kept in a compact form of the item's own until first
+    // walked: the first call that walks or changes the children (child(),
+    // last(), childCount(), childItems(), the searches, addChild, sorting,
+    // renewQuids) makes them, in order, behind the children the item has,
+    // as if they had been added at the time they were given.
+    class SDK110_EXPORT DeferredChildren {
+    public:
+        virtual ~DeferredChildren();
+        // Makes the children below owner.
+        virtual void make(QAStData* owner) = 0;
+        // Whether a child made may inherit className: a search for a class
+        // no child may be passes them over without making them.
+        virtual bool mayHold(const char* className) const = 0;
+    };
+    bool hasDeferredChildren() const;
+    // Makes the children kept, if any.
+    void makeDeferredChildren() const;
 
     // The nearest ancestor whose class inherits className, or null.
     QAStData* parentOfClass(const char* className) const;
@@ -411,6 +430,11 @@ protected:
     static bool readIntVal(const QARes* res, const QString& key, QAStIntAttribute& value);
     static bool readStrListVal(const QARes* res, const QString& key, QAStStringListAttribute& value);
     static bool readStrMapVal(const QARes* res, const QString& key, QAStStringMapAttribute& value);
+
+    // Makes the children kept so far, then keeps children. count items
+    // will be made: their quids are taken now, so they are the numbers
+    // the items would have had if made at once. Null keeps none.
+    void setDeferredChildren(std::unique_ptr<DeferredChildren> children, quint32 count);
 
     // Links child into the list behind after (see addChild), without
     // signals.

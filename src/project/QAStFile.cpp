@@ -1,14 +1,11 @@
 #include "QAStFile.h"
 
 #include "QALogging.h"
-#include "QAStAClassTag.h"
-#include "QAStAMethodTag.h"
-#include "QAStAPackageTag.h"
-#include "QAStAStructTag.h"
 #include "QAStDataFactory.h"
 #include "QAStDriverBatch.h"
 #include "QAStProjectPref.h"
 #include "QAStTagFileReader.h"
+#include "QAStTagTable.h"
 #include "QATr.h"
 
 #include <QCoreApplication>
@@ -16,6 +13,7 @@
 #include <QDomElement>
 #include <QFile>
 #include <QFileInfo>
+#include <QMetaMethod>
 #include <QPointer>
 #include <QRegularExpression>
 #include <QTemporaryDir>
@@ -219,33 +217,6 @@ bool writeSourceList(const TaggingRun& run)
     for (const QPointer<QAStFile>& file : run.files)
         list.write(QFile::encodeName(file->filePath()) + '\n');
     return list.flush();
-}
-
-// --- kinds
-
-enum class TagClass { None, Package, Class, Struct, Function, Method };
-
-TagClass classify(const QString& kind, const QString& parentKind)
-{
-    static const QHash<QString, TagClass> kinds = {
-        {QStringLiteral("namespace"), TagClass::Package},
-        {QStringLiteral("package"), TagClass::Package},
-        {QStringLiteral("packspec"), TagClass::Package},
-        {QStringLiteral("separate"), TagClass::Package},
-        {QStringLiteral("class"), TagClass::Class},
-        {QStringLiteral("interface"), TagClass::Class},
-        {QStringLiteral("struct"), TagClass::Struct},
-        {QStringLiteral("function"), TagClass::Function},
-        {QStringLiteral("prototype"), TagClass::Function},
-        {QStringLiteral("subprogram"), TagClass::Function},
-        {QStringLiteral("subprogspec"), TagClass::Function},
-        {QStringLiteral("method"), TagClass::Method},
-    };
-    const TagClass c = kinds.value(kind, TagClass::None);
-    if (c == TagClass::Function
-        && (parentKind == QLatin1String("class") || parentKind == QLatin1String("interface")))
-        return TagClass::Method;
-    return c;
 }
 
 }
@@ -532,8 +503,8 @@ QAStATag* QAStFile::createTag(const QMap<QString, QVariant>& record, QAStFile* f
 
 QAStATag* QAStFile::createTag(const QAStTagRecord& record, QAStFile* file, QAStATag* parent)
 {
-    const TagClass kind = classify(record.kind, record.parentKind);
-    if (kind == TagClass::None) {
+    const QAStTagTable::Class kind = QAStTagTable::classify(record.kind, record.parentKind);
+    if (kind == QAStTagTable::NoClass) {
         qCInfo(lcTagging, "[info] TAGGING: %s is a kind of token not yet implemented",
                qUtf8Printable(record.kind));
         return nullptr;
@@ -542,42 +513,20 @@ QAStATag* QAStFile::createTag(const QAStTagRecord& record, QAStFile* file, QAStA
     if (!under)
         return nullptr;
     const QString& path = file ? file->storedFilePath() : record.file;
-    const auto completeName = [&record, file] {
-        if (record.completeName.isEmpty())
-            return record.name;
+    QString completeName = record.name;
+    if (!record.completeName.isEmpty()) {
         const QString separator = file ? file->scopeSeparator() : QStringLiteral("::");
-        return record.completeName + separator + record.name;
-    };
-    QAStATag* tag = nullptr;
-    switch (kind) {
-    case TagClass::Package: {
-        auto* package = new QAStAPackageTag(record.name, path, record.line, under, under->last());
-        package->setCompleteName(completeName());
-        tag = package;
-        break;
+        completeName = record.completeName + separator + record.name;
     }
-    case TagClass::Class: {
-        auto* c = new QAStAClassTag(record.name, path, record.line, under, under->last());
-        c->setInherits(record.inherits);
-        tag = c;
-        break;
-    }
-    case TagClass::Struct:
-        tag = new QAStAStructTag(record.name, path, record.line, under, under->last());
-        break;
-    case TagClass::Function:
-        tag = new QAStAFunctionTag(record.name, path, record.line, under, under->last());
-        break;
-    case TagClass::Method: {
-        auto* method = new QAStAMethodTag(record.name, path, record.line, under, under->last());
-        method->setCompleteName(completeName());
-        tag = method;
-        break;
-    }
-    case TagClass::None:
-        break;
-    }
-    tag->setQualifier(record.qualifier);
-    tag->setSignature(record.signature);
-    return tag;
+    return QAStTagTable::makeTag(kind, record.name, path, record.line, record.qualifier,
+                                 record.signature, completeName, record.inherits, under);
+}
+
+void QAStFile::keepTags(std::unique_ptr<QAStTagTable> tags)
+{
+    const auto count = quint32(tags->size());
+    setDeferredChildren(std::move(tags), count);
+    // A listener to childAdded hears of the tags as they come, as always.
+    if (isSignalConnected(QMetaMethod::fromSignal(&QAStData::childAdded)))
+        makeDeferredChildren();
 }

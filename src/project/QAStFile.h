@@ -8,7 +8,10 @@
 #include <QString>
 #include <QVariant>
 
+#include <memory>
+
 struct QAStTagRecord;
+class QAStTagTable;
 class QAStDriverBatch;
 class QAStFile;
 
@@ -38,9 +41,11 @@ signals:
 // one file or a batch of files in one run: the driver writes one tag file
 // per file (docs/formats/tags.md) into a directory of the run, and reports
 // each file as soon as its tag file is complete; the file then reads it
-// into tags below itself, replacing the former ones. One tagging runs at a
-// time, whatever the files: the run belongs to the class
-// (isFileInformationProcessing, stopFileInformationProcess).
+// into tags below itself, replacing the former ones. The tags read are
+// kept as compact rows (QAStTagTable) and made items only when something
+// first walks the file's children (see QAStData::setDeferredChildren).
+// One tagging runs at a time, whatever the files: the run belongs to the
+// class (isFileInformationProcessing, stopFileInformationProcess).
 class SDK110_EXPORT QAStFile : public QAStTestedTag {
     Q_OBJECT
 public:
@@ -193,6 +198,10 @@ protected:
     bool init(const QDomElement& e, int version);
 
 private:
+    friend class QAStTagFileReader;
+    // Keeps the tags a reader made as compact rows, made items when the
+    // children are first walked (at once while childAdded has a listener).
+    void keepTags(std::unique_ptr<QAStTagTable> tags);
     // The driver reported the file of its batch at index.
     static void taggingFileReported(const QAStDriverBatch* driver, int index, bool succeeded);
     // The driver's run has ended, or is stopped.

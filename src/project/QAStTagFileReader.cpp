@@ -1,19 +1,22 @@
 #include "QAStTagFileReader.h"
 
 #include "QALogging.h"
-#include "QAStAClassTag.h"
-#include "QAStAFunctionTag.h"
-#include "QAStAPackageTag.h"
-#include "QAStAStructTag.h"
 #include "QAStFile.h"
 #include "QAStProjectPref.h"
+#include "QAStTagTable.h"
 #include "QATr.h"
 
 #include <QCoreApplication>
 #include <QFile>
 #include <QStringConverter>
+#include <QtAlgorithms>
 
+#include <algorithm>
 #include <cstring>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 namespace {
 
@@ -29,19 +32,23 @@ const QString keySignature = QStringLiteral("Signature");
 const QString keyParentKind = QStringLiteral("Parent Kind");
 const QString keyInherits = QStringLiteral("Inherits");
 
-// The parent keys of a record, each with the word of its trace line.
+// The parent keys of a record, each with the word of its trace line;
+// whether a function below it is a method, and whether it names the Ada
+// parent unit rather than the complete name.
 struct ParentKey {
-    const char* key;
+    QByteArrayView key;
     QString kind;
     const char* trace;
+    bool ofClass;
+    bool separate;
 };
 
 const ParentKey parentKeys[] = {
-    {"namespace", QStringLiteral("namespace"), "namespace"},
-    {"class", QStringLiteral("class"), "class"},
-    {"interface", QStringLiteral("interface"), "interface"},
-    {"outer", QStringLiteral("outer"), "ada outer"},
-    {"separate", QStringLiteral("separate"), "ada separate"},
+    {"namespace", QStringLiteral("namespace"), "namespace", false, false},
+    {"class", QStringLiteral("class"), "class", true, false},
+    {"interface", QStringLiteral("interface"), "interface", true, false},
+    {"outer", QStringLiteral("outer"), "ada outer", false, false},
+    {"separate", QStringLiteral("separate"), "ada separate", false, true},
 };
 
 // The kind words of the tag classes, shared rather than decoded anew.
@@ -52,21 +59,142 @@ const QString knownKinds[] = {
     QStringLiteral("subprogspec"), QStringLiteral("interface"), QStringLiteral("separate"),
 };
 
-bool equals(QByteArrayView bytes, const char* text)
+// Compares with a key of a few letters without a call: most fields hold
+// one of them.
+template <size_t N>
+bool equals(QByteArrayView bytes, const char (&text)[N])
 {
-    const size_t n = std::strlen(text);
-    return size_t(bytes.size()) == n && std::memcmp(bytes.data(), text, n) == 0;
+    static_assert(N - 1 <= 16);
+    if (size_t(bytes.size()) != N - 1)
+        return false;
+    if constexpr (N - 1 <= 8) {
+        quint64 a = 0;
+        quint64 b = 0;
+        std::memcpy(&a, bytes.data(), N - 1);
+        std::memcpy(&b, text, N - 1);
+        return a == b;
+    } else {
+        quint64 a[2] = {};
+        quint64 b[2] = {};
+        std::memcpy(a, bytes.data(), N - 1);
+        std::memcpy(b, text, N - 1);
+        return a[0] == b[0] && a[1] == b[1];
+    }
 }
 
-// The text of a field: its escapes undone, then decoded.
-QString decode(QByteArrayView bytes, bool utf8)
+bool equals(QByteArrayView bytes, QByteArrayView text)
 {
-    if (bytes.empty())
-        return QString();
+    return bytes.size() == text.size() && std::memcmp(bytes.data(), text.data(), size_t(text.size())) == 0;
+}
+
+bool isAscii(QByteArrayView bytes)
+{
+    constexpr quint64 highs = 0x8080808080808080ULL;
+    const char* p = bytes.data();
+    qsizetype n = bytes.size();
+    quint64 high = 0;
+    for (; n >= 8; p += 8, n -= 8) {
+        quint64 word;
+        std::memcpy(&word, p, 8);
+        high |= word;
+    }
+    for (; n > 0; ++p, --n)
+        high |= quint8(*p);
+    return (high & highs) == 0;
+}
+
+// A line's tabs, found in one pass together with whether it holds bytes
+// above 127 and backslashes: most lines hold neither, and then no field
+// needs its escapes undone nor its decoding chosen.
+class LineScan {
+public:
+    explicit LineScan(QByteArrayView line) : m_line(line)
+    {
+        const char* p = line.data();
+        const qsizetype n = line.size();
+        qsizetype i = 0;
+        unsigned high = 0;
+        unsigned backslashes = 0;
+#ifdef __SSE2__
+        const __m128i tabBytes = _mm_set1_epi8('\t');
+        const __m128i backslashBytes = _mm_set1_epi8('\\');
+        for (; i + 16 <= n; i += 16) {
+            const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + i));
+            high |= unsigned(_mm_movemask_epi8(v));
+            backslashes |= unsigned(_mm_movemask_epi8(_mm_cmpeq_epi8(v, backslashBytes)));
+            for (auto tabs = unsigned(_mm_movemask_epi8(_mm_cmpeq_epi8(v, tabBytes))); tabs;
+                 tabs &= tabs - 1)
+                addTab(i + qCountTrailingZeroBits(tabs));
+        }
+        if (i < n && n >= 16) {
+            // The last 16 bytes, those already seen masked off.
+            const unsigned fresh = 0xffffu << (16 - (n - i));
+            const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + n - 16));
+            high |= unsigned(_mm_movemask_epi8(v)) & fresh;
+            backslashes |=
+                unsigned(_mm_movemask_epi8(_mm_cmpeq_epi8(v, backslashBytes))) & fresh;
+            for (unsigned tabs = unsigned(_mm_movemask_epi8(_mm_cmpeq_epi8(v, tabBytes))) & fresh;
+                 tabs; tabs &= tabs - 1)
+                addTab(n - 16 + qCountTrailingZeroBits(tabs));
+            i = n;
+        }
+#endif
+        for (; i < n; ++i) {
+            const char c = p[i];
+            if (c == '\t')
+                addTab(i);
+            high |= quint8(c) & 0x80;
+            backslashes |= c == '\\';
+        }
+        ascii = high == 0;
+        backslash = backslashes != 0;
+    }
+
+    // The next field from pos: the text up to the next tab, or to the end.
+    QByteArrayView take(qsizetype& pos)
+    {
+        while (m_next < m_count && m_tabs[m_next] < pos)
+            ++m_next;
+        qsizetype end = m_line.size();
+        if (m_next < m_count) {
+            end = m_tabs[m_next];
+        } else if (m_more) {
+            const qsizetype tab = m_line.indexOf('\t', pos);
+            end = tab < 0 ? m_line.size() : tab;
+        }
+        const QByteArrayView field = m_line.sliced(pos, end - pos);
+        pos = end;
+        return field;
+    }
+
+    bool ascii = true;
+    bool backslash = false;
+
+private:
+    void addTab(qsizetype at)
+    {
+        if (m_count < MaxTabs)
+            m_tabs[m_count++] = at;
+        else
+            m_more = true;
+    }
+
+    static constexpr int MaxTabs = 32;
+    QByteArrayView m_line;
+    qsizetype m_tabs[MaxTabs];
+    int m_count = 0;
+    int m_next = 0;
+    // More tabs than kept: the rest are looked for.
+    bool m_more = false;
+};
+
+// The bytes of a field with its escapes undone, into plain; the field
+// itself when it holds no backslash.
+QByteArrayView unescape(QByteArrayView bytes, QByteArray& plain)
+{
     if (!std::memchr(bytes.data(), '\\', size_t(bytes.size())))
-        return utf8 ? QString::fromUtf8(bytes) : QString::fromLatin1(bytes);
-    QByteArray plain;
-    plain.reserve(bytes.size());
+        return bytes;
+    plain.resize(0);
     for (qsizetype i = 0; i < bytes.size(); ++i) {
         char c = bytes[i];
         if (c == '\\' && i + 1 < bytes.size()) {
@@ -80,27 +208,31 @@ QString decode(QByteArrayView bytes, bool utf8)
         }
         plain.append(c);
     }
-    return utf8 ? QString::fromUtf8(plain) : QString::fromLatin1(plain);
+    return plain;
 }
 
-bool isAscii(QByteArrayView bytes)
+// The text of a field: its escapes undone, then decoded.
+QString decode(QByteArrayView bytes, bool utf8)
 {
-    for (char c : bytes) {
-        if (static_cast<unsigned char>(c) >= 0x80)
-            return false;
-    }
-    return true;
+    if (bytes.empty())
+        return QString();
+    QByteArray plain;
+    const QByteArrayView text = unescape(bytes, plain);
+    return utf8 ? QString::fromUtf8(text) : QString::fromLatin1(text);
 }
+
 
 // Sets field to the text of a field, keeping the text it holds when it is
-// the same: records in a row mostly share their file and scope.
-void decodeInto(QString& field, QByteArrayView bytes, bool utf8)
+// the same: records in a row mostly share their file and scope. Whether
+// it changed.
+bool decodeInto(QString& field, QByteArrayView bytes, bool utf8)
 {
     const bool same = field.size() == bytes.size()
         && !std::memchr(bytes.data(), '\\', size_t(bytes.size()))
         && QLatin1String(bytes.data(), bytes.size()) == field && (!utf8 || isAscii(bytes));
     if (!same)
         field = decode(bytes, utf8);
+    return !same;
 }
 
 QString decodeKind(QByteArrayView bytes, bool utf8)
@@ -123,16 +255,6 @@ int wordsValue(QByteArrayView list)
         list = comma < 0 ? QByteArrayView() : list.sliced(comma + 1);
     }
     return value;
-}
-
-// The next field: the text up to the next tab, or to the end.
-QByteArrayView takeField(QByteArrayView line, qsizetype& pos)
-{
-    const qsizetype tab = line.indexOf('\t', pos);
-    const qsizetype end = tab < 0 ? line.size() : tab;
-    const QByteArrayView field = line.sliced(pos, end - pos);
-    pos = end;
-    return field;
 }
 
 bool isBlank(QByteArrayView line)
@@ -198,29 +320,60 @@ QAStTagRecord QAStTagRecord::fromMap(const QMap<QString, QVariant>& map)
 
 // --- one line
 
-QAStTagFileReader::LineKind QAStTagFileReader::parseLine(QByteArrayView line,
-                                                         QAStTagRecord& record, QString* error,
-                                                         bool utf8)
+// The fields of a record line, as bytes; one object serves every line of
+// a text, splitLine setting what each line needs.
+struct QAStTagFileReader::Fields {
+    QByteArrayView name;
+    QByteArrayView file;
+    QByteArrayView kind;
+    int line = 0;
+    int qualifier = 0;
+    bool hasSignature = false;
+    QByteArrayView signature;
+    bool hasInherits = false;
+    QByteArrayView inherits;
+    // The last parent field, and its value.
+    const ParentKey* parent = nullptr;
+    QByteArrayView parentName;
+    // The line holds no byte above 127, and no backslash.
+    bool ascii = true;
+    bool backslash = false;
+};
+
+namespace {
+
+using Fields = QAStTagFileReader::Fields;
+
+
+// Splits a line into its fields; MalformedLine sets error to the
+// expecting-message (untranslated).
+QAStTagFileReader::LineKind splitLine(QByteArrayView line, Fields& f, const char** error)
 {
     const auto malformed = [error](const char* message) {
-        if (error)
-            *error = QATr::project(message);
-        return MalformedLine;
+        *error = message;
+        return QAStTagFileReader::MalformedLine;
     };
     if (line.endsWith('\r'))
         line.chop(1);
-    if (isBlank(line) || line.startsWith("!_"))
-        return SkippedLine;
+    if (isBlank(line) || (line.size() >= 2 && line[0] == '!' && line[1] == '_'))
+        return QAStTagFileReader::SkippedLine;
 
+    LineScan scan(line);
+    f.qualifier = 0;
+    f.hasSignature = false;
+    f.hasInherits = false;
+    f.parent = nullptr;
+    f.ascii = scan.ascii;
+    f.backslash = scan.backslash;
     qsizetype pos = 0;
-    const QByteArrayView name = takeField(line, pos);
-    if (name.empty())
+    f.name = scan.take(pos);
+    if (f.name.empty())
         return malformed(QT_TRANSLATE_NOOP(QATR_PROJECT, "expecting an identifier"));
     if (pos == line.size())
         return malformed(QT_TRANSLATE_NOOP(QATR_PROJECT, "expecting a tab"));
     ++pos;
-    const QByteArrayView file = takeField(line, pos);
-    if (file.empty())
+    f.file = scan.take(pos);
+    if (f.file.empty())
         return malformed(QT_TRANSLATE_NOOP(QATR_PROJECT, "expecting a file"));
     if (pos == line.size())
         return malformed(QT_TRANSLATE_NOOP(QATR_PROJECT, "expecting a tab"));
@@ -232,67 +385,98 @@ QAStTagFileReader::LineKind QAStTagFileReader::parseLine(QByteArrayView line,
         number = number * 10 + (line[pos++] - '0');
     if (pos == digits || number > INT_MAX)
         return malformed(QT_TRANSLATE_NOOP(QATR_PROJECT, "expecting a line number"));
-    if (!line.sliced(pos).startsWith(";\""))
+    f.line = int(number);
+    if (line.size() - pos < 2 || line[pos] != ';' || line[pos + 1] != '"')
         return malformed(QT_TRANSLATE_NOOP(QATR_PROJECT, "expecting the extension separator"));
     pos += 2;
     if (pos == line.size() || line[pos] != '\t')
         return malformed(QT_TRANSLATE_NOOP(QATR_PROJECT, "expecting a tab"));
     ++pos;
-    QByteArrayView kind = takeField(line, pos);
-    if (kind.startsWith("kind:"))
-        kind = kind.sliced(5);
-    if (kind.empty())
+    f.kind = scan.take(pos);
+    if (f.kind.size() >= 5 && equals(f.kind.first(5), "kind:"))
+        f.kind = f.kind.sliced(5);
+    if (f.kind.empty())
         return malformed(QT_TRANSLATE_NOOP(QATR_PROJECT, "expecting a kind"));
 
-    record.qualifier = 0;
-    record.signature.clear();
-    record.inherits.clear();
-    bool hasParent = false;
     while (pos < line.size()) {
         ++pos;
-        const QByteArrayView field = takeField(line, pos);
+        const QByteArrayView field = scan.take(pos);
         const qsizetype colon = field.indexOf(':');
         if (colon <= 0)
             continue;
         const QByteArrayView key = field.first(colon);
         const QByteArrayView value = field.sliced(colon + 1);
         if (equals(key, "access")) {
-            record.qualifier += wordsValue(value);
+            f.qualifier += wordsValue(value);
         } else if (equals(key, "implementation")) {
             if (value.empty())
                 return malformed(QT_TRANSLATE_NOOP(QATR_PROJECT, "expecting an implementation name"));
-            record.qualifier += wordsValue(value);
+            f.qualifier += wordsValue(value);
         } else if (equals(key, "signature")) {
             if (value.empty())
                 return malformed(QT_TRANSLATE_NOOP(QATR_PROJECT, "expecting a signature"));
-            record.signature = decode(value, utf8);
+            f.hasSignature = true;
+            f.signature = value;
         } else if (equals(key, "inherits")) {
-            const QString bases = decode(value, utf8);
-            record.inherits = bases.split(QLatin1Char(','), Qt::SkipEmptyParts);
+            f.hasInherits = true;
+            f.inherits = value;
         } else {
             for (const ParentKey& parent : parentKeys) {
                 if (!equals(key, parent.key))
                     continue;
                 if (value.empty())
                     return malformed(QT_TRANSLATE_NOOP(QATR_PROJECT, "expecting a parent name"));
-                hasParent = true;
-                record.parentKind = parent.kind;
-                const bool separate = parent.kind == QLatin1String("separate");
-                decodeInto(separate ? record.separate : record.completeName, value, utf8);
-                (separate ? record.completeName : record.separate).clear();
+                f.parent = &parent;
+                f.parentName = value;
                 break;
             }
         }
     }
-    if (!hasParent) {
+    return QAStTagFileReader::RecordLine;
+}
+
+bool isSeparate(const ParentKey* parent)
+{
+    return parent && parent->separate;
+}
+
+bool isClassParent(const ParentKey* parent)
+{
+    return parent && parent->ofClass;
+}
+
+}
+
+QAStTagFileReader::LineKind QAStTagFileReader::parseLine(QByteArrayView line,
+                                                         QAStTagRecord& record, QString* error,
+                                                         bool utf8)
+{
+    Fields f;
+    const char* message = nullptr;
+    const LineKind kind = splitLine(line, f, &message);
+    if (kind == MalformedLine && error)
+        *error = QATr::project(message);
+    if (kind != RecordLine)
+        return kind;
+    record.qualifier = f.qualifier;
+    record.signature = f.hasSignature ? decode(f.signature, utf8) : QString();
+    record.inherits = f.hasInherits
+        ? decode(f.inherits, utf8).split(QLatin1Char(','), Qt::SkipEmptyParts)
+        : QStringList();
+    if (f.parent) {
+        const bool separate = isSeparate(f.parent);
+        record.parentKind = f.parent->kind;
+        decodeInto(separate ? record.separate : record.completeName, f.parentName, utf8);
+        (separate ? record.completeName : record.separate).clear();
+    } else {
         record.parentKind.clear();
         record.completeName.clear();
         record.separate.clear();
     }
-    record.name = decode(name, utf8);
-    decodeInto(record.file, file, utf8);
-    record.line = int(number);
-    record.kind = decodeKind(kind, utf8);
+    record.name = decode(f.name, utf8);
+    decodeInto(record.file, f.file, utf8);
+    record.line = f.line;
+    record.kind = decodeKind(f.kind, utf8);
     return RecordLine;
 }
 
@@ -305,105 +489,176 @@ QAStTagFileReader::QAStTagFileReader(QAStFile* file) : m_file(file)
     m_separator = file ? file->scopeSeparator() : QStringLiteral("::");
 }
 
+QAStTagFileReader::~QAStTagFileReader() = default;
+
 bool QAStTagFileReader::read(const QString& path)
 {
     QFile tags(path);
-    if (!tags.open(QIODevice::ReadOnly)) {
+    if (!tags.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
         QAStData::displayMessage(QAStData::MessageConsole, QATr::project("Can't open tag file."));
         return false;
     }
     if (m_file)
         m_file->deleteChildren();
-    const qint64 size = tags.size();
-    if (uchar* mapped = size > 0 ? tags.map(0, size) : nullptr) {
-        readText(QByteArrayView(reinterpret_cast<const char*>(mapped), size), path);
-        tags.unmap(mapped);
-    } else {
-        const QByteArray text = tags.readAll();
-        readText(text, path);
+    begin();
+    // Room for what a tag file of this size mostly holds (lines of 100
+    // bytes and more, half of them name and signature; beyond 512 MiB the
+    // rows grow as they come); only the pages filled take memory.
+    const qint64 size = std::min<qint64>(tags.size(), qint64(512) << 20);
+    if (m_table)
+        m_table->reserve(size / 64, size / 2);
+    // Whole lines a chunk at a time; the unfinished line moves to the front.
+    constexpr qsizetype chunk = 1 << 20;
+    QByteArray buffer(chunk, Qt::Uninitialized);
+    qsizetype kept = 0;
+    for (;;) {
+        if (kept == buffer.size())
+            buffer.resize(buffer.size() * 2);
+        const qint64 got = tags.read(buffer.data() + kept, buffer.size() - kept);
+        if (got <= 0)
+            break;
+        const qsizetype filled = kept + qsizetype(got);
+        const QByteArrayView text(buffer.constData(), filled);
+        const qsizetype end = text.lastIndexOf('\n') + 1;
+        readLines(text.first(end), path);
+        kept = filled - end;
+        if (end > 0)
+            std::memmove(buffer.data(), buffer.constData() + end, size_t(kept));
     }
+    readLines(QByteArrayView(buffer.constData(), kept), path);
+    finish();
     return true;
 }
 
 void QAStTagFileReader::readText(QByteArrayView text, const QString& name)
 {
-    // One pass over the whole text; only a text that is not valid UTF-8 has
-    // its lines checked one by one.
-    m_utf8 = m_fallbackUtf8 || text.isValidUtf8();
-    int number = 0;
+    begin();
+    readLines(text, name);
+    finish();
+}
+
+void QAStTagFileReader::begin()
+{
+    m_lineNumber = 0;
+    m_scopes.clear();
+    m_scope.clear();
+    m_scopesMade = 0;
+    m_scopesSearched = -1;
+    m_table = m_file ? std::make_unique<QAStTagTable>(m_file->storedFilePath(), m_separator)
+                     : nullptr;
+}
+
+void QAStTagFileReader::readLines(QByteArrayView text, const QString& name)
+{
+    Fields f;
     qsizetype start = 0;
     while (start < text.size()) {
         const char* begin = text.data() + start;
         const auto* newline =
             static_cast<const char*>(std::memchr(begin, '\n', size_t(text.size() - start)));
         const qsizetype end = newline ? newline - text.data() : text.size();
-        readLine(text.sliced(start, end - start), ++number, name);
+        readLine(text.sliced(start, end - start), ++m_lineNumber, name, f);
         start = end + 1;
     }
 }
 
-void QAStTagFileReader::readLine(QByteArrayView line, int number, const QString& name)
+void QAStTagFileReader::finish()
 {
-    QString error;
-    const bool utf8 = m_utf8 || line.isValidUtf8();
-    switch (parseLine(line, m_record, &error, utf8)) {
+    m_scopes.clear();
+    if (m_table && m_table->size() > 0)
+        m_file->keepTags(std::move(m_table));
+    m_table.reset();
+}
+
+void QAStTagFileReader::readLine(QByteArrayView line, int number, const QString& name,
+                                 Fields& f)
+{
+    const char* error = nullptr;
+    switch (splitLine(line, f, &error)) {
     case SkippedLine:
         return;
     case MalformedLine:
         ++m_malformed;
-        QAStData::displayMessage(QAStData::MessageConsole,
-                                 QStringLiteral("%1:%2: %3").arg(name).arg(number).arg(error));
+        QAStData::displayMessage(QAStData::MessageConsole, QStringLiteral("%1:%2: %3")
+                                                              .arg(name)
+                                                              .arg(number)
+                                                              .arg(QATr::project(error)));
         return;
     case RecordLine:
         break;
     }
     ++m_records;
-    if (QAStATag* tag = QAStFile::createTag(m_record, m_file, findParent(m_record))) {
-        ++m_tags;
-        remember(tag, m_record);
-    }
-}
+    // The decoding of a field, looked at only for a field above ASCII.
+    int utf8Line = -1;
+    const auto utf8 = [&](QByteArrayView field) {
+        if (f.ascii || isAscii(field))
+            return false;
+        if (utf8Line < 0)
+            utf8Line = m_fallbackUtf8 || line.isValidUtf8() ? 1 : 0;
+        return utf8Line == 1;
+    };
+    const auto plain = [&f](QByteArrayView field, QByteArray& buffer) {
+        return f.backslash ? unescape(field, buffer) : field;
+    };
 
-QAStATag* QAStTagFileReader::findParent(const QAStTagRecord& record) const
-{
-    if (record.parentKind.isEmpty())
-        return nullptr;
-    for (const ParentKey& parent : parentKeys) {
-        if (parent.kind != record.parentKind)
-            continue;
-        const QString& scope =
-            parent.kind == QLatin1String("separate") ? record.separate : record.completeName;
+    int parent = -1;
+    if (f.parent) {
+        const bool changed = decodeInto(m_scope, f.parentName, utf8(f.parentName));
         if (lcTagging().isInfoEnabled())
-            qCInfo(lcTagging, "Search %s = %s", parent.trace, qUtf8Printable(scope));
-        return findScope(scope);
+            qCInfo(lcTagging, "Search %s = %s", f.parent->trace, qUtf8Printable(m_scope));
+        // The scope of the record before, with no scope made since: the
+        // same parent.
+        if (changed || m_scopesMade != m_scopesSearched) {
+            m_parent = findScope(m_scope);
+            m_scopesSearched = m_scopesMade;
+        }
+        parent = m_parent;
     }
-    return nullptr;
+    const QAStTagTable::Class kind = QAStTagTable::classify(f.kind, isClassParent(f.parent));
+    if (kind == QAStTagTable::NoClass) {
+        qCInfo(lcTagging, "[info] TAGGING: %s is a kind of token not yet implemented",
+               qUtf8Printable(decodeKind(f.kind, utf8(f.kind))));
+        return;
+    }
+    if (!m_table)
+        return;
+
+    const QByteArrayView tagName = plain(f.name, m_name);
+    const QByteArrayView signature = f.hasSignature ? plain(f.signature, m_signature) : QByteArrayView();
+    const bool rowUtf8 = utf8(tagName) || utf8(signature);
+    // The complete name: the scope of a parent field other than separate.
+    static const QString none;
+    const QString& scope = f.parent && !isSeparate(f.parent) ? m_scope : none;
+    QStringList inherits;
+    if (kind == QAStTagTable::ClassTag && f.hasInherits)
+        inherits = decode(f.inherits, utf8(f.inherits)).split(QLatin1Char(','), Qt::SkipEmptyParts);
+    const int row = m_table->append(kind, tagName, signature, rowUtf8, f.line, f.qualifier,
+                                    parent, scope, inherits);
+    ++m_tags;
+
+    const bool isScope = kind == QAStTagTable::Package || kind == QAStTagTable::ClassTag
+        || kind == QAStTagTable::Struct
+        || (m_ada && (kind == QAStTagTable::Function || kind == QAStTagTable::Method));
+    if (!isScope)
+        return;
+    const QString decodedName = m_table->name(row);
+    m_scopes.insert(m_ada || scope.isEmpty() ? decodedName : scope + m_separator + decodedName,
+                    row);
+    ++m_scopesMade;
 }
 
-QAStATag* QAStTagFileReader::findScope(const QString& scope) const
+int QAStTagFileReader::findScope(const QString& scope) const
 {
     QString wanted = scope;
     while (!wanted.isEmpty()) {
-        if (QAStATag* found = m_scopes.value(wanted))
-            return found;
+        const auto found = m_scopes.constFind(wanted);
+        if (found != m_scopes.cend())
+            return found.value();
         // Not there: the nearest enclosing scope that is.
         const qsizetype cut = wanted.lastIndexOf(m_separator);
         if (cut <= 0)
             break;
         wanted.truncate(cut);
     }
-    return nullptr;
-}
-
-void QAStTagFileReader::remember(QAStATag* tag, const QAStTagRecord& record)
-{
-    const bool scope = qobject_cast<QAStAPackageTag*>(tag) || qobject_cast<QAStAClassTag*>(tag)
-        || qobject_cast<QAStAStructTag*>(tag)
-        || (m_ada && qobject_cast<QAStAFunctionTag*>(tag));
-    if (!scope)
-        return;
-    if (m_ada || record.completeName.isEmpty())
-        m_scopes.insert(record.name, tag);
-    else
-        m_scopes.insert(record.completeName + m_separator + record.name, tag);
+    return -1;
 }
