@@ -29,12 +29,12 @@ struct Accumulator {
 
 using Accumulators = QVarLengthArray<Accumulator, 16>;
 
-Accumulator* find(Accumulators& accumulators, const QString& key)
+qsizetype indexOf(const Accumulators& accumulators, const QString& key)
 {
-    for (Accumulator& a : accumulators)
-        if (a.key == key)
-            return &a;
-    return nullptr;
+    for (qsizetype i = 0; i < accumulators.size(); ++i)
+        if (accumulators[i].key == key)
+            return i;
+    return -1;
 }
 
 }
@@ -374,31 +374,35 @@ void QMetElement::aggregate(const QList<QMetElement*>& elements, bool classWide,
                             DerivedTexts& texts)
 {
     Accumulators accumulators;
+    // The accumulator of each metric read, in order, for the second pass.
+    QVarLengthArray<std::pair<const QMetMetric*, qsizetype>, 256> read;
     for (const QMetElement* e : elements) {
         for (const QMetMetric* m : e->m_metrics) {
             if (m->kind() != QMetMetric::Read)
                 continue;
-            Accumulator* a = find(accumulators, m->key());
-            if (!a) {
+            // Elements of a kind list their metrics in one order: the
+            // accumulator after the last one used is tried first.
+            qsizetype at = read.isEmpty() ? 0 : read.last().second + 1;
+            if (at >= accumulators.size() || accumulators[at].key != m->key())
+                at = indexOf(accumulators, m->key());
+            if (at < 0) {
                 accumulators.append(Accumulator{m->key(), m->name()});
-                a = &accumulators.last();
-                a->max = m->value();
+                at = accumulators.size() - 1;
+                accumulators[at].max = m->value();
             }
-            a->sum += m->value();
-            a->max = std::max(a->max, double(m->value()));
-            ++a->count;
+            Accumulator& a = accumulators[at];
+            a.sum += m->value();
+            a.max = std::max(a.max, double(m->value()));
+            ++a.count;
+            read.append({m, at});
         }
     }
     if (accumulators.isEmpty())
         return;
-    for (const QMetElement* e : elements) {
-        for (const QMetMetric* m : e->m_metrics) {
-            if (m->kind() != QMetMetric::Read)
-                continue;
-            Accumulator* a = find(accumulators, m->key());
-            const double difference = m->value() - a->mean();
-            a->squares += difference * difference;
-        }
+    for (const auto& [m, at] : read) {
+        Accumulator& a = accumulators[at];
+        const double difference = m->value() - a.mean();
+        a.squares += difference * difference;
     }
 
     const int first = classWide ? 4 : 0;

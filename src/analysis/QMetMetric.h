@@ -33,8 +33,8 @@ public:
     QMetMetric(QMetElement* owner, const QString& key, const QString& name, float value,
                Kind kind = Aggregate);
 
-    QString key() const { return m_key; }
-    QString name() const { return m_name; }
+    const QString& key() const { return m_key; }
+    const QString& name() const { return m_name; }
     float value() const { return m_value; }
     void setValue(float value) { m_value = value; }
     Kind kind() const { return m_kind; }
