@@ -198,24 +198,24 @@ sub run_ctags {
         exit(127);
     }
     binmode($in);
-    my ($file, @lines);
+    my ($file, $lines) = (undef, []);
     while (my $line = <$in>) {
         $line =~ s/\r?\n\z//;
-        next if $line eq '' || $line =~ /^!_/;
+        next if $line eq '' || ord($line) == 33 && $line =~ /^!_/;
         my $start = index($line, "\t") + 1;
         my $end = index($line, "\t", $start);
         next if $start == 0 || $end < 0;
         my $of = substr($line, $start, $end - $start);
         if (defined $file && $of ne $file) {
-            $file_done->($file, [@lines]);
-            @lines = ();
+            $file_done->($file, $lines);
+            $lines = [];
         }
         $file = $of;
-        push(@lines, $line);
+        push(@$lines, $line);
     }
     close($in);
     my $status = $?;
-    $file_done->($file, \@lines) if defined $file && $status == 0;
+    $file_done->($file, $lines) if defined $file && $status == 0;
     return $status;
 }
 
@@ -288,10 +288,11 @@ sub convert_file {
 # A record whose names need nothing more in the library's layout.
 sub plain {
     my ($line) = @_;
-    $line =~ s/\ttyperef:[^\t]*//;
+    $line =~ s/\ttyperef:[^\t]*// if index($line, "\ttyperef:") >= 0;
     $line =~ s/\t($RENAMED):/\t$PARENT{$1}:/;
     $line =~ s/\tproperties:([^\t]*)/implementation_words($1)/e if index($line, "\tproperties:") >= 0;
-    $line =~ s/\t[a-z]+:(?=\t|\z)//g;
+    # Empty fields: a key and its colon at a field's end.
+    $line =~ s/\t[a-z]+:(?=\t|\z)//g if index($line, ":\t") >= 0 || substr($line, -1) eq ':';
     return $line;
 }
 
