@@ -21,10 +21,10 @@
 namespace Commands {
 namespace {
 
-const QCommandLineOption lcovOption(QStringLiteral("lcov"), QStringLiteral("Write an lcov tracefile to FILE."),
+const QCommandLineOption lcovOption(QStringLiteral("lcov"), QStringLiteral("coverage: write an lcov tracefile to FILE."),
                                     QStringLiteral("FILE"));
 const QCommandLineOption coberturaOption(QStringLiteral("cobertura"),
-                                         QStringLiteral("Write a Cobertura XML report to FILE."),
+                                         QStringLiteral("coverage: write a Cobertura XML report to FILE."),
                                          QStringLiteral("FILE"));
 
 struct NodeCoverage {

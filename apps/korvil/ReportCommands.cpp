@@ -32,7 +32,7 @@ const QCommandLineOption chromeOption(QStringLiteral("chrome"),
                                       QStringLiteral("trace: write the calls as a trace-event JSON file FILE."),
                                       QStringLiteral("FILE"));
 const QCommandLineOption topOption(QStringLiteral("top"),
-                                   QStringLiteral("profile, memory: list N rows at most (all by default)."),
+                                   QStringLiteral("profile, memory, trace: list N rows at most (all by default)."),
                                    QStringLiteral("N"));
 
 // The test nodes at node and below whose runs leave result files.
@@ -333,7 +333,9 @@ const QList<Report>& reports()
         {"memory", "the allocation counts, the peak, and the blocks not freed by the\n"
                    "function that allocated them",
          reportMemory},
-        {"trace", "the calls traced; --chrome FILE writes them for a trace viewer", reportTrace},
+        {"trace", "the calls traced, by function, the most time first; --chrome FILE writes\n"
+                  "every call for a trace viewer",
+         reportTrace},
     };
     return list;
 }

@@ -68,8 +68,11 @@ QList<Case> casesOf(const QString& suite, const QAStTestResults::Test& test)
         Case c{check.name, classname, 0, check.passed ? Case::Passed : Case::Failure, QString(), QString()};
         if (!check.passed) {
             c.message = check.message;
-            c.text = check.file.isEmpty() ? check.message
-                                          : QStringLiteral("%1:%2: %3").arg(check.file).arg(check.line).arg(check.message);
+            // The place before the message, unless the message begins with it.
+            const QString place = QStringLiteral("%1:%2").arg(check.file).arg(check.line);
+            c.text = check.file.isEmpty() || check.message.startsWith(place)
+                         ? check.message
+                         : place + QStringLiteral(": ") + check.message;
         }
         cases.append(c);
     }

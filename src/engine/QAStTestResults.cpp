@@ -264,6 +264,12 @@ QAStTestResults::Check QAStTestResults::checkOf(const QByteArray& line, bool pas
     const qsizetype located = leadingLocation(trimmed);
     if (located > 0) {
         const QByteArray rest = trimmed.mid(located);
+        // "file:line: FAILED: what", "file:line: PASSED: what".
+        const QByteArray plain = rest.trimmed();
+        if (plain.startsWith("FAILED:") || plain.startsWith("PASSED:")) {
+            check.name = text(plain.mid(7));
+            return check;
+        }
         // Check: "file:line:F:suite:test:iteration: message" (E an error, P a pass).
         if (rest.size() > 2 && (rest.at(0) == 'F' || rest.at(0) == 'E' || rest.at(0) == 'P') &&
             rest.at(1) == ':') {

@@ -93,6 +93,8 @@ private slots:
         QTest::addColumn<QString>("message");
         QTest::newRow("plain") << QByteArray(R"(FAILED: "2 + 3" gave ok 6, expected ok 5)")
                                << R"("2 + 3" gave ok 6, expected ok 5)" << "" << "";
+        QTest::newRow("plain after its place") << QByteArray("tests/test_ring.c:12: FAILED: v == 3") << "v == 3"
+                                               << "tests/test_ring.c:12" << "";
         QTest::newRow("unity fail") << QByteArray("test/test_calc.c:42:test_add:FAIL: Expected 5 Was 6")
                                     << "test_add" << "test/test_calc.c:42" << "Expected 5 Was 6";
         QTest::newRow("unity pass") << QByteArray("test/test_calc.c:50:test_sub:PASS") << "test_sub"

@@ -86,13 +86,14 @@ sub parse {
 }
 
 # The lines of a test's output that tell a check's outcome, as Perl
-# regular expressions: plain FAILED:/PASSED: lines, Unity
+# regular expressions: plain FAILED:/PASSED: lines (alone or after
+# file:line:), Unity
 # (file:line:test:FAIL/PASS), TAP (not ok/ok), GoogleTest, Check, CUnit
 # and assert(). The settings give their own (@TEST_FAILURE_PATTERNS,
 # @TEST_PASS_PATTERNS); these stand in when they give none.
-our @FAILURE_PATTERNS = ('^FAILED:', '^[^:\s]+:\d+:[^:]+:FAIL\b', '^not ok\b', '^\[  FAILED  \] ',
+our @FAILURE_PATTERNS = ('^FAILED:', '^[^:\s]+:\d+: FAILED:', '^[^:\s]+:\d+:[^:]+:FAIL\b', '^not ok\b', '^\[  FAILED  \] ',
                          '^[^:\s]+:\d+:[FE]:', '\.\.\.FAILED\b', 'Assertion .* failed');
-our @PASS_PATTERNS = ('^PASSED:', '^[^:\s]+:\d+:[^:]+:PASS\b', '^ok\b', '^\[       OK \] ',
+our @PASS_PATTERNS = ('^PASSED:', '^[^:\s]+:\d+: PASSED:', '^[^:\s]+:\d+:[^:]+:PASS\b', '^ok\b', '^\[       OK \] ',
                       '\.\.\.passed\b');
 
 # One regular expression of the patterns; a pattern that does not compile
