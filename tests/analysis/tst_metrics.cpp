@@ -1,15 +1,9 @@
-// Metrics: computing them, the driver run by the real interpreter over
-// sources with blanks and quotes in their paths, one after another, with
-// the progress and abort of the host; the tree built from the files it
-// writes over tests/data/metrics, and from hand-made metrics files for the
-// aggregates, classes spread over files, testing times and bad input; the
-// metrics of the example project against counts made by hand from its
-// sources by the rules of docs/formats/metrics.md.
-//
-// Those counts belong to the example's sources as they are: when a source
-// changes, the line check of its units fails first and the counts must be
-// made again.
-
+// Metrics: the driver run by the real interpreter (paths with blanks and
+// quotes, files one after another, progress and abort), the tree read from
+// its files and from hand-made ones (aggregates, classes over files, testing
+// times, bad input), and the example project against counts made by hand by
+// the rules of docs/formats/metrics.md: when one of its sources changes, the
+// line check of its units fails first and the counts must be made again.
 #include "QAStMetricManager.h"
 #include "QAStProject.h"
 #include "QMetElement.h"

@@ -1,10 +1,6 @@
-// Tags: the tagging driver run for real over the sources of
-// tests/data/tags and over sources a user writes every day, the reader of
-// tag files and its faults, the runs over many files with their progress
-// and abort; the types and languages of files; the tag model over those
-// sources tagged once: the element of each kind, the rules of what can be
-// tested, declarations and bodies across files, the nodes and menus a tag
-// offers.
+// Tags: the real tagging driver over tests/data/tags and everyday sources,
+// the tag-file reader and its faults, batch runs with progress and abort,
+// file types and languages, and the tag model over those sources.
 
 #include "QARes.h"
 #include "QAStAClassTag.h"

@@ -1,10 +1,7 @@
-// The driver scripts of the installation, run by perl on hand-written
-// environment scripts in a scratch project: compiling, archiving, linking,
-// running with the combined output file, the steps of $STAGE, cleaning,
-// and the faults they report. Then the example project built, executed and
-// cleaned for real through the walk: its unit test, built with the
-// instrumentation runtime, has its runtime output split into the seven
-// result files while it runs.
+// The installation's driver scripts run by perl on hand-written environment
+// scripts (compile, archive, link, run, $STAGE, clean, faults), then the
+// example project built, executed with its runtime output split, and cleaned
+// through the walk.
 #include "QAFileSurvey.h"
 #include "QAProcess.h"
 #include "QAStConfiguration.h"
@@ -68,7 +65,6 @@ QList<QByteArray> withoutLengths(QList<QByteArray> records)
     }
     return records;
 }
-
 
 using Output = QASTSplitSurvey::Output;
 

@@ -1,11 +1,6 @@
-// The Perl environment script of whole nodes: every node of the example
-// project, the values the real interpreter reads back, the lines of the
-// kinds and of plug-in settings, the encoding the file is written in, and
-// what is written when it cannot be. Values in every generated Perl script:
-// the escaping and the line forms, read back by perl; the scripts of the
-// start wizards, the order of their lines, their option switches, and a
-// failed write, which leaves the script already there byte for byte and
-// names the file and the system's reason.
+// The Perl environment script: every node of the example project, values
+// read back by the real interpreter, kind and plug-in lines, encodings, the
+// start wizards' scripts, and failed writes that leave the old script whole.
 #include "FailingStorage.h"
 #include "PerlScripts.h"
 #include "QAFileUtil.h"

@@ -1,9 +1,6 @@
-// Lines of messages: the file and line found in real output of gcc, g++,
-// the linker, make, perl and the driver scripts (tests/data/messages), the
-// forms and their order, long and invalid lines; the output window driven
-// offscreen (lines added, picked by double click, Return or the menu, the
-// no-action mark, find, files opened through the host) and the three log
-// sinks.
+// Message lines: file and line found in real tool output (tests/data/messages),
+// the forms and their order, long and invalid lines; the output window driven
+// offscreen, and the three log sinks.
 #include "QALogConsole.h"
 #include "QALogMessageBox.h"
 #include "QAStAnalyseMsg.h"

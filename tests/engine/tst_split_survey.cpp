@@ -1,13 +1,8 @@
-// Following a growing file and splitting it. The survey: whole lines only,
-// each once and in order, across writes cut anywhere, new runs that
-// truncate, remove or replace the file, and the final pass; the signals and
-// the shrink and disappear policies; very long lines and binary bytes. The
-// split of the runtime's result stream into the result files: the routing
-// table and its odd rules, the output names, the time stamps, the rejected
-// lines, what the files hold at every tick, the existing lines, the
-// whole-file split and bad input; the Java profiler's variant. The writers
-// are real perl processes appending while the survey runs in the test's
-// event loop.
+// Following a growing file and splitting it: the survey (whole lines once and
+// in order across cut writes and new runs, signals, policies, long lines,
+// binary bytes) and the split into the result files (routing, names, stamps,
+// rejected lines, every tick, whole-file split, bad input, the Java variant),
+// with real perl writers appending while the survey runs.
 #include "QAFileSurvey.h"
 #include "QASTSplitJavaPSurvey.h"
 #include "QASTSplitSurvey.h"

@@ -1,8 +1,6 @@
-// The resource store (docs/formats/resource-file.md): values of every kind,
-// words and strings, searches, faults named with file and line, hostile
-// input; and the settings descriptor's loader built on it: faults of the
-// file and of its entries, the kinds and their fields, groups, visibility,
-// and the descriptor the installation ships.
+// The resource store (docs/formats/resource-file.md): values, searches, faults
+// named with file and line, hostile input; and the settings descriptor's
+// loader on it: faults, kinds and fields, groups, visibility, the shipped one.
 #include "QAPropertyComboInt.h"
 #include "QAPropertyComboString.h"
 #include "QAPropertyInt.h"
