@@ -158,6 +158,8 @@ case "${1:-}" in
     step info calculator.rtp
     step build calculator.rtp
     step execute calculator.rtp
+    step report results calculator.rtp
+    step report coverage calculator.rtp
     step tags calculator.rtp --layout file
     step metrics calculator.rtp
     ;;
