@@ -1,8 +1,9 @@
 #include "QAStCoverageReport.h"
 
+#include "QAFileBytes.h"
+
 #include <QDateTime>
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QHash>
 #include <QIODevice>
@@ -652,61 +653,29 @@ void QAStCoverageReport::clear()
 bool QAStCoverageReport::read(const QString& path)
 {
     clear();
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        m_error = QStringLiteral("%1: cannot read: %2").arg(path, file.errorString());
+    // Mapped from the first byte: no copy of the records.
+    const QAFileBytes bytes(path, 1);
+    if (!bytes.isValid()) {
+        m_error = bytes.errorString();
         return false;
     }
-    Reader reader(*this, path);
-    // Mapped where the file can be: no copy of its bytes.
-    const qint64 size = file.size();
-    if (size > 0) {
-        if (const uchar* mapped = file.map(0, size)) {
-            const char* begin = reinterpret_cast<const char*>(mapped);
-            const char* end = begin + size;
-            for (const char* after; (after = reader.next(begin, end));)
-                begin = after;
-            reader.finish(begin, end - begin);
-            file.unmap(const_cast<uchar*>(mapped));
-            return true;
-        }
-    }
-    // Else whole lines of 1 MiB blocks; a line longer than the block grows
-    // it.
-    QByteArray buffer(1 << 20, Qt::Uninitialized);
-    qint64 kept = 0;
-    for (;;) {
-        if (kept == buffer.size())
-            buffer.resize(buffer.size() * 2);
-        const qint64 got = file.read(buffer.data() + kept, buffer.size() - kept);
-        if (got <= 0)
-            break;
-        const char* data = buffer.constData();
-        const char* end = data + kept + got;
-        const char* begin = data;
-        for (const char* after; (after = reader.next(begin, end));)
-            begin = after;
-        kept = end - begin;
-        if (kept > 0 && begin != data)
-            std::memmove(buffer.data(), begin, size_t(kept));
-    }
-    reader.finish(buffer.constData(), kept);
-    if (file.error() != QFileDevice::NoError) {
-        m_error = QStringLiteral("%1: cannot read: %2").arg(path, file.errorString());
-        return false;
-    }
+    read(bytes.data(), bytes.size(), path);
     return true;
+}
+
+void QAStCoverageReport::read(const char* begin, qsizetype size, const QString& name)
+{
+    Reader reader(*this, name);
+    const char* end = begin + size;
+    for (const char* after; (after = reader.next(begin, end));)
+        begin = after;
+    reader.finish(begin, end - begin);
 }
 
 void QAStCoverageReport::readData(const QByteArray& data, const QString& name)
 {
     clear();
-    Reader reader(*this, name);
-    const char* begin = data.constData();
-    const char* end = begin + data.size();
-    for (const char* after; (after = reader.next(begin, end));)
-        begin = after;
-    reader.finish(begin, end - begin);
+    read(data.constData(), data.size(), name);
 }
 
 // Puts a file's records in order, one per line, branch and function

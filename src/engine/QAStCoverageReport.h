@@ -116,6 +116,8 @@ public:
 private:
     class Reader;
     void clear();
+    // The records of [begin, begin + size).
+    void read(const char* begin, qsizetype size, const QString& name);
     // What the reading counted of the current file while its lines and
     // branches came in order.
     struct Tally {

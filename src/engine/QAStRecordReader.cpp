@@ -1,14 +1,12 @@
 #include "QAStRecordReader.h"
 
+#include "QAFileBytes.h"
+
 #include <QCoreApplication>
-#include <QFile>
 
 #include <climits>
 
 namespace {
-
-// Files from this size on are mapped instead of read.
-constexpr qint64 MapFrom = 4 * 1024 * 1024;
 
 int hexDigit(char c)
 {
@@ -158,24 +156,12 @@ bool QAStRecordReader::readFile(const QString& path)
 {
     clear();
     m_fileName = path;
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        m_error = QStringLiteral("%1: cannot read: %2").arg(path, file.errorString());
+    const QAFileBytes bytes(path);
+    if (!bytes.isValid()) {
+        m_error = bytes.errorString();
         return false;
     }
-    const qint64 size = file.size();
-    if (size >= MapFrom) {
-        if (const uchar* data = file.map(0, size)) {
-            addLines(reinterpret_cast<const char*>(data), qsizetype(size));
-            return true;
-        }
-    }
-    const QByteArray bytes = file.readAll();
-    if (file.error() != QFileDevice::NoError) {
-        m_error = QStringLiteral("%1: cannot read: %2").arg(path, file.errorString());
-        return false;
-    }
-    addLines(bytes);
+    addLines(bytes.data(), bytes.size());
     return true;
 }
 
