@@ -83,6 +83,19 @@ bool readResults(const QAStNodeTest* test, QAStTestResults& results)
                       [&](const QString& file) { return results.readFiles(file, end); });
 }
 
+// Whether the run recorded anything in a result file read; when it did
+// not (its configuration did not ask for the analysis), says so.
+bool recorded(const QAStNodeTest* test, const QAStRecordReader& reader, const char* what, const char* setting)
+{
+    if (reader.lineCount() > 0)
+        return true;
+    const QString text = QLatin1String(what);
+    out(QStringLiteral("%1 of \"%2\": none recorded: the run measured no %3 (set %4 to true, then build and "
+                       "execute the node again)\n")
+            .arg(text.left(1).toUpper() + text.mid(1), test->name(), text, QLatin1String(setting)));
+    return false;
+}
+
 // Makes the directory of an output file, so that --junit and --chrome may
 // name a new one.
 void makeDirectoryOf(const QString& file)
@@ -180,6 +193,8 @@ int reportProfile(const QList<QAStNodeTest*>& tests, const QCommandLineParser& p
             ++faults;
             continue;
         }
+        if (!recorded(test, profile, "performance profile", "performanceProfiling"))
+            continue;
         out(QStringLiteral("Performance profile of \"%1\": %2 function(s)%3\n")
                 .arg(test->name())
                 .arg(profile.functions().size())
@@ -221,6 +236,8 @@ int reportMemory(const QList<QAStNodeTest*>& tests, const QCommandLineParser& pa
             ++faults;
             continue;
         }
+        if (!recorded(test, memory, "memory profile", "memoryProfiling"))
+            continue;
         const QList<QAStMemoryReport::Block> left = memory.blocksLeft();
         out(QStringLiteral("Memory profile of \"%1\"%2: %3 allocation(s), %4 free(s), %5 byte(s) allocated, "
                            "peak %6 byte(s); %7 block(s) not freed, %8 byte(s)\n")
@@ -288,6 +305,8 @@ int reportTrace(const QList<QAStNodeTest*>& tests, const QCommandLineParser& par
             ++faults;
             continue;
         }
+        if (!recorded(test, trace, "runtime trace", "runtimeTracing"))
+            continue;
         out(QStringLiteral("Trace of \"%1\": %2 call(s) of %3 function(s) on %4 thread(s), depth %5, "
                            "%6 not returned\n")
                 .arg(test->name())

@@ -316,6 +316,13 @@ private slots:
         const Run all = korvil({"report", "coverage", "calculator.rtp"});
         QCOMPARE(all.status, 0);
         QVERIFY(all.out.contains(u"src/calc.c"_s));
+
+        // The application's run measured no memory profile: told, no fault.
+        const Run memory = korvil({"report", "memory", "calculator.rtp", "calc"});
+        QCOMPARE(memory.status, 0);
+        QVERIFY2(memory.out.startsWith(u"Memory profile of \"calc\": none recorded: the run measured no memory "
+                                       "profile (set memoryProfiling to true"_s),
+                 qPrintable(memory.out));
     }
 
     // A run of the example's unit test with a failing check: --junit
